@@ -1,0 +1,10 @@
+// api/context.h: what lives between calls and belongs to no lower room.
+#pragma once
+
+namespace lumo {
+
+struct Transaction;
+
+extern Transaction *currentTransaction;  // null when no transaction exists
+
+}  // namespace lumo

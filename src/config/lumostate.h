@@ -1,0 +1,34 @@
+// config/lumostate.h: STATE, the authority for shift, request counter and flags. Reads of shift, dates and the offline flag
+// load the file again first; every change rewrites it at once.
+#pragma once
+
+#include <cstdint>
+
+namespace lumo {
+
+int LoadState();  // 0, -108 or -109. A missing or damaged file is replaced by "{}".
+int SaveState();  // 0 or -110
+int InitState();
+void ReleaseState();
+
+int OpenShift(const char *shift_id);        // 0 or -601; null takes the time the previous shift was opened
+int CloseShift(bool transaction_exists);    // 0 or -603
+
+int GetShiftState();             // reloads
+const char *GetShiftId();        // reloads; null when there is none; valid until the next load
+const char *GetShiftOpenDate();  // reloads
+const char *GetShiftCloseDate();
+int SetShiftId(const char *shift_id);  // the setters store, save and return the save's result
+int SetShiftState(int32_t value);
+int SetShiftOpenDate(const char *date);
+int SetShiftCloseDate(const char *date);
+
+int GetOfflineState();           // reloads
+int SetOfflineState(int32_t value);
+int GetNeedUpdate();             // as held in memory
+int SetNeedUpdate(int32_t value);
+
+int SetRequestId(const char *request_id);  // null is ignored
+const char *CopyRequestId();               // null when there is none; replaced by the next call
+
+}  // namespace lumo

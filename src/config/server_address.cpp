@@ -1,0 +1,1 @@
+#include "config/server_address.h"

@@ -1,0 +1,1 @@
+#include "engine/bill_files.h"

@@ -1,0 +1,23 @@
+// engine/offline_payment.h: bonuses computed by the terminal itself, and the totals of a bill's bonuses.
+#pragma once
+
+#include <cstdint>
+
+namespace lumo {
+
+struct Transaction;
+
+struct BonusTotals {
+  int32_t spendGlobal;
+  int32_t earnedGlobal;
+  int32_t spendLocal;
+  int32_t earnedLocal;
+  int32_t spendDiscount;
+  int32_t earnedDiscount;
+  int32_t organizerFee;
+};
+
+int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int32_t local_percent, int32_t fee_percent);
+int CountBonuses(const Transaction *transaction, BonusTotals *totals);  // adds to the totals; 0 or -100
+
+}  // namespace lumo

@@ -1,0 +1,1 @@
+#include "engine/offline_replay.h"

@@ -1,0 +1,1 @@
+#include "engine/payment_operations.h"

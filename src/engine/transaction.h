@@ -1,0 +1,157 @@
+// engine/transaction.h: the record of one card transaction: what is asked, what was answered, and the receipt. All texts of
+// the record are its own copies; nothing is freed before the record is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace lumo {
+
+struct ReceiptBuffer;
+struct TransactionMemory;
+
+constexpr uint32_t kDateBytes = 32;
+
+struct RequestBlock {
+  const char *ver;
+  const char *terminalId;
+  const char *employeeId;
+  const char *cardNum;
+  const char *shiftId;
+  int32_t type;                  // RequestType
+  const char *requestId;         // the RRN; "0000000000000000" for the service requests
+  char requestDate[kDateBytes];
+  int32_t isOffline;             // the operation was completed without the server
+};
+
+struct ResponseBlock {
+  const char *ver;
+  const char *requestId;         // null when the answer holds none
+  const char *responseId;
+  char responseDate[kDateBytes];
+  int32_t requestState;          // RequestState
+  int32_t requestStateCode;
+  const char *message;
+  int32_t isNeedUpdate;
+};
+
+struct BalanceAccount {
+  int32_t accountType;
+  int32_t availableAmount;
+  int32_t amount;
+};
+
+struct BalanceBlock {
+  int32_t count;
+  BalanceAccount *accounts;
+};
+
+struct Bonus {
+  int32_t spend;
+  int32_t earned;
+  int32_t organizerFee;
+  int32_t accountType;
+};
+
+struct Good {
+  const char *title;
+  const char *productCode;
+  int32_t positionCost;
+  int32_t orderNum;
+  int32_t cnt;
+  int32_t bonusCount;
+  Bonus *bonuses;
+};
+
+struct BillBlock {
+  Good *goods;
+  int32_t goodCount;
+  int32_t totalSum;
+  int32_t orderLen;
+  const char *billNum;
+  int32_t spendAmount;           // bonuses the customer asks to spend; never read from a file
+  char billDate[kDateBytes];
+  int32_t partnerFee;
+};
+
+struct CashBackGood {
+  int32_t pos;
+  int32_t sum;
+  int32_t cnt;
+};
+
+struct CashBackBlock {
+  int32_t cashBackType;
+  const char *requestId;         // the RRN of the payment whose goods come back
+  int32_t goodCount;
+  CashBackGood *goods;
+};
+
+struct PaymentConfirmBlock {
+  int32_t isConfirm;
+  const char *requestId;         // the RRN of the payment
+};
+
+struct ActivationBlock {
+  int32_t amount;
+  int32_t type;                  // AccountType
+  int32_t activationType;
+  const char *referParentCardNum;
+};
+
+struct ActivationResultBlock {
+  int32_t activationSum;
+  int32_t activationSumType;
+  int32_t referralSum;
+  int32_t referralSumType;
+  int32_t giftSum;
+  int32_t giftSumType;
+};
+
+struct Transaction {
+  RequestBlock request;
+  ResponseBlock response;
+  BalanceBlock balance;
+  BillBlock bill;
+  CashBackBlock cashBack;
+  int32_t returnedSum;           // cashBackResult
+  const char *linkedCardNum;
+  int32_t depositAmount;
+  const char *exchangeToken;
+  PaymentConfirmBlock paymentConfirm;
+  ActivationBlock activation;
+  ActivationResultBlock activationResult;
+  const char *rrNumber;          // last RRN
+  const char *adText;
+
+  const char *serverAddr;
+  const char *serverAltAddr;
+  int32_t timeout;               // seconds
+  int32_t sslMode;
+
+  uint32_t completedOperations;  // one bit for each operation that succeeded on this record
+  ReceiptBuffer *header;
+  ReceiptBuffer *body;
+  ReceiptBuffer *footer;
+  TransactionMemory *memory;     // everything the record owns beyond itself and its receipts
+};
+
+Transaction *new_transaction();                  // connection settings copied, receipts empty, all else zero
+int free_transaction(Transaction *transaction);  // null is allowed; returns 0
+
+// Zero-filled memory that lives as long as the record.
+void *trans_alloc(Transaction *transaction, size_t size);
+
+// Stores a copy of `source` in `field` and returns it. A null source stores null and traces an error, which is no failure.
+const char *trans_strcpy(Transaction *transaction, const char **field, const char *source);
+
+// Copies the card, the cashier and the settings' identity into the request block and prints the receipt's header and
+// footer. Returns 0.
+int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id);
+
+int32_t isOffline(const Transaction *transaction);
+
+// True, with the pointer's error line in the trace, when there is no record.
+bool TraceIfNull(const Transaction *transaction);
+
+}  // namespace lumo

@@ -1,0 +1,1 @@
+#include "foundation/debug_check.h"

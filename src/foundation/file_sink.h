@@ -1,0 +1,20 @@
+// foundation/file_sink.h: collects the printer's small pieces so that a file is written in few calls.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/platform.h"
+
+namespace lumo {
+
+struct FileSink {
+  HANDLE file;  // borrowed
+  uint32_t fill;
+  char buffer[2048];
+};
+
+void FileSinkInit(FileSink *sink, HANDLE file);
+void FileSinkWrite(void *sink, const char *text, uint32_t length);  // fits JsonSink
+void FileSinkFlush(FileSink *sink);                                 // call before closing the file
+
+}  // namespace lumo

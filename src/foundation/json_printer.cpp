@@ -1,0 +1,1 @@
+#include "foundation/json_printer.h"

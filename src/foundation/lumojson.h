@@ -1,0 +1,62 @@
+// foundation/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the whole tree.
+#pragma once
+
+#include "foundation/json_event.h"
+#include "foundation/json_printer.h"
+
+namespace lumo {
+
+struct JsonMember;
+
+// A value: text of `count` bytes with a terminating zero; true, false and null have the empty text.
+// A structure: `count` items.
+struct JsonNode {
+  JsonEvent type;  // JSON_ARRAY_BEGIN, JSON_OBJECT_BEGIN, or the value's event
+  uint32_t count;
+  union {
+    const char *text;     // values
+    JsonNode *elements;   // JSON_ARRAY_BEGIN
+    JsonMember *members;  // JSON_OBJECT_BEGIN
+  };
+};
+
+struct JsonMember {
+  const char *key;  // decoded, with a terminating zero
+  uint32_t key_length;
+  JsonNode value;
+};
+
+struct JsonReader;
+
+JsonReader *JsonReaderCreate();
+void JsonReaderDestroy(JsonReader *reader);                     // frees every node and text of its tree
+const JsonNode *JsonReaderRoot(const JsonReader *reader);       // null until a parse brought an object or array
+int parseJsonFile(JsonReader *reader, const char *file_name);   // 0, -301, -302, -303, -304 or -307
+int parseJsonText(JsonReader *reader, const char *text);        // 0, -301, -302, -303 or -304
+
+// The text of a value; "" for an object or array.
+const char *JsonText(const JsonNode &node);
+// The leading digits of the value's text, clamped to 32 bits; 0 for an object or array.
+int32_t JsonInt32(const JsonNode &node);
+inline bool JsonIsNumber(const JsonNode &node) { return node.type == JSON_INT || node.type == JSON_FLOAT; }
+
+// True when the first `key_length` bytes of `name` equal the member's key. Deliberate: a key that is the beginning of a
+// known name, the empty key included, is taken as that name. A key with a zero byte compares up to it.
+bool KeyIsPrefixOf(const JsonMember &member, const char *name);
+
+// The member's key for a trace line "%.*s": its first 40 bytes.
+constexpr uint32_t kTracedKeyBytes = 40;
+inline int TracedKeyLength(const JsonMember &member) {
+  return static_cast<int>(member.key_length < kTracedKeyBytes ? member.key_length : kTracedKeyBytes);
+}
+
+// Print a key with its value.
+int WriteIntMember(JsonPrinter *printer, const char *key, int32_t value);
+int WriteStringMember(JsonPrinter *printer, const char *key, const char *text);  // null prints as ""
+int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag);
+void WriteKey(JsonPrinter *printer, const char *key);
+
+// The process-wide flag handed on by the member writers. Kept for callers that set it; it changes nothing in the text.
+int SetPrinterFlag(int value);
+
+}  // namespace lumo

@@ -1,0 +1,1 @@
+#include "foundation/md5.h"

@@ -1,0 +1,1 @@
+#include "foundation/module_path.h"

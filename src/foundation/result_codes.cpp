@@ -1,0 +1,1 @@
+#include "foundation/result_codes.h"

@@ -1,0 +1,14 @@
+// foundation/result_codes.h: the message for the cashier that belongs to each result code of lumo.h.
+#pragma once
+
+#include <cstdint>
+
+#include "lumo.h"
+
+namespace lumo {
+
+// The message of `code`, UTF-8, never null. A code without a message, 0 included, traces a warning and gives
+// "Неизвестная ошибка" with the number, in one shared buffer that the next unknown code overwrites.
+const char *ErrorMessage(int32_t code);
+
+}  // namespace lumo

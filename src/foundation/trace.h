@@ -1,0 +1,24 @@
+// foundation/trace.h: the library's diary, one text file beside the library file. Each call opens the file, appends and
+// closes it, so that a crash loses nothing. Nothing is added to a line; formats carry their own "\n". A trace file that
+// cannot be opened loses the line and nothing else. A null text prints as "(null)".
+#pragma once
+
+#if defined(__GNUC__)
+#define LUMO_PRINTF(format_index, first_argument) __attribute__((format(printf, format_index, first_argument)))
+#else
+#define LUMO_PRINTF(format_index, first_argument)
+#endif
+
+namespace lumo {
+
+void Trace(const char *format, ...) LUMO_PRINTF(1, 2);
+void TraceWarning(const char *format, ...) LUMO_PRINTF(1, 2);  // the line begins "WARNING: "
+void TraceError(const char *format, ...) LUMO_PRINTF(1, 2);    // the line begins "ERROR: "
+
+// Traces the error "ASSERT IN file LINE line: message" and ends the host process with status -1.
+[[noreturn]] void Fatal(const char *message, const char *file, int line);
+
+}  // namespace lumo
+
+// The source file's bare name and the line, for calls that trace where they were made.
+#define LUMO_HERE __FILE_NAME__, __LINE__

@@ -1,0 +1,1 @@
+#include "journal/logger.h"

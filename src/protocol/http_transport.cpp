@@ -1,0 +1,1 @@
+#include "protocol/http_transport.h"

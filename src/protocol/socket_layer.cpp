@@ -1,0 +1,1 @@
+#include "protocol/socket_layer.h"

@@ -1,0 +1,1 @@
+#include "protocol/transaction_json.h"

@@ -1,0 +1,57 @@
+// protocol/transaction_json.h: JSON into a transaction: the server's answer and journal records; and the journal record's
+// writer, their other half.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/lumojson.h"
+
+namespace lumo {
+
+struct Transaction;
+
+// Appends the operation's record to LOG, and to OFFLINE when the operation was completed offline: 0, -201 or -305.
+int WriteTransactionRecord(const Transaction *transaction);
+
+// Fills the record from one journal record's text; the result of the JSON parse.
+int LoadLogRecord(Transaction *transaction, const char *record);
+
+int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t length);
+int CheckDataIntegrity(Transaction *transaction, const JsonNode *root);
+int ParseHttpStatus(const char *answer);  // the number after "HTTP Status"; 0 without one
+
+// The parts of an answer or record, as bits of LoadParts and ResponsePartsMask.
+enum PartBit : uint32_t {
+  PART_RESPONSE = 0x0001,
+  PART_REQUEST = 0x0002,
+  PART_BILL = 0x0004,
+  PART_PAYMENT_CONFIRM = 0x0008,
+  PART_BALANCE = 0x0010,
+  PART_CASH_BACK_RESULT = 0x0040,
+  PART_ACTIVATION = 0x0080,
+  PART_ACTIVATION_RESULT = 0x0100,
+  PART_DEPOSIT = 0x0200,
+  PART_CARD_EXCHANGE = 0x0400,
+  PART_RRN = 0x1000,
+  PART_AD = 0x2000,
+};
+
+uint32_t LoadParts(Transaction *transaction, const JsonNode *node);
+uint32_t ResponsePartsMask(const char *response_name);
+
+// Loaders, one a part. `LoadBill` reads the goods' bonuses only when `load_bonuses` is not 0.
+int LoadRequest(Transaction *transaction, const JsonNode *node);
+int LoadResponse(Transaction *transaction, const JsonNode *node);
+int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses);  // 0 or -402
+int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node);
+int LoadBalance(Transaction *transaction, const JsonNode *node);
+int LoadCashBack(Transaction *transaction, const JsonNode *node);                // 0 or -402
+int LoadCashBackResult(Transaction *transaction, const JsonNode *node);
+int LoadActivation(Transaction *transaction, const JsonNode *node);
+int LoadActivationResult(Transaction *transaction, const JsonNode *node);
+int LoadDeposit(Transaction *transaction, const JsonNode *node);
+int LoadCardExchange(Transaction *transaction, const JsonNode *node);
+int LoadLastRrn(Transaction *transaction, const JsonNode *node);
+int LoadAdvertising(Transaction *transaction, const JsonNode *node);
+
+}  // namespace lumo

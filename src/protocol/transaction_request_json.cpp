@@ -1,0 +1,1 @@
+#include "protocol/transaction_request_json.h"

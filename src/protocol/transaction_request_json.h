@@ -1,0 +1,43 @@
+// protocol/transaction_request_json.h: a transaction as JSON: the request for the server and the parts it shares with the
+// journal record. A part has one form wherever it is written.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/json_printer.h"
+
+namespace lumo {
+
+struct ActivationBlock;
+struct ActivationResultBlock;
+struct BillBlock;
+struct Bonus;
+struct CashBackBlock;
+struct CashBackGood;
+struct Good;
+struct PaymentConfirmBlock;
+struct String;
+struct Transaction;
+
+int CreateOperationRequest(const Transaction *transaction, String *output);  // 0 or -305
+
+const char *RequestRootName(int32_t type);
+const char *WebMethodName(int32_t type);
+
+int WriteRequestPart(JsonPrinter *printer, const Transaction *transaction);
+int WriteActivationPart(JsonPrinter *printer, const ActivationBlock *activation);
+int WriteActivationResultPart(JsonPrinter *printer, const ActivationResultBlock *result);
+int WriteBillPart(JsonPrinter *printer, const BillBlock *bill);
+int WriteGoodPart(JsonPrinter *printer, const Good *good);
+int WriteBonusPart(JsonPrinter *printer, const Bonus *bonus);
+int WritePaymentConfirmPart(JsonPrinter *printer, const PaymentConfirmBlock *confirm);
+int WriteDepositPart(JsonPrinter *printer, int32_t amount);
+int WriteCashBackPart(JsonPrinter *printer, const CashBackBlock *cash_back);
+int WriteCashBackGoodPart(JsonPrinter *printer, const CashBackGood *good);
+int WriteLinkedCardPart(JsonPrinter *printer, const char *linked_card_num);
+int WriteCardExchangePart(JsonPrinter *printer, const char *token);
+
+// A JsonSink that appends to the String given as user.
+void AppendToString(void *string, const char *text, uint32_t length);
+
+}  // namespace lumo

@@ -1,0 +1,27 @@
+// support/folder.h: a fresh directory of a test's own, as the library's moduleDirectory, removed at the end.
+#pragma once
+
+#include <string>
+
+namespace test {
+
+class Folder {
+ public:
+  Folder();  // makes the directory and sets it as moduleDirectory; clears the trace tag
+  ~Folder();
+  Folder(const Folder &) = delete;
+  Folder &operator=(const Folder &) = delete;
+
+  const std::string &path() const { return path_; }         // ends with the separator
+  std::string Read(const std::string &name) const;          // the file's bytes; a missing file fails the test
+  void Write(const std::string &name, const std::string &bytes) const;
+  bool Exists(const std::string &name) const;
+  void Remove(const std::string &name) const;
+  std::string Trace() const { return Exists("TRACE.TXT") ? Read("TRACE.TXT") : ""; }
+  void ClearTrace() const;
+
+ private:
+  std::string path_;
+};
+
+}  // namespace test

@@ -79,8 +79,8 @@ LUMO_API int setNeedUpdate(int need_update);
 
 LUMO_API int CreateTransaction(const char *card_num, const char *employee_id);
 LUMO_API int CloseTransaction(void);
-LUMO_API int ActivationProc(const char *activation_type, const char *bill_path, int amount, const char *account_type,
-                            const char *refer_card_num);
+LUMO_API int ActivationProc(const char *activation_type, const char *bill_path, int amount,
+                            const char *account_type, const char *refer_card_num);
 LUMO_API int GetActivationAmount(void);
 LUMO_API int BalanceProc(void);
 LUMO_API int GetBalance(void);

@@ -1,4 +1,5 @@
-// config/lumoconfig.h: the settings of CONFIG.JSN and CONFIG. They change only when LUMOInit loads them again.
+// config/lumoconfig.h: the settings of CONFIG.JSN and CONFIG. They change only when LUMOInit loads them
+// again.
 #pragma once
 
 #include <cstdint>
@@ -7,28 +8,28 @@
 
 namespace lumo {
 
-// Each field is named after its key. A text is null when its key is absent, a number 0. Texts live as long as the
-// library, also those of an earlier load: the register may hold one.
+// Each field is named after its key. A text is null when its key is absent, a number 0. Texts live as long as
+// the library, also those of an earlier load: the register may hold one.
 struct SettingsRecord {
   const char *terminalId;
   const char *protocolVersion;
-  const char *serverAddr;         // http://host:port/path
+  const char *serverAddr;  // http://host:port/path
   const char *serverAltAddr;
   const char *retailNetworkName;
-  const char *offlinePath;        // kept; nothing reads it, nor logPath and receiptPath
+  const char *offlinePath;  // kept; nothing reads it, nor logPath and receiptPath
   const char *logPath;
   const char *receiptPath;
-  int32_t timeout;                // seconds
-  int32_t offlineMode;            // on when 1
-  int32_t shiftMode;              // on when above 0
-  int32_t localBonusOffline;      // percent
-  int32_t globalBonusOffline;     // percent
-  int32_t orgFeeOffline;          // percent
-  int32_t logSize;                // lines
+  int32_t timeout;             // seconds
+  int32_t offlineMode;         // on when 1
+  int32_t shiftMode;           // on when above 0
+  int32_t localBonusOffline;   // percent
+  int32_t globalBonusOffline;  // percent
+  int32_t orgFeeOffline;       // percent
+  int32_t logSize;             // lines
   const char *receiptHeader;
-  uint32_t receiptHeaderLength;   // bytes
+  uint32_t receiptHeaderLength;  // bytes
   const char *receiptFooter;
-  uint32_t receiptFooterLength;   // bytes
+  uint32_t receiptFooterLength;  // bytes
   int32_t sslMode;
   const char *sslKey;
 };
@@ -39,7 +40,7 @@ int LoadNewConfig();  // CONFIG.JSN, moved to CONFIG after a good load; 0, -111,
 int LoadConfig();     // CONFIG; the same results
 int InitConfig();
 int ApplyConfigTree(const JsonNode *root);
-int SaveConfig();     // 0 or -107
+int SaveConfig();  // 0 or -107
 void ReleaseSettings();
 
 }  // namespace lumo

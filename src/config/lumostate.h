@@ -1,5 +1,5 @@
-// config/lumostate.h: STATE, the authority for shift, request counter and flags. Reads of shift, dates and the offline flag
-// load the file again first; every change rewrites it at once.
+// config/lumostate.h: STATE, the authority for shift, request counter and flags. Reads of shift, dates and
+// the offline flag load the file again first; every change rewrites it at once.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@ int SaveState();  // 0 or -110
 int InitState();
 void ReleaseState();
 
-int OpenShift(const char *shift_id);        // 0 or -601; null takes the time the previous shift was opened
-int CloseShift(bool transaction_exists);    // 0 or -603
+int OpenShift(const char *shift_id);      // 0 or -601; null takes the time the previous shift was opened
+int CloseShift(bool transaction_exists);  // 0 or -603
 
 int GetShiftState();             // reloads
 const char *GetShiftId();        // reloads; null when there is none; valid until the next load
@@ -23,9 +23,9 @@ int SetShiftState(int32_t value);
 int SetShiftOpenDate(const char *date);
 int SetShiftCloseDate(const char *date);
 
-int GetOfflineState();           // reloads
+int GetOfflineState();  // reloads
 int SetOfflineState(int32_t value);
-int GetNeedUpdate();             // as held in memory
+int GetNeedUpdate();  // as held in memory
 int SetNeedUpdate(int32_t value);
 
 int SetRequestId(const char *request_id);  // null is ignored

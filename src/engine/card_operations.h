@@ -19,8 +19,8 @@ enum CompletedOperation : uint32_t {
   COMPLETED_EXCHANGE = 0x80,
 };
 
-int ActivationProcess(Transaction *transaction, const char *activation_type, const char *bill_path, int32_t amount,
-                      const char *account_type, const char *refer_card_num);
+int ActivationProcess(Transaction *transaction, const char *activation_type, const char *bill_path,
+                      int32_t amount, const char *account_type, const char *refer_card_num);
 int GetActivationAmountProcess(const Transaction *transaction);
 int BalanceProcess(Transaction *transaction);
 int SumBalanceAmounts(const Transaction *transaction);

@@ -17,7 +17,8 @@ struct BonusTotals {
   int32_t organizerFee;
 };
 
-int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int32_t local_percent, int32_t fee_percent);
+int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int32_t local_percent,
+                          int32_t fee_percent);
 int CountBonuses(const Transaction *transaction, BonusTotals *totals);  // adds to the totals; 0 or -100
 
 }  // namespace lumo

@@ -1,4 +1,5 @@
-// engine/receipt.h: the slip's text, UTF-8, laid out for 24 columns, in three pieces; and the buffer reports are built in.
+// engine/receipt.h: the slip's text, UTF-8, laid out for 24 columns, in three pieces; and the buffer reports
+// are built in.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +17,8 @@ struct ReceiptBuffer {
 
 ReceiptBuffer *ReceiptCreate();
 int ReceiptFree(ReceiptBuffer *receipt);  // returns 0
-int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...) LUMO_PRINTF(2, 3);  // 1024 bytes or more: fatal
+int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...)
+    LUMO_PRINTF(2, 3);                                     // 1024 bytes or more: fatal
 const char *ReceiptGetText(const ReceiptBuffer *receipt);  // until the next print or ReceiptFree
 uint32_t ReceiptGetLength(const ReceiptBuffer *receipt);   // bytes, terminator excluded
 

@@ -1,4 +1,5 @@
-// engine/request.h: what every request carries: type, date and the RRN, the terminal's own number for the operation.
+// engine/request.h: what every request carries: type, date and the RRN, the terminal's own number for the
+// operation.
 //
 //   columns 1-5    the terminal id, cut or padded with zero digits on the left
 //   columns 6-11   the request's date, YYMMDD

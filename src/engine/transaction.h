@@ -1,5 +1,5 @@
-// engine/transaction.h: the record of one card transaction: what is asked, what was answered, and the receipt. All texts of
-// the record are its own copies; nothing is freed before the record is.
+// engine/transaction.h: the record of one card transaction: what is asked, what was answered, and the
+// receipt. All texts of the record are its own copies; nothing is freed before the record is.
 #pragma once
 
 #include <cstddef>
@@ -18,18 +18,18 @@ struct RequestBlock {
   const char *employeeId;
   const char *cardNum;
   const char *shiftId;
-  int32_t type;                  // RequestType
-  const char *requestId;         // the RRN; "0000000000000000" for the service requests
+  int32_t type;           // RequestType
+  const char *requestId;  // the RRN; "0000000000000000" for the service requests
   char requestDate[kDateBytes];
-  int32_t isOffline;             // the operation was completed without the server
+  int32_t isOffline;  // the operation was completed without the server
 };
 
 struct ResponseBlock {
   const char *ver;
-  const char *requestId;         // null when the answer holds none
+  const char *requestId;  // null when the answer holds none
   const char *responseId;
   char responseDate[kDateBytes];
-  int32_t requestState;          // RequestState
+  int32_t requestState;  // RequestState
   int32_t requestStateCode;
   const char *message;
   int32_t isNeedUpdate;
@@ -69,7 +69,7 @@ struct BillBlock {
   int32_t totalSum;
   int32_t orderLen;
   const char *billNum;
-  int32_t spendAmount;           // bonuses the customer asks to spend; never read from a file
+  int32_t spendAmount;  // bonuses the customer asks to spend; never read from a file
   char billDate[kDateBytes];
   int32_t partnerFee;
 };
@@ -82,19 +82,19 @@ struct CashBackGood {
 
 struct CashBackBlock {
   int32_t cashBackType;
-  const char *requestId;         // the RRN of the payment whose goods come back
+  const char *requestId;  // the RRN of the payment whose goods come back
   int32_t goodCount;
   CashBackGood *goods;
 };
 
 struct PaymentConfirmBlock {
   int32_t isConfirm;
-  const char *requestId;         // the RRN of the payment
+  const char *requestId;  // the RRN of the payment
 };
 
 struct ActivationBlock {
   int32_t amount;
-  int32_t type;                  // AccountType
+  int32_t type;  // AccountType
   int32_t activationType;
   const char *referParentCardNum;
 };
@@ -114,26 +114,26 @@ struct Transaction {
   BalanceBlock balance;
   BillBlock bill;
   CashBackBlock cashBack;
-  int32_t returnedSum;           // cashBackResult
+  int32_t returnedSum;  // cashBackResult
   const char *linkedCardNum;
   int32_t depositAmount;
   const char *exchangeToken;
   PaymentConfirmBlock paymentConfirm;
   ActivationBlock activation;
   ActivationResultBlock activationResult;
-  const char *rrNumber;          // last RRN
+  const char *rrNumber;  // last RRN
   const char *adText;
 
   const char *serverAddr;
   const char *serverAltAddr;
-  int32_t timeout;               // seconds
+  int32_t timeout;  // seconds
   int32_t sslMode;
 
   uint32_t completedOperations;  // one bit for each operation that succeeded on this record
   ReceiptBuffer *header;
   ReceiptBuffer *body;
   ReceiptBuffer *footer;
-  TransactionMemory *memory;     // everything the record owns beyond itself and its receipts
+  TransactionMemory *memory;  // everything the record owns beyond itself and its receipts
 };
 
 Transaction *new_transaction();                  // connection settings copied, receipts empty, all else zero
@@ -142,11 +142,12 @@ int free_transaction(Transaction *transaction);  // null is allowed; returns 0
 // Zero-filled memory that lives as long as the record.
 void *trans_alloc(Transaction *transaction, size_t size);
 
-// Stores a copy of `source` in `field` and returns it. A null source stores null and traces an error, which is no failure.
+// Stores a copy of `source` in `field` and returns it. A null source stores null and traces an error, which
+// is no failure.
 const char *trans_strcpy(Transaction *transaction, const char **field, const char *source);
 
-// Copies the card, the cashier and the settings' identity into the request block and prints the receipt's header and
-// footer. Returns 0.
+// Copies the card, the cashier and the settings' identity into the request block and prints the receipt's
+// header and footer. Returns 0.
 int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id);
 
 int32_t isOffline(const Transaction *transaction);

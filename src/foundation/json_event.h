@@ -21,11 +21,11 @@ enum JsonEvent : int32_t {
   JSON_NULL = 11,
 };
 
-// Takes one event. `data` is zero-terminated and valid only during the call; null for events without data. A result
-// other than 0 stops the feed and becomes its result.
+// Takes one event. `data` is zero-terminated and valid only during the call; null for events without data. A
+// result other than 0 stops the feed and becomes its result.
 using JsonCallback = int (*)(void *user, JsonEvent event, const char *data, uint32_t length);
 
-using JsonCallocHook = void *(*)(size_t count, size_t size);     // zero-filled
+using JsonCallocHook = void *(*)(size_t count, size_t size);  // zero-filled
 using JsonReallocHook = void *(*)(void *pointer, size_t size);
 
 }  // namespace lumo

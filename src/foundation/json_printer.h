@@ -17,11 +17,13 @@ struct JsonPrinter {
   bool first;
 };
 
-int JsonPrinterInit(JsonPrinter *printer, JsonSink sink, void *user);  // 0, or 1 when there is no printer or sink
+int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
+                    void *user);  // 0, or 1 when there is no printer or sink
 
 // Writes one event. `data` is used by numbers, strings and keys only. Returns 0.
-int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);     // compact
-int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);  // one tab a level
+int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);  // compact
+int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data,
+                      uint32_t length);  // one tab a level
 
 int JsonPrinterFree(JsonPrinter *printer);
 

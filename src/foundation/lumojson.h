@@ -1,4 +1,5 @@
-// foundation/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the whole tree.
+// foundation/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the
+// whole tree.
 #pragma once
 
 #include "foundation/json_event.h"
@@ -29,19 +30,22 @@ struct JsonMember {
 struct JsonReader;
 
 JsonReader *JsonReaderCreate();
-void JsonReaderDestroy(JsonReader *reader);                     // frees every node and text of its tree
-const JsonNode *JsonReaderRoot(const JsonReader *reader);       // null until a parse brought an object or array
-int parseJsonFile(JsonReader *reader, const char *file_name);   // 0, -301, -302, -303, -304 or -307
-int parseJsonText(JsonReader *reader, const char *text);        // 0, -301, -302, -303 or -304
+void JsonReaderDestroy(JsonReader *reader);                // frees every node and text of its tree
+const JsonNode *JsonReaderRoot(const JsonReader *reader);  // null until a parse brought an object or array
+int parseJsonFile(JsonReader *reader, const char *file_name);  // 0, -301, -302, -303, -304 or -307
+int parseJsonText(JsonReader *reader, const char *text);       // 0, -301, -302, -303 or -304
 
 // The text of a value; "" for an object or array.
 const char *JsonText(const JsonNode &node);
 // The leading digits of the value's text, clamped to 32 bits; 0 for an object or array.
 int32_t JsonInt32(const JsonNode &node);
-inline bool JsonIsNumber(const JsonNode &node) { return node.type == JSON_INT || node.type == JSON_FLOAT; }
+inline bool JsonIsNumber(const JsonNode &node) {
+  return node.type == JSON_INT || node.type == JSON_FLOAT;
+}
 
-// True when the first `key_length` bytes of `name` equal the member's key. Deliberate: a key that is the beginning of a
-// known name, the empty key included, is taken as that name. A key with a zero byte compares up to it.
+// True when the first `key_length` bytes of `name` equal the member's key. Deliberate: a key that is the
+// beginning of a known name, the empty key included, is taken as that name. A key with a zero byte compares
+// up to it.
 bool KeyIsPrefixOf(const JsonMember &member, const char *name);
 
 // The member's key for a trace line "%.*s": its first 40 bytes.
@@ -56,7 +60,8 @@ int WriteStringMember(JsonPrinter *printer, const char *key, const char *text); 
 int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag);
 void WriteKey(JsonPrinter *printer, const char *key);
 
-// The process-wide flag handed on by the member writers. Kept for callers that set it; it changes nothing in the text.
+// The process-wide flag handed on by the member writers. Kept for callers that set it; it changes nothing in
+// the text.
 int SetPrinterFlag(int value);
 
 }  // namespace lumo

@@ -1,5 +1,5 @@
-// foundation/md5.h: MD5 digests (RFC 1321) as 32 lower-case hexadecimal characters. Each function returns its own shared
-// buffer, overwritten by its next call.
+// foundation/md5.h: MD5 digests (RFC 1321) as 32 lower-case hexadecimal characters. Each function returns its
+// own shared buffer, overwritten by its next call.
 #pragma once
 
 namespace lumo {

@@ -1,4 +1,5 @@
-// foundation/module_path.h: where the library's files lie. Every file name is taken relative to moduleDirectory.
+// foundation/module_path.h: where the library's files lie. Every file name is taken relative to
+// moduleDirectory.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +14,17 @@ constexpr uint32_t kPathUnits = 260;  // the system's limit for a path, terminat
 void SetModuleDirectory(const WCHAR *directory);
 const WCHAR *ModuleDirectory();
 
-// Names the trace file "TRACE_" + tag + ".TXT"; a null or empty tag, or one that does not fit, means "TRACE.TXT".
+// Names the trace file "TRACE_" + tag + ".TXT"; a null or empty tag, or one that does not fit, means
+// "TRACE.TXT".
 void SetTraceTag(const char *utf8_tag);
 const WCHAR *TraceTag();
 
-// Converts into one shared buffer of 512 units that the next call overwrites. Null when the text is null, is not
-// convertible or does not fit.
+// Converts into one shared buffer of 512 units that the next call overwrites. Null when the text is null, is
+// not convertible or does not fit.
 const WCHAR *Utf8ToWide(const char *text);
 
-// Joins moduleDirectory and `name` in `path`. False for a null name, and for one that cannot be converted or does not
-// fit; `path` is then an empty text, which no file call can open.
+// Joins moduleDirectory and `name` in `path`. False for a null name, and for one that cannot be converted or
+// does not fit; `path` is then an empty text, which no file call can open.
 bool BuildPath(const char *name, WCHAR (&path)[kPathUnits]);
 void BuildTracePath(WCHAR (&path)[kPathUnits]);
 

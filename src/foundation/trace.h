@@ -1,10 +1,11 @@
-// foundation/trace.h: the library's diary, one text file beside the library file. Each call opens the file, appends and
-// closes it, so that a crash loses nothing. Nothing is added to a line; formats carry their own "\n". A trace file that
-// cannot be opened loses the line and nothing else. A null text prints as "(null)".
+// foundation/trace.h: the library's diary, one text file beside the library file. Each call opens the file,
+// appends and closes it, so that a crash loses nothing. Nothing is added to a line; formats carry their own
+// "\n". A trace file that cannot be opened loses the line and nothing else. A null text prints as "(null)".
 #pragma once
 
 #if defined(__GNUC__)
-#define LUMO_PRINTF(format_index, first_argument) __attribute__((format(printf, format_index, first_argument)))
+#define LUMO_PRINTF(format_index, first_argument) \
+  __attribute__((format(printf, format_index, first_argument)))
 #else
 #define LUMO_PRINTF(format_index, first_argument)
 #endif

@@ -1,5 +1,5 @@
-// journal/logger.h: LOG, OFFLINE and OFFLINE_TMP, one record a line. No file stays open between calls, and of a list no more
-// than one record's text is in memory. Bytes after the last line feed belong to no record.
+// journal/logger.h: LOG, OFFLINE and OFFLINE_TMP, one record a line. No file stays open between calls, and of
+// a list no more than one record's text is in memory. Bytes after the last line feed belong to no record.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ struct RecordEntry {
 
 int SetLogSize(int32_t lines);  // the bound of LOG; returns 0
 
-// Append one record: 0 or -201. Only LOG is trimmed: when the record would be the logSize-th line or a later one, the
-// oldest logSize / 3 lines go first.
+// Append one record: 0 or -201. Only LOG is trimmed: when the record would be the logSize-th line or a later
+// one, the oldest logSize / 3 lines go first.
 int AppendLogRecord(const char *record);
 int AppendOfflineRecord(const char *record);
 int AppendOfflineTmpRecord(const char *record);
@@ -24,8 +24,8 @@ int AppendOfflineTmpRecord(const char *record);
 // Replaces OFFLINE by OFFLINE_TMP, when there is one. 0 or the system's error number.
 int CommitOfflineTmp();
 
-// The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with Next...,
-// free the first entry with FreeRecordList. A trim makes the offsets stale.
+// The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with
+// Next..., free the first entry with FreeRecordList. A trim makes the offsets stale.
 RecordEntry *GetLogRecords();
 RecordEntry *GetOfflineRecords();
 RecordEntry *NextLogRecord(RecordEntry *entry);

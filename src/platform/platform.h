@@ -1,6 +1,6 @@
-// platform/platform.h: the operating-system calls the library is written against, by their own names. This is the only
-// header that knows where they come from: the system's headers on Windows, coredll.dll and ws2.dll on Windows CE, our own
-// implementation elsewhere.
+// platform/platform.h: the operating-system calls the library is written against, by their own names. This is
+// the only header that knows where they come from: the system's headers on Windows, coredll.dll and ws2.dll
+// on Windows CE, our own implementation elsewhere.
 #pragma once
 
 #if defined(LUMO_PLATFORM_WINCE)

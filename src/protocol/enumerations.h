@@ -1,5 +1,5 @@
-// protocol/enumerations.h: the closed vocabularies of the protocol. A value is its text's place in the table; one past the
-// last is the unknown value.
+// protocol/enumerations.h: the closed vocabularies of the protocol. A value is its text's place in the table;
+// one past the last is the unknown value.
 #pragma once
 
 #include <cstdint>
@@ -30,9 +30,15 @@ enum RequestState : int32_t {
   STATE_UNKNOWN = 5,
 };
 
-constexpr int32_t kStateCodeUnknown = 33;  // the 33 codes have no rule of their own in the library, only texts
+constexpr int32_t kStateCodeUnknown =
+    33;  // the 33 codes have no rule of their own in the library, only texts
 
-enum AccountType : int32_t { ACCOUNT_GLOBAL = 0, ACCOUNT_LOCAL = 1, ACCOUNT_DISCOUNT = 2, ACCOUNT_UNKNOWN = 3 };
+enum AccountType : int32_t {
+  ACCOUNT_GLOBAL = 0,
+  ACCOUNT_LOCAL = 1,
+  ACCOUNT_DISCOUNT = 2,
+  ACCOUNT_UNKNOWN = 3
+};
 enum CashBackType : int32_t { CASHBACK_FULL = 0, CASHBACK_SEQ = 1, CASHBACK_UNKNOWN = 2 };
 enum ActivationType : int32_t {
   ACTIVATION_SIMPLE = 0,
@@ -41,8 +47,8 @@ enum ActivationType : int32_t {
   ACTIVATION_UNKNOWN = 3,
 };
 
-// The table's text; the empty text for a value outside the table. RequestStateCodeToString alone traces an error and
-// returns null for its unknown value.
+// The table's text; the empty text for a value outside the table. RequestStateCodeToString alone traces an
+// error and returns null for its unknown value.
 const char *ActivationTypeToString(int32_t value);
 const char *RequestTypeToString(int32_t value);
 const char *RequestStateToString(int32_t value);
@@ -50,8 +56,8 @@ const char *RequestStateCodeToString(int32_t value);
 const char *AccountTypeToString(int32_t value);
 const char *CashBackTypeToString(int32_t value);
 
-// The text's value; whole texts, upper and lower case differ. Another text, or null, traces an error and gives the
-// unknown value.
+// The text's value; whole texts, upper and lower case differ. Another text, or null, traces an error and
+// gives the unknown value.
 int32_t ActivationTypeFromString(const char *text);
 int32_t RequestTypeFromString(const char *text);
 int32_t RequestStateFromString(const char *text);

@@ -6,9 +6,9 @@
 namespace lumo {
 
 int SocketConnect(const char *host, int32_t port, int32_t timeout_seconds);  // 0, -1 or -501
-int SocketSend(const char *data, int length);                               // bytes sent or -1; one call, no retry
-int SocketReceive(char *buffer, int capacity);                              // bytes, 0 when the peer closed, negative on error
-int SocketDisconnect();                                                     // the result of the shutdown
-int SocketClose();                                                          // the same, after closing
+int SocketSend(const char *data, int length);   // bytes sent or -1; one call, no retry
+int SocketReceive(char *buffer, int capacity);  // bytes, 0 when the peer closed, negative on error
+int SocketDisconnect();                         // the result of the shutdown
+int SocketClose();                              // the same, after closing
 
 }  // namespace lumo

@@ -1,5 +1,5 @@
-// protocol/transaction_json.h: JSON into a transaction: the server's answer and journal records; and the journal record's
-// writer, their other half.
+// protocol/transaction_json.h: JSON into a transaction: the server's answer and journal records; and the
+// journal record's writer, their other half.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,8 @@ namespace lumo {
 
 struct Transaction;
 
-// Appends the operation's record to LOG, and to OFFLINE when the operation was completed offline: 0, -201 or -305.
+// Appends the operation's record to LOG, and to OFFLINE when the operation was completed offline: 0, -201 or
+// -305.
 int WriteTransactionRecord(const Transaction *transaction);
 
 // Fills the record from one journal record's text; the result of the JSON parse.
@@ -45,7 +46,7 @@ int LoadResponse(Transaction *transaction, const JsonNode *node);
 int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses);  // 0 or -402
 int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node);
 int LoadBalance(Transaction *transaction, const JsonNode *node);
-int LoadCashBack(Transaction *transaction, const JsonNode *node);                // 0 or -402
+int LoadCashBack(Transaction *transaction, const JsonNode *node);  // 0 or -402
 int LoadCashBackResult(Transaction *transaction, const JsonNode *node);
 int LoadActivation(Transaction *transaction, const JsonNode *node);
 int LoadActivationResult(Transaction *transaction, const JsonNode *node);

@@ -1,5 +1,5 @@
-// protocol/transaction_request_json.h: a transaction as JSON: the request for the server and the parts it shares with the
-// journal record. A part has one form wherever it is written.
+// protocol/transaction_request_json.h: a transaction as JSON: the request for the server and the parts it
+// shares with the journal record. A part has one form wherever it is written.
 #pragma once
 
 #include <cstdint>

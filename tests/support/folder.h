@@ -12,8 +12,8 @@ class Folder {
   Folder(const Folder &) = delete;
   Folder &operator=(const Folder &) = delete;
 
-  const std::string &path() const { return path_; }         // ends with the separator
-  std::string Read(const std::string &name) const;          // the file's bytes; a missing file fails the test
+  const std::string &path() const { return path_; }  // ends with the separator
+  std::string Read(const std::string &name) const;   // the file's bytes; a missing file fails the test
   void Write(const std::string &name, const std::string &bytes) const;
   bool Exists(const std::string &name) const;
   void Remove(const std::string &name) const;

@@ -1,5 +1,5 @@
-// support/scripted_server.h: a server on a loopback port of the system's choice that records what it is sent and answers
-// what the test says, piece by piece.
+// support/scripted_server.h: a server on a loopback port of the system's choice that records what it is sent
+// and answers what the test says, piece by piece.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,11 @@ namespace test {
 
 struct Answer {
   std::vector<std::string> pieces;  // sent one after another, each in a packet of its own
-  enum class End { kClose, kReset, kSilence } end = End::kClose;  // kSilence keeps the connection open until the server ends
+  enum class End {
+    kClose,
+    kReset,
+    kSilence
+  } end = End::kClose;  // kSilence keeps the connection open until the server ends
 };
 
 class ScriptedServer {
@@ -21,8 +25,8 @@ class ScriptedServer {
   ~ScriptedServer();
 
   int port() const;
-  std::string address() const;                 // "http://127.0.0.1:port/ws"
-  std::vector<std::string> requests() const;   // the bytes of each connection: head, body, last line feed
+  std::string address() const;                // "http://127.0.0.1:port/ws"
+  std::vector<std::string> requests() const;  // the bytes of each connection: head, body, last line feed
 
  private:
   struct Impl;

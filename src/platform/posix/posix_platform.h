@@ -1,6 +1,6 @@
-// platform/posix/posix_platform.h: the library's system calls, implemented over POSIX with the results and error numbers of
-// the system they come from. Names are UTF-16; "\" in a name stands for "/". The functions live in namespace lumo, so that
-// send, connect and the like are not mistaken for the C library's.
+// platform/posix/posix_platform.h: the library's system calls, implemented over POSIX with the results and
+// error numbers of the system they come from. Names are UTF-16; "\" in a name stands for "/". The functions
+// live in namespace lumo, so that send, connect and the like are not mistaken for the C library's.
 #pragma once
 
 #include <cstdarg>
@@ -66,11 +66,12 @@ struct SYSTEMTIME {
 DWORD GetLastError();
 
 // Files. Share mode 0 excludes every other open of the file; it is the only one the library uses.
-HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *security, DWORD creation, DWORD attributes,
-                   HANDLE model);
+HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *security, DWORD creation,
+                   DWORD attributes, HANDLE model);
 BOOL ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *overlapped);
 BOOL WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written, void *overlapped);
-DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin);  // success sets the last error to 0
+DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high,
+                     DWORD origin);  // success sets the last error to 0
 BOOL CloseHandle(HANDLE handle);
 BOOL DeleteFileW(const WCHAR *name);
 BOOL MoveFileW(const WCHAR *from, const WCHAR *to);  // never replaces: ERROR_ALREADY_EXISTS
@@ -137,7 +138,9 @@ struct sockaddr_in {
   char sin_zero[8];
 };
 
-constexpr WORD MAKEWORD(int low, int high) { return static_cast<WORD>((low & 0xFF) | ((high & 0xFF) << 8)); }
+constexpr WORD MAKEWORD(int low, int high) {
+  return static_cast<WORD>((low & 0xFF) | ((high & 0xFF) << 8));
+}
 
 int WSAStartup(WORD version, WSADATA *data);
 int WSACleanup();

@@ -1,0 +1,40 @@
+// shop_files.h: a look at the files the library keeps in its folder, for an engineer. Nothing here writes
+// them.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace reg {
+
+struct Record {
+  bool readable = false;
+  std::string type;
+  std::string rrn;
+  std::string date;
+  std::string card;
+  bool offline = false;
+  std::string detail;  // the amounts the operation was about
+};
+
+struct ShiftState {
+  bool present = false;
+  bool readable = false;
+  std::string requestId;
+  std::string shiftId;
+  std::string openDate;
+  std::string closeDate;
+  int offline = 0;
+  int shiftState = 0;
+  int update = 0;
+};
+
+// Records of LOG or OFFLINE, in file order; none when the file is missing.
+std::vector<Record> ReadJournal(const std::filesystem::path &file);
+size_t CountRecords(const std::filesystem::path &file);
+ShiftState ReadState(const std::filesystem::path &file);
+std::string ReadWhole(const std::filesystem::path &file);
+
+}  // namespace reg

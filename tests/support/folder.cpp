@@ -1,1 +1,79 @@
 #include "support/folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+#include "foundation/module_path.h"
+
+namespace test {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path FreshDirectory() {
+  std::random_device random;
+  for (;;) {
+    const uint64_t number = (static_cast<uint64_t>(random()) << 32) | random();
+    fs::path path = fs::temp_directory_path() / ("lumo-" + std::to_string(number));
+    if (fs::create_directory(path)) {
+      return path;
+    }
+  }
+}
+
+fs::path Inside(const std::string &folder, const std::string &name) {
+  return fs::u8path(folder + name);
+}
+
+}  // namespace
+
+Folder::Folder() {
+  fs::path path = FreshDirectory();
+  path += fs::path::preferred_separator;
+  path_ = path.u8string();
+  lumo::SetModuleDirectory(path.string<lumo::WCHAR>().c_str());
+  lumo::SetTraceTag(nullptr);
+}
+
+Folder::~Folder() {
+  std::error_code ignored;
+  fs::remove_all(fs::u8path(path_), ignored);
+}
+
+std::string Folder::Read(const std::string &name) const {
+  std::ifstream file(Inside(path_, name), std::ios::binary);
+  if (!file) {
+    ADD_FAILURE() << "no file " << name;
+    return "";
+  }
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void Folder::Write(const std::string &name, const std::string &bytes) const {
+  std::ofstream file(Inside(path_, name), std::ios::binary | std::ios::trunc);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) {
+    ADD_FAILURE() << "cannot write " << name;
+  }
+}
+
+bool Folder::Exists(const std::string &name) const {
+  return fs::exists(Inside(path_, name));
+}
+
+void Folder::Remove(const std::string &name) const {
+  fs::remove_all(Inside(path_, name));
+}
+
+void Folder::ClearTrace() const {
+  Remove("TRACE.TXT");
+}
+
+}  // namespace test

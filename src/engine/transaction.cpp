@@ -1,1 +1,148 @@
 #include "engine/transaction.h"
+
+#include <cstring>
+
+#include "config/lumoconfig.h"
+#include "config/lumostate.h"
+#include "engine/receipt.h"
+#include "foundation/dates.h"
+#include "foundation/format.h"
+#include "foundation/memory.h"
+#include "foundation/trace.h"
+
+namespace lumo {
+
+// One block of the record's memory. Pieces are handed out front to back and never taken back one by one.
+struct TransactionMemory {
+  TransactionMemory *next;
+  size_t used;      // bytes, a multiple of kAlignment
+  size_t capacity;  // bytes behind this head
+};
+
+namespace {
+
+constexpr size_t kAlignment = alignof(std::max_align_t);
+constexpr size_t kHeadBytes = (sizeof(TransactionMemory) + kAlignment - 1) / kAlignment * kAlignment;
+constexpr size_t kChunkBytes = 2048 - kHeadBytes;  // holds all the texts of a transaction without goods
+
+// A piece above this size gets a chunk of its own, so that at most a quarter of a shared chunk is ever
+// wasted.
+constexpr size_t kLargestSharedPiece = kChunkBytes / 4;
+
+TransactionMemory *CreateChunk(size_t capacity) {
+  auto *chunk = static_cast<TransactionMemory *>(MemCalloc(1, kHeadBytes + capacity, LUMO_HERE));
+  chunk->capacity = capacity;
+  return chunk;
+}
+
+void *TakePiece(TransactionMemory *chunk, size_t size) {
+  char *piece = reinterpret_cast<char *>(chunk) + kHeadBytes + chunk->used;
+  chunk->used += size;
+  return piece;
+}
+
+void FreeChunks(TransactionMemory *chunk) {
+  while (chunk != nullptr) {
+    TransactionMemory *next = chunk->next;
+    MemFree(chunk, LUMO_HERE);
+    chunk = next;
+  }
+}
+
+void FillHeaderReceipt(Transaction *transaction, const char *card_num) {
+  ReceiptBuffer *header = transaction->header;
+  ReceiptPrintf(header, "%s\n", TextOrEmpty(Settings().receiptHeader));
+  ReceiptPrintf(header, "%s\n", ReceiptTimestamp());
+  ReceiptPrintf(header, "Терминал %14s\n", TextOrEmpty(Settings().terminalId));
+  ReceiptPrintf(header, "     *** КАРТА ***\n");
+  ReceiptPrintf(header, "    %s\n", TextOrEmpty(card_num));
+}
+
+}  // namespace
+
+Transaction *new_transaction() {
+  auto *transaction = static_cast<Transaction *>(MemCalloc(1, sizeof(Transaction), LUMO_HERE));
+  const SettingsRecord &settings = Settings();
+  trans_strcpy(transaction, &transaction->serverAddr, settings.serverAddr);
+  trans_strcpy(transaction, &transaction->serverAltAddr, settings.serverAltAddr);
+  transaction->timeout = settings.timeout;
+  transaction->sslMode = settings.sslMode;
+  transaction->body = ReceiptCreate();
+  transaction->header = ReceiptCreate();
+  transaction->footer = ReceiptCreate();
+  return transaction;
+}
+
+int free_transaction(Transaction *transaction) {
+  if (transaction == nullptr) {
+    return 0;
+  }
+  ReceiptFree(transaction->footer);
+  ReceiptFree(transaction->header);
+  ReceiptFree(transaction->body);
+  FreeChunks(transaction->memory);
+  MemFree(transaction, LUMO_HERE);
+  return 0;
+}
+
+void *trans_alloc(Transaction *transaction, size_t size) {
+  // The largest sizes would wrap when rounded up; as they are, they fail in the allocation.
+  if (size > SIZE_MAX - kAlignment - kHeadBytes) {
+    return MemCalloc(1, size, LUMO_HERE);
+  }
+  const size_t rounded = size == 0 ? kAlignment : (size + kAlignment - 1) / kAlignment * kAlignment;
+  TransactionMemory *current = transaction->memory;
+  if (current != nullptr && rounded <= current->capacity - current->used) {
+    return TakePiece(current, rounded);
+  }
+  if (rounded > kLargestSharedPiece && current != nullptr) {
+    // Behind the current chunk, which goes on serving small pieces.
+    TransactionMemory *own = CreateChunk(rounded);
+    own->next = current->next;
+    current->next = own;
+    return TakePiece(own, rounded);
+  }
+  TransactionMemory *chunk = CreateChunk(rounded > kChunkBytes ? rounded : kChunkBytes);
+  chunk->next = current;
+  transaction->memory = chunk;
+  return TakePiece(chunk, rounded);
+}
+
+const char *trans_strcpy(Transaction *transaction, const char **field, const char *source) {
+  if (source == nullptr) {
+    *field = nullptr;
+    TraceError("trans_strcpy src == NULL\n");
+    return nullptr;
+  }
+  const size_t bytes = strlen(source) + 1;
+  auto *copy = static_cast<char *>(trans_alloc(transaction, bytes));
+  memcpy(copy, source, bytes);
+  *field = copy;
+  return copy;
+}
+
+int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id) {
+  RequestBlock &request = transaction->request;
+  trans_strcpy(transaction, &request.cardNum, card_num);
+  trans_strcpy(transaction, &request.employeeId, employee_id);
+  trans_strcpy(transaction, &request.terminalId, Settings().terminalId);
+  trans_strcpy(transaction, &request.ver, Settings().protocolVersion);
+  trans_strcpy(transaction, &request.shiftId, GetShiftId());
+  FillHeaderReceipt(transaction, card_num);
+  ReceiptPrintf(transaction->footer, "%s\n", TextOrEmpty(Settings().receiptFooter));
+  return 0;
+}
+
+int32_t isOffline(const Transaction *transaction) {
+  return transaction->request.isOffline;
+}
+
+bool TraceIfNull(const Transaction *transaction) {
+  if (transaction != nullptr) {
+    return false;
+  }
+  TraceError("Pointer \"%s\" is null\n", "trans");
+  return true;
+}
+
+}  // namespace lumo

@@ -1,1 +1,370 @@
-#include "platform/platform.h"
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "platform/posix/posix_internal.h"
+
+// Exclusive opens are flock locks: they hold between descriptors of one process too, end with the descriptor
+// and leave nothing behind after a crash. Share mode 0 takes the exclusive lock; everything else that touches
+// a file's contents or its name takes a lock as well, so it meets the sharing violation it would meet there.
+
+namespace lumo {
+
+namespace {
+
+// A descriptor is one more than itself as a handle, since 0 is never a handle there.
+HANDLE HandleOf(int descriptor) {
+  return reinterpret_cast<HANDLE>(static_cast<intptr_t>(descriptor) + 1);
+}
+int DescriptorOf(HANDLE handle) {
+  const auto value = reinterpret_cast<intptr_t>(handle);
+  return value > 0 && value <= INT32_MAX ? static_cast<int>(value - 1) : -1;
+}
+
+BOOL Fail(DWORD error) {
+  SetLastError(error);
+  return 0;
+}
+
+// `rest` is the answer to what has no number of its own.
+DWORD ErrorOf(int error, DWORD rest = ERROR_GEN_FAILURE) {
+  switch (error) {
+    case ENOENT:
+      return ERROR_FILE_NOT_FOUND;
+    case ENOTDIR:
+      return ERROR_PATH_NOT_FOUND;
+    case EMFILE:
+    case ENFILE:
+      return ERROR_TOO_MANY_OPEN_FILES;
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+    case EROFS:
+      return ERROR_ACCESS_DENIED;
+    case EBADF:
+      return ERROR_INVALID_HANDLE;
+    case ENOMEM:
+      return ERROR_NOT_ENOUGH_MEMORY;
+    case EXDEV:
+      return ERROR_NOT_SAME_DEVICE;
+    case EWOULDBLOCK:
+    case EBUSY:
+    case ETXTBSY:
+      return ERROR_SHARING_VIOLATION;
+    case EEXIST:
+      return ERROR_ALREADY_EXISTS;
+    case EINVAL:
+      return ERROR_INVALID_PARAMETER;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return ERROR_DISK_FULL;
+    case ENAMETOOLONG:
+      return ERROR_FILENAME_EXCED_RANGE;
+    default:
+      return rest;
+  }
+}
+
+using Name = char[kNameBytes];
+
+// Converts a name. False, with the error set, for one that no file can have.
+bool Convert(const WCHAR *wide, Name &name) {
+  if (wide == nullptr || *wide == 0) return Fail(ERROR_PATH_NOT_FOUND) != 0;
+  if (WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, kNameBytes, nullptr, nullptr) == 0) {
+    return Fail(ERROR_FILENAME_EXCED_RANGE) != 0;
+  }
+  for (char *at = name; (at = strchr(at, '\\')) != nullptr;) *at = '/';
+  return true;
+}
+
+// Why `name` cannot be had: a missing file and a missing folder are told apart.
+DWORD ErrorOfName(int error, const Name &name) {
+  if (error != ENOENT) return ErrorOf(error);
+  const char *const separator = strrchr(name, '/');
+  if (separator == nullptr || separator == name) return ERROR_FILE_NOT_FOUND;
+  Name folder;
+  const auto length = static_cast<size_t>(separator - name);
+  memcpy(folder, name, length);
+  folder[length] = 0;
+  struct stat status;
+  return stat(folder, &status) == 0 && S_ISDIR(status.st_mode) ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+}
+
+int OpenAgain(const Name &name, int flags, mode_t mode) {
+  int descriptor;
+  do {
+    descriptor = open(name, flags | O_CLOEXEC | O_NOCTTY, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
+constexpr int kTries = 20;
+
+enum Missing { kFail, kCreate };
+enum Existing { kKeep, kTruncate, kRefuse };
+
+// Opens and locks a file. -1, with the error set, when it cannot be had; *out_created tells a new file from
+// an old one. The file is cut only once it is locked: a refused open must not have emptied what another
+// holds.
+int OpenLocked(const Name &name, int access, Missing missing, Existing existing, int lock, mode_t mode,
+               bool *out_created) {
+  for (int tries = 1;; ++tries) {
+    *out_created = false;
+    int descriptor = existing == kRefuse ? -1 : OpenAgain(name, access, 0);
+    if (descriptor < 0 && missing == kCreate && (existing == kRefuse || errno == ENOENT)) {
+      descriptor = OpenAgain(name, access | O_CREAT | O_EXCL, mode);
+      *out_created = descriptor >= 0;
+      struct stat link;
+      // Somebody made it in between: look again. (A link that leads nowhere is not made by anybody.)
+      if (descriptor < 0 && errno == EEXIST && existing != kRefuse && stat(name, &link) == 0) continue;
+    }
+    if (descriptor < 0) {
+      SetLastError(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorOfName(errno, name));
+      return -1;
+    }
+    struct stat opened, named;
+    if (fstat(descriptor, &opened) != 0 || S_ISDIR(opened.st_mode)) {
+      close(descriptor);
+      SetLastError(ERROR_ACCESS_DENIED);
+      return -1;
+    }
+    if (flock(descriptor, lock | LOCK_NB) != 0) {
+      const int error = errno;
+      close(descriptor);
+      if (error == EINTR) continue;
+      SetLastError(ErrorOf(error));
+      return -1;
+    }
+    // Between the open and the lock the file may have been deleted or moved: then this is not the file of
+    // that name. (Some file systems never give a file the same number twice; with those it is taken as it
+    // is.)
+    if (tries < kTries &&
+        (stat(name, &named) != 0 || named.st_ino != opened.st_ino || named.st_dev != opened.st_dev)) {
+      close(descriptor);
+      continue;
+    }
+    if (existing == kTruncate && opened.st_size != 0 && S_ISREG(opened.st_mode) &&
+        ftruncate(descriptor, 0) != 0) {
+      const int error = errno;
+      close(descriptor);
+      SetLastError(ErrorOf(error));
+      return -1;
+    }
+    return descriptor;
+  }
+}
+
+// A file's name is about to change or go: nobody may have the file open. -1, with the error set, when
+// somebody has.
+int LockName(const Name &name, bool folders) {
+  for (;;) {
+    const int descriptor = OpenAgain(name, O_RDONLY | O_NONBLOCK, 0);
+    if (descriptor < 0) {
+      SetLastError(ErrorOfName(errno, name));
+      return -1;
+    }
+    struct stat status;
+    const bool is_folder = fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
+    if (is_folder && folders) return descriptor;
+    const int error = is_folder ? EISDIR : flock(descriptor, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    if (error == 0) return descriptor;
+    close(descriptor);
+    if (error == EINTR) continue;
+    SetLastError(ErrorOf(error));
+    return -1;
+  }
+}
+
+// Reads or writes all of it unless the end of the file, or an error, comes first.
+template <typename Byte, typename Call>
+BOOL Transfer(HANDLE file, Byte *buffer, DWORD count, DWORD *out_done, DWORD rest, Call call) {
+  DWORD done = 0;
+  if (out_done != nullptr) *out_done = 0;
+  const int descriptor = DescriptorOf(file);
+  do {
+    const ssize_t result = call(descriptor, buffer + done, count - done);
+    if (result < 0 && errno == EINTR) continue;
+    if (result < 0) {
+      // The descriptor is there: it was opened for the other direction.
+      if (errno == EBADF && fcntl(descriptor, F_GETFL) != -1) return Fail(ERROR_ACCESS_DENIED);
+      return Fail(ErrorOf(errno, rest));
+    }
+    if (result == 0) break;
+    done += static_cast<DWORD>(result);
+    if (out_done != nullptr) *out_done = done;
+  } while (done < count);
+  return 1;
+}
+
+}  // namespace
+
+HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *, DWORD creation, DWORD, HANDLE) {
+  Name file;
+  if (!Convert(name, file)) return INVALID_HANDLE_VALUE;
+  if (creation < CREATE_ALWAYS || creation > OPEN_ALWAYS) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_HANDLE_VALUE;
+  }
+  const bool reads = (access & GENERIC_READ) != 0, writes = (access & GENERIC_WRITE) != 0;
+  bool created = false;
+  const int descriptor =
+      OpenLocked(file,
+                 reads && writes ? O_RDWR
+                 : writes        ? O_WRONLY
+                                 : O_RDONLY,
+                 creation == OPEN_EXISTING ? kFail : kCreate, creation == CREATE_ALWAYS ? kTruncate : kKeep,
+                 share_mode == 0 ? LOCK_EX : LOCK_SH, 0666, &created);
+  if (descriptor < 0) return INVALID_HANDLE_VALUE;
+  SetLastError(creation == OPEN_EXISTING || created ? 0 : ERROR_ALREADY_EXISTS);
+  return HandleOf(descriptor);
+}
+
+BOOL ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *) {
+  return Transfer(file, static_cast<char *>(buffer), count, out_read, ERROR_READ_FAULT,
+                  [](int descriptor, char *bytes, size_t size) { return read(descriptor, bytes, size); });
+}
+
+BOOL WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written, void *) {
+  return Transfer(
+      file, static_cast<const char *>(buffer), count, out_written, ERROR_WRITE_FAULT,
+      [](int descriptor, const char *bytes, size_t size) { return write(descriptor, bytes, size); });
+}
+
+DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin) {
+  const int descriptor = DescriptorOf(file);
+  if (origin > FILE_END) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_SET_FILE_POINTER;
+  }
+  int64_t base = 0;
+  if (origin == FILE_CURRENT) base = lseek(descriptor, 0, SEEK_CUR);
+  struct stat status = {};
+  if (fstat(descriptor, &status) != 0 || base < 0) {
+    SetLastError(ErrorOf(errno));
+    return INVALID_SET_FILE_POINTER;
+  }
+  if (origin == FILE_END) base = status.st_size;
+  int64_t distance = offset;
+  if (offset_high != nullptr) {
+    distance = static_cast<int64_t>(static_cast<uint64_t>(static_cast<uint32_t>(*offset_high)) << 32 |
+                                    static_cast<uint32_t>(offset));
+  }
+  int64_t position = 0;
+  if (__builtin_add_overflow(base, distance, &position) ||
+      (offset_high == nullptr && position > 0xFFFFFFFFLL)) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_SET_FILE_POINTER;
+  }
+  if (position < 0) {
+    SetLastError(ERROR_NEGATIVE_SEEK);
+    return INVALID_SET_FILE_POINTER;
+  }
+  if (lseek(descriptor, static_cast<off_t>(position), SEEK_SET) < 0) {
+    SetLastError(ErrorOf(errno));
+    return INVALID_SET_FILE_POINTER;
+  }
+  if (offset_high != nullptr) *offset_high = static_cast<LONG>(position >> 32);
+  SetLastError(0);
+  return static_cast<DWORD>(position);
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  // An interrupted close has closed.
+  if (close(DescriptorOf(handle)) != 0 && errno != EINTR) return Fail(ErrorOf(errno));
+  return 1;
+}
+
+BOOL DeleteFileW(const WCHAR *name) {
+  Name file;
+  if (!Convert(name, file)) return 0;
+  const int descriptor = LockName(file, false);
+  if (descriptor < 0) return 0;
+  const int error = unlink(file) == 0 ? 0 : errno;
+  close(descriptor);
+  return error == 0 ? 1 : Fail(ErrorOfName(error, file));
+}
+
+BOOL MoveFileW(const WCHAR *from, const WCHAR *to) {
+  Name source, target;
+  if (!Convert(from, source) || !Convert(to, target)) return 0;
+  const int descriptor = LockName(source, true);
+  if (descriptor < 0) return 0;
+  int error = renameat2(AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE) == 0 ? 0 : errno;
+  if (error == EINVAL || error == ENOSYS) {
+    // Not every file system has it. A link refuses an existing target just as surely, and for a moment there
+    // are two names.
+    error = link(source, target) == 0 && unlink(source) == 0 ? 0 : errno;
+  }
+  close(descriptor);
+  return error == 0 ? 1 : Fail(ErrorOfName(error, target));
+}
+
+BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
+  Name source_name, target_name;
+  if (!Convert(from, source_name) || !Convert(to, target_name)) return 0;
+  bool created = false;
+  const int source = OpenLocked(source_name, O_RDONLY, kFail, kKeep, LOCK_SH, 0, &created);
+  if (source < 0) return 0;
+  struct stat status = {};
+  const mode_t mode = fstat(source, &status) == 0 ? status.st_mode & 0777 : 0666;
+  // The lock also refuses a file as its own copy, before anything is cut.
+  const int target = OpenLocked(target_name, O_WRONLY, kCreate, fail_if_exists ? kRefuse : kTruncate, LOCK_EX,
+                                mode, &created);
+  BOOL copied = target >= 0;
+  char buffer[3072];
+  DWORD count = 0;
+  while (copied && (copied = ReadFile(HandleOf(source), buffer, sizeof buffer, &count, nullptr)) != 0 &&
+         count != 0) {
+    copied = WriteFile(HandleOf(target), buffer, count, &count, nullptr);
+  }
+  // Half a file under the name of a whole one helps nobody.
+  if (target >= 0 && !copied) unlink(target_name);
+  if (target >= 0 && close(target) != 0 && errno != EINTR && copied)
+    copied = Fail(ErrorOf(errno, ERROR_WRITE_FAULT));
+  close(source);
+  return copied;
+}
+
+DWORD GetFileAttributesW(const WCHAR *name) {
+  Name file;
+  if (!Convert(name, file)) return INVALID_FILE_ATTRIBUTES;
+  struct stat status;
+  if (stat(file, &status) != 0) {
+    SetLastError(ErrorOfName(errno, file));
+    return INVALID_FILE_ATTRIBUTES;
+  }
+  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+}
+
+FILE *_wfopen(const WCHAR *name, const WCHAR *mode) {
+  Name file;
+  char narrow_mode[8];
+  if (mode == nullptr ||
+      WideCharToMultiByte(CP_UTF8, 0, mode, -1, narrow_mode, sizeof narrow_mode, nullptr, nullptr) == 0 ||
+      strchr("rwa", narrow_mode[0]) == nullptr || narrow_mode[0] == 0) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+  }
+  if (!Convert(name, file)) return nullptr;
+  const bool both = strchr(narrow_mode, '+') != nullptr, appends = narrow_mode[0] == 'a',
+             reads = narrow_mode[0] == 'r';
+  const int access = (both ? O_RDWR : reads ? O_RDONLY : O_WRONLY) | (appends ? O_APPEND : 0);
+  bool created = false;
+  const int descriptor = OpenLocked(file, access, reads ? kFail : kCreate,
+                                    narrow_mode[0] == 'w' ? kTruncate : kKeep, LOCK_SH, 0666, &created);
+  if (descriptor < 0) return nullptr;
+  FILE *const stream = fdopen(descriptor, narrow_mode);
+  if (stream == nullptr) {
+    SetLastError(ErrorOf(errno));
+    close(descriptor);
+  }
+  return stream;
+}
+
+}  // namespace lumo

@@ -83,7 +83,9 @@ FILE *_wfopen(const WCHAR *name, const WCHAR *mode);
 int MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide, int capacity);
 int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *wide, int length, char *text, int capacity,
                         const char *default_char, BOOL *used_default);
-int _vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments);
+// A null buffer measures. A text that fills the buffer has no terminator, a longer one is cut and gives -1.
+int _vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments)
+    __attribute__((format(printf, 3, 0)));
 
 // Process and clock.
 DWORD GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);
@@ -106,14 +108,22 @@ constexpr uint32_t INADDR_NONE = 0xFFFFFFFFU;
 
 constexpr int WSAEINTR = 10004;
 constexpr int WSAEACCES = 10013;
+constexpr int WSAEFAULT = 10014;
 constexpr int WSAEINVAL = 10022;
 constexpr int WSAEMFILE = 10024;
 constexpr int WSAENOTSOCK = 10038;
+constexpr int WSAENOPROTOOPT = 10042;
+constexpr int WSAEPROTONOSUPPORT = 10043;
+constexpr int WSAEAFNOSUPPORT = 10047;
+constexpr int WSAEADDRINUSE = 10048;
+constexpr int WSAEADDRNOTAVAIL = 10049;
+constexpr int WSAENETDOWN = 10050;
 constexpr int WSAENETUNREACH = 10051;
 constexpr int WSAENETRESET = 10052;
 constexpr int WSAECONNABORTED = 10053;
 constexpr int WSAECONNRESET = 10054;
 constexpr int WSAENOBUFS = 10055;
+constexpr int WSAEISCONN = 10056;
 constexpr int WSAENOTCONN = 10057;
 constexpr int WSAESHUTDOWN = 10058;
 constexpr int WSAETIMEDOUT = 10060;

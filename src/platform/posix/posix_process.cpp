@@ -1,1 +1,121 @@
-#include "platform/platform.h"
+#include <dlfcn.h>
+#include <limits.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/posix/posix_internal.h"
+
+namespace lumo {
+
+namespace {
+
+thread_local DWORD last_error;
+
+// Found once, at the first question, which the loader's notification asks: later the host may have another
+// current folder.
+char library_file[PATH_MAX];
+
+void WriteWide(FILE *out, const WCHAR *wide, int length) {
+  char bytes[3];
+  for (int i = 0; i < length; ++i) {
+    // A pair goes together; half of one comes out as U+FFFD.
+    char pair[4];
+    const bool lead = wide[i] >= 0xD800 && wide[i] <= 0xDBFF && i + 1 < length;
+    int count = lead ? WideCharToMultiByte(CP_UTF8, 0, wide + i, 2, pair, sizeof pair, nullptr, nullptr) : 0;
+    if (count == 4) {
+      fwrite(pair, 1, 4, out);
+      ++i;
+      continue;
+    }
+    count = WideCharToMultiByte(CP_UTF8, 0, wide + i, 1, bytes, sizeof bytes, nullptr, nullptr);
+    fwrite(bytes, 1, static_cast<size_t>(count), out);
+  }
+}
+
+int WideLength(const WCHAR *wide) {
+  int length = 0;
+  while (wide[length] != 0) ++length;
+  return length;
+}
+
+}  // namespace
+
+DWORD GetLastError() {
+  return last_error;
+}
+
+void SetLastError(DWORD error) {
+  last_error = error;
+}
+
+const char *LibraryFile() {
+  if (library_file[0] != 0) return library_file;
+  Dl_info info = {};
+  const bool found = dladdr(library_file, &info) != 0 && info.dli_fname != nullptr;
+  // A program's own code is named as it was called, perhaps without a folder.
+  if (found && strchr(info.dli_fname, '/') != nullptr && realpath(info.dli_fname, library_file) != nullptr) {
+    return library_file;
+  }
+  const ssize_t length = readlink("/proc/self/exe", library_file, sizeof library_file - 1);
+  library_file[length < 0 ? 0 : length] = 0;
+  return library_file;
+}
+
+DWORD GetModuleFileNameW(HMODULE, WCHAR *name, DWORD capacity) {
+  const char *const file = LibraryFile();
+  if (file[0] == 0) {
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return 0;
+  }
+  static WCHAR wide[PATH_MAX];
+  const auto length = static_cast<DWORD>(MultiByteToWideChar(CP_UTF8, 0, file, -1, wide, PATH_MAX) - 1);
+  if (capacity == 0) {
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return 0;
+  }
+  const DWORD copied = length < capacity ? length : capacity - 1;
+  memcpy(name, wide, copied * sizeof(WCHAR));
+  name[copied] = 0;
+  SetLastError(copied == length ? 0 : ERROR_INSUFFICIENT_BUFFER);
+  return copied == length ? length : capacity;
+}
+
+void NKDbgPrintfW(const WCHAR *format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  for (const WCHAR *at = format; *at != 0; ++at) {
+    if (*at != u'%') {
+      const WCHAR *end = at;
+      while (*end != 0 && *end != u'%') ++end;
+      WriteWide(stderr, at, static_cast<int>(end - at));
+      at = end - 1;
+    } else if (at[1] == u'd') {
+      ++at;
+      fprintf(stderr, "%d", va_arg(arguments, int));
+    } else if (at[1] == u's') {
+      ++at;
+      const WCHAR *text = va_arg(arguments, const WCHAR *);
+      if (text == nullptr) text = u"(null)";
+      WriteWide(stderr, text, WideLength(text));
+    } else {
+      if (at[1] == u'%') ++at;
+      fputc('%', stderr);
+    }
+  }
+  va_end(arguments);
+  fflush(stderr);
+}
+
+void DebugBreak() {
+  raise(SIGTRAP);
+}
+
+void PlatformExit(int status) {
+  exit(status);
+}
+
+}  // namespace lumo

@@ -1,1 +1,255 @@
-#include "platform/platform.h"
+#include "platform/posix/posix_internal.h"
+
+// The system's headers give some of these names as macros. From here on they mean the system's numbers.
+namespace lumo {
+namespace {
+constexpr int kSocketLevel = SOL_SOCKET;
+constexpr int kSendTimeout = SO_SNDTIMEO;
+constexpr int kReceiveTimeout = SO_RCVTIMEO;
+constexpr int kInternet = AF_INET;
+constexpr int kStream = SOCK_STREAM;
+constexpr uint32_t kNoAddress = INADDR_NONE;
+}  // namespace
+}  // namespace lumo
+
+#include <arpa/inet.h>
+#include <errno.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#undef htons
+
+namespace lumo {
+
+namespace {
+
+// How many WSAStartup calls have had no WSACleanup yet. No call works without one.
+int startups;
+
+int Fail(int error) {
+  SetLastError(static_cast<DWORD>(error));
+  return SOCKET_ERROR;
+}
+
+bool IsStarted() {
+  if (startups > 0) return true;
+  Fail(WSANOTINITIALISED);
+  return false;
+}
+
+int DescriptorOf(SOCKET socket) {
+  return socket <= INT32_MAX ? static_cast<int>(socket) : -1;
+}
+
+int64_t Milliseconds() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+// When a call that begins now has waited long enough; -1 means never.
+int64_t Deadline(int descriptor, int option) {
+  timeval time = {};
+  socklen_t length = sizeof time;
+  if (getsockopt(descriptor, SOL_SOCKET, option, &time, &length) != 0) return -1;
+  const int64_t wait = static_cast<int64_t>(time.tv_sec) * 1000 + time.tv_usec / 1000;
+  return wait == 0 ? -1 : Milliseconds() + wait;
+}
+
+// Waits for the socket whatever signals come in between. Returns 0 or an errno value.
+int WaitFor(int descriptor, short events, int64_t deadline) {
+  for (;;) {
+    const int64_t rest = deadline < 0 ? -1 : deadline - Milliseconds();
+    if (deadline >= 0 && rest <= 0) return ETIMEDOUT;
+    pollfd entry = {descriptor, events, 0};
+    const int ready = poll(&entry, 1, rest > INT32_MAX ? INT32_MAX : static_cast<int>(rest));
+    if (ready > 0) return 0;
+    if (ready < 0 && errno != EINTR) return errno;
+  }
+}
+
+}  // namespace
+
+int SocketErrorOf(int error) {
+  switch (error) {
+    case EINTR:
+      return WSAEINTR;
+    case EBADF:
+    case ENOTSOCK:
+      return WSAENOTSOCK;
+    case EACCES:
+    case EPERM:
+      return WSAEACCES;
+    case EFAULT:
+      return WSAEFAULT;
+    case EMFILE:
+    case ENFILE:
+      return WSAEMFILE;
+    case EPROTONOSUPPORT:
+      return WSAEPROTONOSUPPORT;
+    case EAFNOSUPPORT:
+      return WSAEAFNOSUPPORT;
+    case EADDRINUSE:
+      return WSAEADDRINUSE;
+    case EADDRNOTAVAIL:
+      return WSAEADDRNOTAVAIL;
+    case ENETDOWN:
+      return WSAENETDOWN;
+    case ENETUNREACH:
+      return WSAENETUNREACH;
+    case ENETRESET:
+      return WSAENETRESET;
+    case ECONNABORTED:
+      return WSAECONNABORTED;
+    case ECONNRESET:
+      return WSAECONNRESET;
+    case ENOBUFS:
+    case ENOMEM:
+      return WSAENOBUFS;
+    case EISCONN:
+      return WSAEISCONN;
+    case ENOTCONN:
+      return WSAENOTCONN;
+    case EPIPE:
+    case ESHUTDOWN:
+      return WSAESHUTDOWN;
+    case EINPROGRESS:  // a connect whose time is up
+    case EAGAIN:
+    case ETIMEDOUT:
+      return WSAETIMEDOUT;
+    case ECONNREFUSED:
+      return WSAECONNREFUSED;
+    case EHOSTDOWN:
+    case EHOSTUNREACH:
+      return WSAEHOSTUNREACH;
+    default:
+      return WSAEINVAL;
+  }
+}
+
+int WSAStartup(WORD version, WSADATA *data) {
+  if (data != nullptr) *data = {version, MAKEWORD(2, 2)};
+  ++startups;
+  return 0;
+}
+
+int WSACleanup() {
+  if (!IsStarted()) return SOCKET_ERROR;
+  --startups;
+  return 0;
+}
+
+int WSAGetLastError() {
+  return static_cast<int>(GetLastError());
+}
+
+uint32_t inet_addr(const char *text) {
+  return text == nullptr ? kNoAddress : ::inet_addr(text);
+}
+
+uint16_t htons(uint16_t value) {
+  return ::htons(value);
+}
+
+SOCKET socket(int family, int type, int protocol) {
+  if (!IsStarted()) return INVALID_SOCKET;
+  if (family != kInternet || type != kStream) {
+    Fail(family != kInternet ? WSAEAFNOSUPPORT : WSAEPROTONOSUPPORT);
+    return INVALID_SOCKET;
+  }
+  const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, protocol);
+  if (descriptor >= 0) return static_cast<SOCKET>(descriptor);
+  Fail(SocketErrorOf(errno));
+  return INVALID_SOCKET;
+}
+
+int setsockopt(SOCKET socket, int level, int option, const char *value, int length) {
+  if (!IsStarted()) return SOCKET_ERROR;
+  int32_t milliseconds = 0;
+  if (value == nullptr || length < static_cast<int>(sizeof milliseconds)) return Fail(WSAEFAULT);
+  if (level != kSocketLevel || (option != kSendTimeout && option != kReceiveTimeout))
+    return Fail(WSAENOPROTOOPT);
+  memcpy(&milliseconds, value, sizeof milliseconds);
+  // A negative number is a very large unsigned one there: as good as none, which is what 0 is here and there.
+  if (milliseconds < 0) milliseconds = 0;
+  timeval time = {};
+  time.tv_sec = milliseconds / 1000;
+  time.tv_usec = milliseconds % 1000 * 1000;
+  const int name = option == kSendTimeout ? SO_SNDTIMEO : SO_RCVTIMEO;
+  const int result = ::setsockopt(DescriptorOf(socket), SOL_SOCKET, name, &time, sizeof time);
+  return result == 0 ? 0 : Fail(SocketErrorOf(errno));
+}
+
+int connect(SOCKET socket, const sockaddr *address, int length) {
+  if (!IsStarted()) return SOCKET_ERROR;
+  sockaddr_in given = {};
+  if (address == nullptr || length < static_cast<int>(sizeof given)) return Fail(WSAEFAULT);
+  memcpy(&given, address, sizeof given);
+  if (given.sin_family != kInternet) return Fail(WSAEAFNOSUPPORT);
+  ::sockaddr_in target = {};
+  target.sin_family = AF_INET;
+  target.sin_port = given.sin_port;
+  target.sin_addr.s_addr = given.sin_addr.s_addr;
+  const int descriptor = DescriptorOf(socket);
+  const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
+  if (::connect(descriptor, reinterpret_cast<::sockaddr *>(&target), sizeof target) == 0) return 0;
+  int error = errno;
+  if (error == EINTR) {
+    // The system goes on connecting; only the end of it can be waited for.
+    error = WaitFor(descriptor, POLLOUT, deadline);
+    socklen_t size = sizeof error;
+    if (error == 0 && getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0) error = errno;
+  }
+  return error == 0 ? 0 : Fail(SocketErrorOf(error));
+}
+
+int send(SOCKET socket, const char *data, int length, int) {
+  if (!IsStarted()) return SOCKET_ERROR;
+  const int descriptor = DescriptorOf(socket);
+  const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
+  int sent = 0;
+  do {
+    const ssize_t result =
+        ::send(descriptor, data + sent, static_cast<size_t>(length - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
+    int error = result < 0 ? errno : 0;
+    if (error == EAGAIN) error = WaitFor(descriptor, POLLOUT, deadline);
+    if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
+    if (result > 0) sent += static_cast<int>(result);
+  } while (sent < length);
+  return sent;
+}
+
+int recv(SOCKET socket, char *buffer, int capacity, int) {
+  if (!IsStarted()) return SOCKET_ERROR;
+  const int descriptor = DescriptorOf(socket);
+  const int64_t deadline = Deadline(descriptor, SO_RCVTIMEO);
+  for (;;) {
+    const ssize_t result = ::recv(descriptor, buffer, static_cast<size_t>(capacity), MSG_DONTWAIT);
+    if (result >= 0) return static_cast<int>(result);
+    int error = errno;
+    if (error == EAGAIN) error = WaitFor(descriptor, POLLIN, deadline);
+    if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
+  }
+}
+
+int shutdown(SOCKET socket, int how) {
+  if (!IsStarted()) return SOCKET_ERROR;
+  // Receiving, sending and both have the same numbers on either side.
+  return ::shutdown(DescriptorOf(socket), how) == 0 ? 0 : Fail(SocketErrorOf(errno));
+}
+
+int closesocket(SOCKET socket) {
+  // The last WSACleanup takes the sockets along there. Here the descriptor goes now, with the same answer.
+  const int result = close(DescriptorOf(socket));
+  const int error = result == 0 || errno == EINTR ? 0 : errno;
+  if (!IsStarted()) return SOCKET_ERROR;
+  return error == 0 ? 0 : Fail(SocketErrorOf(error));
+}
+
+}  // namespace lumo

@@ -1,0 +1,21 @@
+// platform/posix/posix_internal.h: what the files of this platform share.
+#pragma once
+
+#include "platform/platform.h"
+
+namespace lumo {
+
+// Socket errors are kept in the same place: WSAGetLastError and GetLastError are one there too.
+void SetLastError(DWORD error);
+
+// A name of 259 units, each at most three bytes.
+constexpr size_t kNameBytes = 260 * 3;
+
+// The file that holds the library's own code, as an absolute UTF-8 path; an empty text when it cannot be
+// told.
+const char *LibraryFile();
+
+// errno as a socket error.
+int SocketErrorOf(int error);
+
+}  // namespace lumo

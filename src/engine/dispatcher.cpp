@@ -1,1 +1,52 @@
 #include "engine/dispatcher.h"
+
+#include "config/lumoconfig.h"
+#include "config/lumostate.h"
+#include "engine/transaction.h"
+#include "foundation/result_codes.h"
+#include "foundation/trace.h"
+#include "protocol/enumerations.h"
+#include "protocol/http_transport.h"
+
+namespace lumo {
+
+namespace {
+
+// Service requests do not tell whether the shop can sell.
+bool IsServiceRequest(int32_t type) {
+  return type == REQUEST_LAST_RRN || type == REQUEST_AD;
+}
+
+// The persistent state is read from its file each time it is asked, so it is asked only when the result may
+// change it.
+void SwitchOfflineState(int result) {
+  if (result == ERR_CONNECT && GetOfflineState() == 0) {
+    SetOfflineState(1);
+  } else if (result == 0 && GetOfflineState() == 1) {
+    SetOfflineState(0);
+  }
+}
+
+}  // namespace
+
+int TransactionProcess(Transaction *transaction) {
+  if (transaction == nullptr) {
+    TraceError("trans pointer is null\n");
+    return ERR_NO_TRANSACTION;
+  }
+  const int32_t type = transaction->request.type;
+  Trace("TransactionProcess [%s]\n", RequestTypeToString(type));
+  // A reused record must not pass the id of an earlier answer for one of this answer's.
+  transaction->response.requestId = nullptr;
+  const int result = TransactionProcessJson(transaction);
+  if (!IsServiceRequest(type) && Settings().offlineMode == 1) {
+    SwitchOfflineState(result);
+  }
+  if (result == 0 || result == ERR_SERVER_ERROR) {
+    SetRequestId(transaction->response.requestId);
+    SetNeedUpdate(transaction->response.isNeedUpdate != 0 ? 1 : 0);
+  }
+  return result;
+}
+
+}  // namespace lumo

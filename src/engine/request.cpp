@@ -1,1 +1,158 @@
 #include "engine/request.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "config/lumostate.h"
+#include "engine/dispatcher.h"
+#include "engine/transaction.h"
+#include "foundation/dates.h"
+#include "foundation/format.h"
+#include "foundation/result_codes.h"
+#include "foundation/trace.h"
+#include "protocol/enumerations.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr char kNoRrn[] = "0000000000000000";
+constexpr char kNoDate[] = "000000";
+constexpr size_t kDateColumns = 6;
+constexpr size_t kUnreadableLength = 20;  // a persistent id of this many bytes is not read any more
+constexpr int kTerminalColumns = 5;
+constexpr size_t kRrnBytes = 24;  // 5 + 6 + a number of at most 6 characters, and the terminator
+
+struct ParsedRrn {
+  int items;  // as sscanf counts them: date, number
+  char date[kDateColumns + 1];
+  int number;
+};
+
+ParsedRrn ScanRrn(const char *rrn) {
+  ParsedRrn parsed = {};
+  parsed.items = sscanf(rrn, "%*5s%6s%5d", parsed.date, &parsed.number);
+  Trace("Scanf result: %d %s %d\n", parsed.items, parsed.date, parsed.number);
+  return parsed;
+}
+
+bool IsComplete(const ParsedRrn &parsed) {
+  return parsed.items == 2;
+}
+
+int CompareDates(const char *a, const char *b) {
+  return strncmp(a, b, kDateColumns);
+}
+
+void BuildFirstRrn(const Transaction *transaction, char (&rrn)[kRrnBytes]) {
+  sprintf(rrn, "%5s%6s00000", ZeroPadLeft(transaction->request.terminalId, kTerminalColumns),
+          DateToYYMMDD(transaction->request.requestDate));
+  Trace("First RRN generation [%s]\n", rrn);
+}
+
+}  // namespace
+
+int FillRequest(Transaction *transaction, int32_t type) {
+  Trace("FillRequest(%s)\n", RequestTypeToString(type));
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  RequestBlock &request = transaction->request;
+  memset(request.requestDate, 0, sizeof request.requestDate);
+  strncpy(request.requestDate, IsoTimestamp(), sizeof request.requestDate - 1);
+  request.type = type;
+  if (type == REQUEST_AD || type == REQUEST_LAST_RRN) {
+    trans_strcpy(transaction, &request.requestId, kNoRrn);
+    return 0;
+  }
+  const int result = GenerateRRN(transaction, CopyRequestId());
+  if (result != 0) {
+    TraceError("GenerateRRN res[%d]\n", result);
+    return result;
+  }
+  SetRequestId(request.requestId);
+  return 0;
+}
+
+int StartOperation(Transaction *transaction, int32_t type) {
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  const int result = FillRequest(transaction, type);
+  if (result != 0) {
+    TraceError("FillRequest res[%d]\n", result);
+  }
+  return result;
+}
+
+int GenerateRRN(Transaction *transaction, const char *last) {
+  Trace("GenerateRRN: %s\n", last);
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  RequestBlock &request = transaction->request;
+  char rrn[kRrnBytes] = {};
+
+  const char *previous = last;
+  if (last != nullptr && strlen(last) < kUnreadableLength) {
+    Trace("Last RRN: %s\n", last);
+  } else {
+    previous = kNoRrn;
+    Trace("Generate default RRN: %s\n", previous);
+  }
+  ParsedRrn parsed = ScanRrn(previous);
+
+  if (!IsComplete(parsed) || CompareDates(parsed.date, kNoDate) == 0) {
+    const int result = GetLastRrnProcess(transaction);
+    if (result != 0 || transaction->rrNumber == nullptr) {
+      TraceError("GetLastRrnProcess error %d\n", result);
+      // Deliberate: traced, not stored. The operation goes on with the id the record holds.
+      BuildFirstRrn(transaction, rrn);
+      return 0;
+    }
+    parsed = ScanRrn(transaction->rrNumber);
+  }
+
+  if (!IsComplete(parsed)) {
+    BuildFirstRrn(transaction, rrn);
+  } else {
+    Trace("Parse old RRN [%s][%d]\n", parsed.date, parsed.number);
+    const char *date = DateToYYMMDD(request.requestDate);
+    const int order = CompareDates(parsed.date, date);
+    if (order > 0) {
+      TraceError("Date compare error - old rrn date[%s] request date[%s]\n", parsed.date, date);
+      // Deliberate: not stored, as above.
+      BuildFirstRrn(transaction, rrn);
+      return 0;
+    }
+    const int number = order == 0 ? parsed.number + 1 : 0;
+    sprintf(rrn, "%5s%6s%05d", ZeroPadLeft(request.terminalId, kTerminalColumns), date, number);
+    Trace("Next RRN generation [%s]\n", rrn);
+  }
+  trans_strcpy(transaction, &request.requestId, rrn);
+  return 0;
+}
+
+int GetLastRrnProcess(Transaction *transaction) {
+  Trace("GetLastRrnProcess\n");
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  // A record of its own, so that the question leaves the operation's blocks and receipts alone. It ends here:
+  // a request of this type makes no RRN.
+  Transaction *question = new_transaction();
+  int result = FillTransactionHeader(question, transaction->request.cardNum, transaction->request.employeeId);
+  if (result == 0) {
+    result = StartOperation(question, REQUEST_LAST_RRN);
+  }
+  if (result == 0) {
+    result = TransactionProcess(question);
+  }
+  if (result == 0) {
+    trans_strcpy(transaction, &transaction->rrNumber, question->rrNumber);
+  }
+  free_transaction(question);
+  return result;
+}
+
+}  // namespace lumo

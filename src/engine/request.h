@@ -4,6 +4,8 @@
 //   columns 1-5    the terminal id, cut or padded with zero digits on the left
 //   columns 6-11   the request's date, YYMMDD
 //   columns 12-16  the request's number within that day, from 00000
+//
+// The number is not bounded: the one after 99999 makes an id of 17 characters.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +14,18 @@ namespace lumo {
 
 struct Transaction;
 
-int FillRequest(Transaction *transaction, int32_t type);  // 0 or -100
+// Stamps the record for one operation. The new id is the persistent one before anything is sent, so that a
+// request that fails never gives its number to another one. 0 or -100.
+int FillRequest(Transaction *transaction, int32_t type);
+
+// The first two steps of every operation: refuses a null record, then FillRequest, whose failure is traced.
+int StartOperation(Transaction *transaction, int32_t type);
+
+// Makes the id that follows `last`, the previous one; without a usable one the server is asked. 0 or -100.
+// Deliberate: 0 with `requestId` as it was when the server cannot tell, and when the clock is behind the
+// previous id's date.
 int GenerateRRN(Transaction *transaction, const char *last);
+
 int GetLastRrnProcess(Transaction *transaction);  // asks the server; the answer lands in rrNumber
 
 }  // namespace lumo

@@ -105,8 +105,7 @@ void Operate(Till &till, const CardOptions &options, const std::function<int(Lib
   const std::string &card = options.card.empty() ? till.card : options.card;
   if (card.empty()) throw CLI::ValidationError("--card", "which card?");
   Library &library = Started(till);
-  const OneTransaction transaction(library, card,
-                                   options.cashier.empty() ? till.cashier : options.cashier);
+  const OneTransaction transaction(library, card, options.cashier.empty() ? till.cashier : options.cashier);
   const int code = operation(library);
   if (code < 0 && library.getResponseState()[0] != '\0') ShowAnswer(library);
   Check(library, code);
@@ -307,8 +306,7 @@ void AddShopCommands(CLI::App &app, Till &till) {
   CLI::App *message = app.add_subcommand("message", "The cashier's text for a result code");
   auto code = std::make_shared<int>(0);
   message->add_option("code", *code, "Result code")->required();
-  message->callback(
-      [code, &till] { std::cout << "  " << Loaded(till).GetErrorMessage(*code) << '\n'; });
+  message->callback([code, &till] { std::cout << "  " << Loaded(till).GetErrorMessage(*code) << '\n'; });
 }
 
 // ---- card operations ----
@@ -356,9 +354,8 @@ void AddCardCommands(CLI::App &app, Till &till) {
     CLI::App *command = app.add_subcommand("deposit", "Put an amount on a card");
     auto card = AddCard(command);
     auto amount = AddAmount(command, "amount", "How much", true);
-    command->callback([=, &till] {
-      Operate(till, *card, [&](Library &library) { return library.DepositProc(*amount); });
-    });
+    command->callback(
+        [=, &till] { Operate(till, *card, [&](Library &library) { return library.DepositProc(*amount); }); });
   }
   {
     CLI::App *command = app.add_subcommand("exchange", "Move a card's accounts to the card of a token");

@@ -44,8 +44,7 @@ int main(int argc, char **argv) {
       "A cash register on the command line. It loads the lumo library file and does what a shop's register "
       "does.",
       "register");
-  app.add_option("-l,--library", till.libraryFile,
-                 "The library file; its folder holds all of lumo's files")
+  app.add_option("-l,--library", till.libraryFile, "The library file; its folder holds all of lumo's files")
       ->capture_default_str();
   app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
   reg::AddCommands(app, till);

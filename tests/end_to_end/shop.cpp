@@ -1,0 +1,114 @@
+#include "end_to_end/shop.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+namespace test {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path FreshFolder() {
+  std::random_device random;
+  for (;;) {
+    const fs::path folder = fs::temp_directory_path() / ("lumo-shop-" + std::to_string(random()));
+    if (fs::create_directory(folder)) return folder;
+  }
+}
+
+#ifdef _WIN32
+void *Load(const fs::path &file) {
+  return LoadLibraryW(file.c_str());
+}
+void *Find(void *module, const char *name) {
+  return reinterpret_cast<void *>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+#else
+void *Load(const fs::path &file) {
+  return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+void *Find(void *module, const char *name) {
+  return dlsym(module, name);
+}
+#endif
+
+template <typename Function>
+void Resolve(void *module, const char *name, Function &function) {
+  function = reinterpret_cast<Function>(Find(module, name));
+  if (function == nullptr) throw std::runtime_error(std::string("no export named ") + name);
+}
+
+}  // namespace
+
+Shop::Shop() {
+  SetClock(2012, 12, 5, 10, 0, 0);
+  const fs::path folder = FreshFolder();
+  const fs::path built = LUMO_LIBRARY_FILE;
+  const fs::path library = folder / built.filename();
+  fs::copy_file(built, library);
+  folder_ = folder.u8string() + "/";
+  void *module = Load(library);
+  if (module == nullptr) throw std::runtime_error("the library file does not load");
+#define SHOP_RESOLVE(name) Resolve(module, #name, name);
+  SHOP_LUMO_CALLS(SHOP_RESOLVE)
+#undef SHOP_RESOLVE
+}
+
+// The library stays loaded until the process ends, as in a register; only its folder goes.
+Shop::~Shop() {
+  ReleaseClock();
+  std::error_code ignored;
+  fs::remove_all(fs::u8path(folder_), ignored);
+}
+
+void Shop::Start(const std::string &server_address, const std::string &more) {
+  Write("CONFIG", R"({"terminalId":"12345","protocolVersion":"1.0","serverAddr":")" + server_address +
+                      R"(","retailNetworkName":"Сеть","timeout":5,"logSize":1000,)" +
+                      R"("receiptHeader":"Магазин","receiptFooter":"Спасибо")" +
+                      (more.empty() ? "" : "," + more) + "}");
+  Write("STATE", R"({"reqId":"1234512120500007","offline":0,"shiftState":0,"update":0})");
+  ASSERT_EQ(LUMOInit(), 0);
+  ClearTrace();
+}
+
+std::string Shop::Read(const std::string &name) const {
+  std::ifstream stream(fs::u8path(folder_ + name), std::ios::binary);
+  EXPECT_TRUE(stream.is_open()) << name << " is missing";
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+void Shop::Write(const std::string &name, const std::string &bytes) const {
+  std::ofstream stream(fs::u8path(folder_ + name), std::ios::binary);
+  stream << bytes;
+  ASSERT_TRUE(stream.flush()) << name;
+}
+
+bool Shop::Exists(const std::string &name) const {
+  return fs::exists(fs::u8path(folder_ + name));
+}
+
+void Shop::ClearTrace() const {
+  std::error_code ignored;
+  fs::remove(fs::u8path(folder_ + "TRACE.TXT"), ignored);
+}
+
+std::string Post(const ScriptedServer &server, const std::string &method, const std::string &body) {
+  return "POST /ws/" + method + "\nHost: 127.0.0.1:" + std::to_string(server.port()) +
+         "\nContent-Type: application/json-soap;charset=UTF-8\nContent-Length: " +
+         std::to_string(body.size()) + "\n\n" + body + "\n";
+}
+
+}  // namespace test

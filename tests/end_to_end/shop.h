@@ -1,0 +1,65 @@
+// end_to_end/shop.h: a shop of the test's own: a fresh folder, a copy of the library file in it, loaded as a
+// register loads it. The library keeps its state for the whole process, so a test opens one shop.
+#pragma once
+
+#include <string>
+
+#include "lumo.h"
+#include "support/scripted_server.h"
+#include "support/test_clock.h"
+
+#define SHOP_LUMO_CALLS(CALL)                                                                                \
+  CALL(LUMOInit)                                                                                             \
+  CALL(LUMOInitExt) CALL(LUMOClean) CALL(GetErrorMessage) CALL(DllAttach) CALL(getTerminalId)                \
+      CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift)    \
+          CALL(CloseShift) CALL(LoadState) CALL(InitState) CALL(getOfflineState) CALL(setOfflineState)       \
+              CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction) CALL(CloseTransaction)         \
+                  CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc) CALL(GetBalance)          \
+                      CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)                 \
+                          CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult)                 \
+                              CALL(DepositProc) CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill) \
+                                  CALL(getResponseState) CALL(getResponseStateCode) CALL(getResponseMessage) \
+                                      CALL(getRRN) CALL(GetEarnBonusAmount) CALL(GetSpendBonusAmount)        \
+                                          CALL(GetDiscountAmount) CALL(getReceiptHeaderPtr)                  \
+                                              CALL(getReceiptBodyPtr) CALL(getReceiptFooterPtr)              \
+                                                  CALL(getReceiptBody) CALL(SendOfflinePayments)             \
+                                                      CALL(GenerateSummaryReport) CALL(GenerateReport)       \
+                                                          CALL(GetReportPtr) CALL(RunUpdater)                \
+                                                              CALL(CommitUpdates)
+
+namespace test {
+
+class Shop {
+ public:
+  Shop();  // the clock stands at 2012-12-05 10:00:00
+  ~Shop();
+  Shop(const Shop &) = delete;
+  Shop &operator=(const Shop &) = delete;
+
+#define SHOP_DECLARE(name) decltype(&::name) name = nullptr;
+  SHOP_LUMO_CALLS(SHOP_DECLARE)
+#undef SHOP_DECLARE
+
+  // Writes CONFIG for terminal 12345 and this server, with `more` members ("\"offlineMode\":1"), and a STATE
+  // whose last request is 1234512120500007; then LUMOInit, which must give 0.
+  void Start(const std::string &server_address, const std::string &more = "");
+
+  const std::string &folder() const {
+    return folder_;
+  }
+  std::string Read(const std::string &name) const;  // a missing file fails the test
+  void Write(const std::string &name, const std::string &bytes) const;
+  bool Exists(const std::string &name) const;
+  std::string Trace() const {
+    return Exists("TRACE.TXT") ? Read("TRACE.TXT") : "";
+  }
+  void ClearTrace() const;
+
+ private:
+  std::string folder_;
+};
+
+// The bytes of one exchange's request: head, body, and the line feed behind it.
+std::string Post(const ScriptedServer &server, const std::string &method, const std::string &body);
+
+}  // namespace test

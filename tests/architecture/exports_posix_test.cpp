@@ -1,0 +1,62 @@
+// architecture/exports_posix_test.cpp: what leaves the library file, and what it needs.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+std::string Output(const std::string &command) {
+  const std::unique_ptr<FILE, int (*)(FILE *)> pipe(popen(command.c_str(), "r"), pclose);
+  std::string text;
+  char buffer[4096];
+  for (size_t count; (count = fread(buffer, 1, sizeof buffer, pipe.get())) > 0;) text.append(buffer, count);
+  return text;
+}
+
+std::set<std::string> DeclaredCalls() {
+  std::ifstream stream(LUMO_SOURCE_DIR "/include/lumo.h");
+  const std::string header{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::set<std::string> names;
+  const std::regex declaration("LUMO_API\\s+[A-Za-z ]+[ *]([A-Za-z]+)\\(");
+  for (auto match = std::sregex_iterator(header.begin(), header.end(), declaration);
+       match != std::sregex_iterator(); ++match) {
+    names.insert((*match)[1]);
+  }
+  return names;
+}
+
+TEST(LibraryFile, ExportsExactlyTheCallsOfItsHeader) {
+  std::set<std::string> exported;
+  std::istringstream lines(
+      Output(std::string(LUMO_NM) + " -D --defined-only --format=posix " LUMO_LIBRARY_FILE));
+  for (std::string line; std::getline(lines, line);) exported.insert(line.substr(0, line.find(' ')));
+  EXPECT_EQ(exported, DeclaredCalls());
+  EXPECT_EQ(exported.size(), 54U);
+}
+
+TEST(LibraryFile, NeedsOnlyTheCLibrary) {
+#if defined(__SANITIZE_ADDRESS__)
+  const std::string allowed = "lib(c|asan|ubsan|m|gcc_s|stdc\\+\\+)\\.so.*";
+#else
+  const std::string allowed = "libc\\.so.*";
+#endif
+  const std::string dynamic = Output(std::string(LUMO_READELF) + " -d " LUMO_LIBRARY_FILE);
+  const std::regex needed("\\(NEEDED\\).*\\[(.*)\\]");
+  int count = 0;
+  for (auto match = std::sregex_iterator(dynamic.begin(), dynamic.end(), needed);
+       match != std::sregex_iterator(); ++match) {
+    EXPECT_TRUE(std::regex_match((*match)[1].str(), std::regex(allowed))) << (*match)[1];
+    ++count;
+  }
+  EXPECT_GT(count, 0);
+}
+
+}  // namespace

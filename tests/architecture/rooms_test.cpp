@@ -1,0 +1,132 @@
+// architecture/rooms_test.cpp: a line of code knows its room.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kSource = fs::path(LUMO_SOURCE_DIR) / "src";
+
+// A room may include its own files and those of the rooms named here.
+const std::map<std::string, std::set<std::string>> kMayInclude = {
+    {"api", {"engine", "protocol", "journal", "updater", "config", "foundation", "platform"}},
+    {"engine", {"protocol", "journal", "config", "foundation", "platform"}},
+    {"protocol", {"journal", "config", "foundation", "platform"}},
+    {"journal", {"config", "foundation", "platform"}},
+    {"updater", {"foundation", "platform"}},
+    {"config", {"foundation", "platform"}},
+    {"foundation", {"platform"}},
+    {"platform", {}},
+};
+
+struct Source {
+  std::string name;  // "engine/request.cpp"
+  std::string room;
+  std::vector<std::string> includes;  // of the project's own headers
+  std::vector<std::string> lines;
+};
+
+std::vector<Source> Sources() {
+  std::vector<Source> sources;
+  const std::regex include("^\\s*#\\s*include\\s+\"([^\"]+)\"");
+  for (const fs::directory_entry &entry : fs::recursive_directory_iterator(kSource)) {
+    const std::string extension = entry.path().extension().string();
+    if (extension != ".h" && extension != ".cpp") continue;
+    Source source;
+    source.name = entry.path().lexically_relative(kSource).generic_string();
+    source.room = source.name.substr(0, source.name.find('/'));
+    std::ifstream stream(entry.path());
+    for (std::string line; std::getline(stream, line);) {
+      std::smatch match;
+      if (std::regex_search(line, match, include)) source.includes.push_back(match[1]);
+      source.lines.push_back(line);
+    }
+    sources.push_back(source);
+  }
+  return sources;
+}
+
+TEST(Rooms, AreReadAtAll) {
+  EXPECT_GT(Sources().size(), 60U);
+}
+
+TEST(Rooms, IncludeOnlyWhatStandsBelowThem) {
+  for (const Source &source : Sources()) {
+    const auto rule = kMayInclude.find(source.room);
+    ASSERT_NE(rule, kMayInclude.end()) << source.name << " is in no room";
+    for (const std::string &header : source.includes) {
+      const std::string room = header.substr(0, header.find('/'));
+      if (kMayInclude.count(room) == 0 || room == source.room) continue;
+      if (source.room == "protocol" && header == "engine/transaction.h") continue;
+      EXPECT_TRUE(rule->second.count(room) != 0) << source.name << " includes " << header;
+    }
+  }
+}
+
+TEST(Rooms, HaveNoCycleBetweenFiles) {
+  // A header and its source file count as one.
+  std::map<std::string, std::set<std::string>> graph;
+  const auto stem = [](const std::string &name) { return name.substr(0, name.rfind('.')); };
+  for (const Source &source : Sources()) {
+    for (const std::string &header : source.includes) {
+      if (stem(header) != stem(source.name)) graph[stem(source.name)].insert(stem(header));
+    }
+  }
+  std::map<std::string, int> state;  // 1 on the path, 2 done
+  std::vector<std::string> path;
+  const std::function<void(const std::string &)> visit = [&](const std::string &file) {
+    path.push_back(file);
+    state[file] = 1;
+    for (const std::string &next : graph[file]) {
+      EXPECT_NE(state[next], 1) << "cycle: " << testing::PrintToString(path) << " -> " << next;
+      if (state[next] == 0) visit(next);
+    }
+    state[file] = 2;
+    path.pop_back();
+  };
+  for (const Source &source : Sources()) {
+    if (state[stem(source.name)] == 0) visit(stem(source.name));
+  }
+}
+
+TEST(Rooms, AbovePlatformNoLineAsksForTheSystem) {
+  const std::regex condition("^\\s*#\\s*(if|ifdef|ifndef|elif)\\b(.*)");
+  for (const Source &source : Sources()) {
+    if (source.room == "platform") continue;
+    for (const std::string &line : source.lines) {
+      std::smatch match;
+      if (!std::regex_search(line, match, condition)) continue;
+      EXPECT_FALSE(std::regex_search(line, std::regex("WIN|__linux|__unix|_MSC|UNDER_CE|POSIX|__APPLE")))
+          << source.name << ": " << line;
+    }
+  }
+}
+
+TEST(Rooms, UseNothingTheTerminalsRuntimeLacks) {
+  const std::set<std::string> refused = {"iostream",   "string",    "vector",     "map",    "memory",
+                                         "functional", "sstream",   "fstream",    "thread", "mutex",
+                                         "exception",  "stdexcept", "filesystem", "regex",  "cassert",
+                                         "cerrno",     "ctime",     "cctype",     "locale", "new"};
+  const std::regex include("^\\s*#\\s*include\\s+<([^>]+)>");
+  for (const Source &source : Sources()) {
+    if (source.room == "platform") continue;
+    for (const std::string &line : source.lines) {
+      std::smatch match;
+      if (std::regex_search(line, match, include)) {
+        EXPECT_EQ(refused.count(match[1]), 0U) << source.name << " includes <" << match[1] << ">";
+      }
+    }
+  }
+}
+
+}  // namespace

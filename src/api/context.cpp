@@ -1,1 +1,7 @@
 #include "api/context.h"
+
+namespace lumo {
+
+Transaction *currentTransaction = nullptr;
+
+}  // namespace lumo

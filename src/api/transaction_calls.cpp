@@ -1,1 +1,202 @@
-#include "platform/platform.h"
+#include <cstring>
+
+#include "api/context.h"
+#include "config/lumoconfig.h"
+#include "config/lumostate.h"
+#include "engine/bill_files.h"
+#include "engine/card_operations.h"
+#include "engine/offline_payment.h"
+#include "engine/offline_replay.h"
+#include "engine/payment_operations.h"
+#include "engine/receipt.h"
+#include "engine/transaction.h"
+#include "foundation/arithmetic.h"
+#include "foundation/format.h"
+#include "foundation/result_codes.h"
+#include "foundation/trace.h"
+#include "lumo.h"
+#include "protocol/enumerations.h"
+
+using lumo::currentTransaction;
+using lumo::Trace;
+
+namespace {
+
+// Some registers pass the activation type as its small number in place of a text; null is the number 0. No
+// text lies at so low an address.
+const char *ActivationTypeText(const char *activation_type) {
+  const auto number = reinterpret_cast<uintptr_t>(activation_type);
+  if (number < lumo::ACTIVATION_UNKNOWN) return lumo::ActivationTypeToString(static_cast<int32_t>(number));
+  return activation_type;
+}
+
+// All zero when there is nothing to count.
+lumo::BonusTotals CurrentBonuses() {
+  lumo::BonusTotals totals = {};
+  if (lumo::CountBonuses(currentTransaction, &totals) < 0) return {};
+  return totals;
+}
+
+}  // namespace
+
+int CreateTransaction(const char *card_num, const char *employee_id) {
+  Trace("CreateTransaction [%s] [%s]\n", card_num, employee_id);
+  if (lumo::Settings().shiftMode > 0 && lumo::GetShiftState() == 0) {
+    lumo::TraceError("Shift mode is ON and shift not opened!\n");
+    return ERR_SHIFT_NOT_OPEN;
+  }
+  if (currentTransaction != nullptr) {
+    lumo::TraceError("Transaction created already\n");
+    return ERR_TRANSACTION_EXISTS;
+  }
+  currentTransaction = lumo::new_transaction();
+  if (currentTransaction == nullptr) {
+    lumo::TraceError("new_transaction function failed\n");
+    return ERR_NO_TRANSACTION;
+  }
+  return lumo::FillTransactionHeader(currentTransaction, card_num, employee_id);
+}
+
+int CloseTransaction(void) {
+  Trace("CloseTransaction()\n");
+  lumo::free_transaction(currentTransaction);
+  currentTransaction = nullptr;
+  return 0;
+}
+
+int ActivationProc(const char *activation_type, const char *bill_path, int amount, const char *account_type,
+                   const char *refer_card_num) {
+  const char *type_text = ActivationTypeText(activation_type);
+  Trace("ActivationProc\n");
+  Trace("  activation_type [%d]\n", lumo::FindActivationType(type_text));
+  Trace("  amount [%d]\n", amount);
+  Trace("  type [%s]\n", account_type);
+  Trace("  refer_card_num [%s]\n", refer_card_num);
+  return lumo::ActivationProcess(currentTransaction, type_text, bill_path, amount, account_type,
+                                 refer_card_num);
+}
+
+int GetActivationAmount(void) {
+  return lumo::GetActivationAmountProcess(currentTransaction);
+}
+
+int BalanceProc(void) {
+  Trace("BalanceProc()\n");
+  return lumo::BalanceProcess(currentTransaction);
+}
+
+// An amount, not a code: without a transaction there is no balance.
+int GetBalance(void) {
+  if (lumo::TraceIfNull(currentTransaction)) return 0;
+  return lumo::SumBalanceAmounts(currentTransaction);
+}
+
+int PaymentProc(int amount, const char *bill_path) {
+  Trace("PaymentProc(%d, %s)\n", amount, bill_path);
+  return lumo::PaymentProcess(currentTransaction, amount, bill_path);
+}
+
+int PaymentAndConfirmProc(int amount, const char *bill_path) {
+  Trace("PaymentAndConfirmProc(%d, %s)\n", amount, bill_path);
+  return lumo::PaymentAndConfirmProcess(currentTransaction, amount, bill_path);
+}
+
+int PaymentConfirmProc(const char *rrn) {
+  Trace("PaymentConfirmProc(%s)\n", rrn);
+  return lumo::PaymentConfirmProcess(currentTransaction, 1, rrn);
+}
+
+int PaymentCancelProc(const char *rrn) {
+  Trace("PaymentCancelProc(%s)\n", rrn);
+  return lumo::PaymentConfirmProcess(currentTransaction, 0, rrn);
+}
+
+int CashBackProc(const char *rrn, const char *return_list_path) {
+  Trace("CashBackProc(%s, %s)\n", rrn, return_list_path);
+  return lumo::CashBackProcess(currentTransaction, rrn, return_list_path);
+}
+
+int GetCashBackResult(void) {
+  return lumo::GetCashBackResultProcess(currentTransaction);
+}
+
+int DepositProc(int amount) {
+  Trace("DepositProc(%d)\n", amount);
+  return lumo::DepositProcess(currentTransaction, amount);
+}
+
+int ExchangeProc(const char *token) {
+  Trace("ExchangeProc(%s)\n", token);
+  return lumo::ExchangeProcess(currentTransaction, token);
+}
+
+int LinkCardProc(const char *card_num) {
+  Trace("LinkCardProc(%s)\n", card_num);
+  return lumo::LinkCardProcess(currentTransaction, card_num);
+}
+
+int CreateAmountBill(int total_sum, const char *bill_path) {
+  return lumo::CreateAmountBill(total_sum, bill_path);
+}
+
+const char *getResponseState(void) {
+  Trace("getResponseState()\n");
+  if (currentTransaction == nullptr) return "";
+  return lumo::RequestStateToString(currentTransaction->response.requestState);
+}
+
+const char *getResponseStateCode(void) {
+  Trace("getResponseStateCode()\n");
+  if (currentTransaction == nullptr) return "";
+  return lumo::TextOrEmpty(lumo::RequestStateCodeToString(currentTransaction->response.requestStateCode));
+}
+
+// Deliberate: always empty. The register takes its messages from GetErrorMessage and the receipts.
+const char *getResponseMessage(void) {
+  Trace("getResponseMessage()\n");
+  return "";
+}
+
+const char *getRRN(void) {
+  Trace("getRRN()\n");
+  return lumo::CopyRequestId();
+}
+
+int GetEarnBonusAmount(void) {
+  const lumo::BonusTotals totals = CurrentBonuses();
+  return lumo::WrapAdd(totals.earnedGlobal, totals.earnedLocal);
+}
+
+int GetSpendBonusAmount(void) {
+  const lumo::BonusTotals totals = CurrentBonuses();
+  return lumo::WrapAdd(totals.spendGlobal, totals.spendLocal);
+}
+
+int GetDiscountAmount(void) {
+  return CurrentBonuses().spendDiscount;
+}
+
+const char *getReceiptHeaderPtr(void) {
+  return lumo::GetTransReceiptHeader(currentTransaction);
+}
+
+const char *getReceiptBodyPtr(void) {
+  return lumo::GetTransReceiptBody(currentTransaction);
+}
+
+const char *getReceiptFooterPtr(void) {
+  return lumo::GetTransReceiptFooter(currentTransaction);
+}
+
+int getReceiptBody(char *buffer) {
+  const int size = lumo::GetTransactionReceiptSize(currentTransaction);
+  if (buffer != nullptr && size > 0) {
+    memcpy(buffer, lumo::ReceiptGetText(currentTransaction->body), static_cast<size_t>(size));
+  }
+  return size;
+}
+
+int SendOfflinePayments(void) {
+  Trace("SendOfflinePayments()\n");
+  return lumo::OfflinePaymentsProcess();
+}

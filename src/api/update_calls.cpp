@@ -1,1 +1,10 @@
-#include "platform/platform.h"
+#include "lumo.h"
+#include "updater/lumoupdater.h"
+
+int RunUpdater(const char *package) {
+  return lumo::RunUpdater(package);
+}
+
+int CommitUpdates(void) {
+  return lumo::CommitUpdates();
+}

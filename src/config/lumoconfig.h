@@ -40,7 +40,12 @@ int LoadNewConfig();  // CONFIG.JSN, moved to CONFIG after a good load; 0, -111,
 int LoadConfig();     // CONFIG; the same results
 int InitConfig();
 int ApplyConfigTree(const JsonNode *root);
-int SaveConfig();  // 0 or -107
-void ReleaseSettings();
+
+// Stores a copy of `text` in a field of the settings and returns it; null for null. What the field held
+// before is kept.
+const char *SetSettingString(const char **field, const char *text);
+
+int SaveConfig();        // 0 or -107
+void ReleaseSettings();  // frees the texts of every load
 
 }  // namespace lumo

@@ -1,1 +1,290 @@
 #include "config/lumostate.h"
+
+#include <cstring>
+
+#include "foundation/dates.h"
+#include "foundation/file_sink.h"
+#include "foundation/files.h"
+#include "foundation/lumojson.h"
+#include "foundation/memory.h"
+#include "foundation/result_codes.h"
+#include "foundation/trace.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr char kStateFile[] = "STATE";
+constexpr char kEmptyState[] = "{}";
+constexpr size_t kStateDateBytes = 30;  // terminator included; a longer text is cut
+
+struct StateRecord {
+  char *reqId;    // owned; null when absent
+  char *shiftId;  // owned; null when absent
+  int32_t shiftState;
+  int32_t offline;
+  int32_t update;
+  char shiftOpenDate[kStateDateBytes];
+  char shiftCloseDate[kStateDateBytes];
+};
+
+StateRecord state;
+char *request_id_copy;  // owned; what CopyRequestId handed out last
+
+void FreeText(char **text) {
+  if (*text != nullptr) MemFree(*text, LUMO_HERE);
+  *text = nullptr;
+}
+
+// `source` may be the field's own text.
+void ReplaceText(char **field, const char *source) {
+  char *copy = MemCopyText(source, LUMO_HERE);
+  FreeText(field);
+  *field = copy;
+}
+
+// `source` may be the field itself; null clears it.
+void ReplaceDate(char (&field)[kStateDateBytes], const char *source) {
+  size_t length = source != nullptr ? strlen(source) : 0;
+  if (length > kStateDateBytes - 1) length = kStateDateBytes - 1;
+  if (length != 0) memmove(field, source, length);
+  memset(field + length, 0, kStateDateBytes - length);
+}
+
+void ClearState() {
+  FreeText(&state.reqId);
+  FreeText(&state.shiftId);
+  state = StateRecord{};
+}
+
+void StoreRequestId(const JsonNode &value) {
+  ReplaceText(&state.reqId, JsonText(value));
+}
+
+void StoreShiftId(const JsonNode &value) {
+  const char *text = JsonText(value);
+  ReplaceText(&state.shiftId, text[0] != '\0' ? text : nullptr);
+}
+
+void StoreShiftOpenDate(const JsonNode &value) {
+  ReplaceDate(state.shiftOpenDate, JsonText(value));
+}
+
+void StoreShiftCloseDate(const JsonNode &value) {
+  ReplaceDate(state.shiftCloseDate, JsonText(value));
+}
+
+// Only an integer counts: a flag written as a text, a fraction or `true` is off.
+void StoreFlag(int32_t *flag, const char *trace_name, const JsonNode &value) {
+  if (value.type == JSON_INT) {
+    *flag = JsonInt32(value);
+  } else {
+    *flag = 0;
+    TraceWarning("Wrong JSON type for %s [%d]\n", trace_name, static_cast<int>(value.type));
+  }
+}
+
+void StoreOffline(const JsonNode &value) {
+  StoreFlag(&state.offline, "offlineState", value);
+}
+void StoreShiftState(const JsonNode &value) {
+  StoreFlag(&state.shiftState, "shiftState", value);
+}
+void StoreUpdate(const JsonNode &value) {
+  StoreFlag(&state.update, "needUpdate", value);
+}
+
+struct StateMember {
+  const char *key;
+  void (*store)(const JsonNode &value);
+};
+
+// In the order in which a key looks for its name.
+constexpr StateMember kStateMembers[] = {
+    {"reqId", StoreRequestId},
+    {"shiftId", StoreShiftId},
+    {"shiftOpenDate", StoreShiftOpenDate},
+    {"shiftCloseDate", StoreShiftCloseDate},
+    {"offline", StoreOffline},
+    {"shiftState", StoreShiftState},
+    {"update", StoreUpdate},
+};
+
+void ApplyStateMember(const JsonMember &member) {
+  for (const StateMember &known : kStateMembers) {
+    if (KeyIsPrefixOf(member, known.key)) {
+      known.store(member.value);
+      return;
+    }
+  }
+  TraceWarning("Unsupported state element [%.*s]\n", TracedKeyLength(member), member.key);
+}
+
+int ApplyStateTree(const JsonNode *root) {
+  if (root == nullptr) {
+    TraceError("State json root is NULL!\n");
+    return ERR_STATE_LOAD;
+  }
+  if (root->type != JSON_OBJECT_BEGIN) {
+    TraceError("State json structure error!\n");
+    return ERR_STATE_LOAD;
+  }
+  for (uint32_t i = 0; i < root->count; ++i) ApplyStateMember(root->members[i]);
+  return 0;
+}
+
+// Deliberate: a state that cannot be read gives way to an empty one, and all values start again from zero.
+int ResetStateFile() {
+  const HANDLE file = FileOpen(kStateFile, "w");
+  if (!FileIsValid(file)) return ERR_STATE_CREATE;
+  FileWrite(kEmptyState, 1, sizeof(kEmptyState) - 1, file);
+  FileClose(file);
+  return 0;
+}
+
+}  // namespace
+
+int LoadState() {
+  JsonReader *reader = JsonReaderCreate();
+  Trace("LoadState\n");
+  ClearState();
+  int result = parseJsonFile(reader, kStateFile);
+  result = result == 0 ? ApplyStateTree(JsonReaderRoot(reader)) : ResetStateFile();
+  if (reader != nullptr) JsonReaderDestroy(reader);
+  return result;
+}
+
+int SaveState() {
+  Trace("SaveState\n");
+  const HANDLE file = FileOpen(kStateFile, "w+");
+  if (!FileIsValid(file)) {
+    TraceWarning("SaveState: Cant open file!\n");
+    return ERR_STATE_OPEN;
+  }
+  FileSink sink;
+  FileSinkInit(&sink, file);
+  JsonPrinter printer;
+  JsonPrinterInit(&printer, FileSinkWrite, &sink);
+  JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
+  if (state.reqId != nullptr) WriteStringMember(&printer, "reqId", state.reqId);
+  if (state.shiftId != nullptr) WriteStringMember(&printer, "shiftId", state.shiftId);
+  if (state.shiftOpenDate[0] != '\0') WriteStringMember(&printer, "shiftOpenDate", state.shiftOpenDate);
+  if (state.shiftCloseDate[0] != '\0') WriteStringMember(&printer, "shiftCloseDate", state.shiftCloseDate);
+  WriteIntMember(&printer, "offline", state.offline);
+  WriteIntMember(&printer, "shiftState", state.shiftState);
+  WriteIntMember(&printer, "update", state.update);
+  JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
+  JsonPrinterFree(&printer);
+  FileSinkFlush(&sink);
+  FileClose(file);
+  return 0;
+}
+
+int InitState() {
+  Trace("InitState\n");
+  ClearState();
+  return 0;
+}
+
+void ReleaseState() {
+  ClearState();
+}
+
+int OpenShift(const char *shift_id) {
+  Trace("OpenShift \n");
+  // The text may be the record's own, which a reload frees.
+  char *given_id = MemCopyText(shift_id, LUMO_HERE);
+  int result = 0;
+  if (GetShiftState() != 0) {
+    result = ERR_SHIFT_ALREADY_OPEN;
+  } else {
+    // Deliberate: without an identifier the shift is named after the time the previous one was opened, empty
+    // when there was none.
+    SetShiftId(given_id != nullptr ? given_id : state.shiftOpenDate);
+    SetShiftState(1);
+    SetShiftOpenDate(IsoTimestamp());
+  }
+  FreeText(&given_id);
+  return result;
+}
+
+int CloseShift(bool transaction_exists) {
+  Trace("CloseShift\n");
+  if (transaction_exists) return ERR_SHIFT_TRANSACTION_OPEN;
+  if (GetShiftState() != 1) return 0;
+  SetShiftCloseDate(IsoTimestamp());
+  SetShiftState(0);
+  return 0;
+}
+
+int GetShiftState() {
+  LoadState();
+  return state.shiftState;
+}
+
+const char *GetShiftId() {
+  LoadState();
+  return state.shiftId;
+}
+
+const char *GetShiftOpenDate() {
+  LoadState();
+  return state.shiftOpenDate;
+}
+
+const char *GetShiftCloseDate() {
+  LoadState();
+  return state.shiftCloseDate;
+}
+
+int SetShiftId(const char *shift_id) {
+  ReplaceText(&state.shiftId, shift_id);
+  return SaveState();
+}
+
+int SetShiftState(int32_t value) {
+  state.shiftState = value;
+  return SaveState();
+}
+
+int SetShiftOpenDate(const char *date) {
+  ReplaceDate(state.shiftOpenDate, date);
+  return SaveState();
+}
+
+int SetShiftCloseDate(const char *date) {
+  ReplaceDate(state.shiftCloseDate, date);
+  return SaveState();
+}
+
+int GetOfflineState() {
+  LoadState();
+  return state.offline;
+}
+
+int SetOfflineState(int32_t value) {
+  state.offline = value;
+  return SaveState();
+}
+
+int GetNeedUpdate() {
+  return state.update;
+}
+
+int SetNeedUpdate(int32_t value) {
+  state.update = value;
+  return SaveState();
+}
+
+int SetRequestId(const char *request_id) {
+  if (request_id == nullptr) return 0;
+  ReplaceText(&state.reqId, request_id);
+  return SaveState();
+}
+
+const char *CopyRequestId() {
+  ReplaceText(&request_id_copy, state.reqId);
+  return request_id_copy;
+}
+
+}  // namespace lumo

@@ -32,6 +32,7 @@ struct UpdateFileList {
 // and free.
 int LoadGetUpdatePackReponse(UpdateResponse **holder, const JsonNode *root);
 
+void DestroyUpdateFile(UpdateFile *file);
 void DestroyUpdateFileList(UpdateFileList *list);
 
 }  // namespace lumo

@@ -1,1 +1,122 @@
 #include "engine/bill_files.h"
+
+#include <cstdarg>
+
+#include "engine/transaction.h"
+#include "foundation/dates.h"
+#include "foundation/file_sink.h"
+#include "foundation/files.h"
+#include "foundation/lumojson.h"
+#include "foundation/trace.h"
+#include "lumo.h"
+#include "platform/platform.h"
+#include "protocol/transaction_json.h"
+#include "protocol/transaction_request_json.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr int kFragmentBytes = 2048;
+
+void WriteFormatted(HANDLE file, const char *format, ...) LUMO_PRINTF(2, 3);
+
+void WriteFormatted(HANDLE file, const char *format, ...) {
+  char fragment[kFragmentBytes];
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = _vsnprintf(fragment, sizeof fragment, format, arguments);
+  va_end(arguments);
+  if (length > 0 && length < kFragmentBytes) {
+    FileWrite(fragment, 1, static_cast<uint32_t>(length), file);
+  }
+}
+
+int ReadBill(Transaction *transaction, JsonReader *reader, const char *path, int load_mode) {
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  transaction->bill = BillBlock{};
+  const int result = parseJsonFile(reader, path);
+  return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader), load_mode);
+}
+
+int ReadReturnList(Transaction *transaction, JsonReader *reader, const char *path) {
+  // Deliberate: a return list, too, starts from an empty bill.
+  transaction->bill = BillBlock{};
+  int result = parseJsonFile(reader, path);
+  Trace("Cashback File Parse Finished\n");
+  if (result == 0) {
+    result = LoadCashBack(transaction, JsonReaderRoot(reader));
+  }
+  Trace("Bill Parse Res %d\n", result);
+  return result;
+}
+
+}  // namespace
+
+int BillParse(Transaction *transaction, const char *path, int load_mode) {
+  JsonReader *reader = JsonReaderCreate();
+  Trace("BillParse\n");
+  const int result = ReadBill(transaction, reader, path, load_mode);
+  JsonReaderDestroy(reader);
+  return result;
+}
+
+int BillModify(Transaction *transaction, const char *path) {
+  Trace("BillModify\n");
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  const HANDLE file = FileOpen(path, "w+");
+  if (FileIsValid(file) == 0) {
+    TraceError("Cant open file \"%s\"!\n", path);
+    return ERR_BILL_OPEN;
+  }
+  FileSink sink;
+  FileSinkInit(&sink, file);
+  JsonPrinter printer;
+  JsonPrinterInit(&printer, FileSinkWrite, &sink);
+  WriteBillPart(&printer, &transaction->bill);
+  JsonPrinterFree(&printer);
+  FileSinkFlush(&sink);
+  FileClose(file);
+  return 0;
+}
+
+int CashbackParse(Transaction *transaction, const char *path) {
+  JsonReader *reader = JsonReaderCreate();
+  Trace("CashbackParse\n");
+  const int result =
+      TraceIfNull(transaction) ? ERR_NO_TRANSACTION : ReadReturnList(transaction, reader, path);
+  JsonReaderDestroy(reader);
+  return result;
+}
+
+int CreateAmountBill(int32_t amount, const char *path) {
+  const HANDLE file = FileOpen(path, "w+");
+  Trace("CreateAmountBill\n");
+  if (FileIsValid(file) == 0) {
+    return ERR_BILL_OPEN;
+  }
+  // A fragment a write: one that fails is traced, and the rest are written all the same. The number of the
+  // bill, the fee, the code and the title are what the server expects of a bill without goods.
+  WriteFormatted(file, "{\"totalSum\":%d,", amount);
+  WriteFormatted(file, "\"orderLen\":1,");
+  WriteFormatted(file, "\"billNum\":\"1\",");
+  WriteFormatted(file, "\"billDate\":\"%s\",", IsoTimestamp());
+  WriteFormatted(file, "\"partnerFee\":1000,");
+  WriteFormatted(file, "\"goodList\":{");
+  WriteFormatted(file, "\"good\":[{");
+  WriteFormatted(file, "\"title\":\"TOTAL_AMOUNT\",");
+  WriteFormatted(file, "\"productCode\":\"008\",");
+  WriteFormatted(file, "\"positionCost\":%d,", amount);
+  WriteFormatted(file, "\"orderNum\":1,");
+  WriteFormatted(file, "\"cnt\":1");
+  WriteFormatted(file, "}]}");
+  WriteFormatted(file, "}");
+  FileClose(file);
+  return 0;
+}
+
+}  // namespace lumo

@@ -1,1 +1,54 @@
 #include "engine/offline_replay.h"
+
+#include "engine/dispatcher.h"
+#include "engine/transaction.h"
+#include "foundation/trace.h"
+#include "journal/logger.h"
+#include "protocol/transaction_json.h"
+
+namespace lumo {
+
+namespace {
+
+// Sends one record under the number and date it was written with.
+int ReplayRecord(Transaction *transaction, const char *record) {
+  int result = LoadLogRecord(transaction, record);
+  if (result != 0) {
+    // Deliberate: this line alone has no end.
+    TraceError("LoadLogRecord returned %d", result);
+    return result;
+  }
+  result = TransactionProcess(transaction);
+  if (result != 0) {
+    TraceError("Offline record sending error %d\n", result);
+  }
+  return result;
+}
+
+}  // namespace
+
+int OfflinePaymentsProcess() {
+  Trace("OfflinePaymentsProcess\n");
+  RecordEntry *records = GetOfflineRecords();
+  int sent = 0;
+  for (RecordEntry *entry = records; entry != nullptr;) {
+    Transaction *transaction = new_transaction();
+    if (ReplayRecord(transaction, entry->text) == 0) {
+      ++sent;
+    } else {
+      AppendOfflineTmpRecord(entry->text);
+    }
+    entry = NextOfflineRecord(entry);
+    free_transaction(transaction);
+  }
+  // Deliberate: only a record that failed makes the journal change. When all were sent it stays, and they are
+  // offered again.
+  const int result = CommitOfflineTmp();
+  if (result != 0) {
+    TraceError("Records flush failed [%d]\n", result);
+  }
+  FreeRecordList(records);
+  return sent;
+}
+
+}  // namespace lumo

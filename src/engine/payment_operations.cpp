@@ -1,1 +1,247 @@
 #include "engine/payment_operations.h"
+
+#include "config/lumoconfig.h"
+#include "engine/bill_files.h"
+#include "engine/card_operations.h"
+#include "engine/dispatcher.h"
+#include "engine/offline_payment.h"
+#include "engine/receipt.h"
+#include "engine/request.h"
+#include "engine/transaction.h"
+#include "foundation/arithmetic.h"
+#include "foundation/format.h"
+#include "foundation/result_codes.h"
+#include "foundation/trace.h"
+#include "protocol/enumerations.h"
+#include "protocol/transaction_json.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr const char *kSeparator = "************************\n";
+
+int StartOperation(Transaction *transaction, RequestType type) {
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  const int result = FillRequest(transaction, type);
+  if (result != 0) {
+    TraceError("FillRequest res[%d]\n", result);
+  }
+  return result;
+}
+
+// The shop goes on selling when neither server can be reached and the settings allow it.
+bool FallsBackOffline(int result) {
+  return result == ERR_CONNECT && Settings().offlineMode == 1;
+}
+
+// "Сумма ..." and the amount over the slip's whole width; nothing for 0.
+void PrintSum(ReceiptBuffer *body, const char *title, int32_t amount) {
+  if (amount != 0) {
+    ReceiptPrintf(body, "%s\n", title);
+    ReceiptPrintf(body, "%24s\n", FormatAmount(amount));
+  }
+}
+
+void PrintEarned(ReceiptBuffer *body, const BonusTotals &totals) {
+  const char *network = TextOrEmpty(Settings().retailNetworkName);
+  if (totals.earnedGlobal != 0) {
+    ReceiptPrintf(body, "Начислено всего:\n");
+    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.earnedGlobal));
+  }
+  const int32_t earned = WrapAdd(totals.earnedGlobal, totals.earnedLocal);
+  if (earned != 0) {
+    ReceiptPrintf(body, "Начислено всего\n");
+    ReceiptPrintf(body, "%s:\n", network);
+    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(earned));
+  }
+  if (totals.earnedDiscount != 0) {
+    ReceiptPrintf(body, "Начислено скид бон в\n");
+    ReceiptPrintf(body, "%s:\n", network);
+    ReceiptPrintf(body, "%19s ски.\n", FormatAmount(totals.earnedDiscount));
+  }
+  if (totals.organizerFee != 0) {
+    ReceiptPrintf(body, "Вознаграждение \n");
+    ReceiptPrintf(body, "организатора:\n");
+    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.organizerFee));
+  }
+}
+
+BonusTotals CountAndTraceBonuses(const Transaction *transaction) {
+  BonusTotals totals = {};
+  CountBonuses(transaction, &totals);
+  Trace("earnedLocal = %d\n", totals.earnedLocal);
+  Trace("earnedGlobal = %d\n", totals.earnedGlobal);
+  Trace("earnedDiscount = %d\n", totals.earnedDiscount);
+  Trace("spendLocal = %d\n", totals.spendLocal);
+  Trace("spendGlobal = %d\n", totals.spendGlobal);
+  Trace("spendDiscount = %d\n", totals.spendDiscount);
+  return totals;
+}
+
+void PrintPaymentReceipt(Transaction *transaction) {
+  ReceiptBuffer *body = transaction->body;
+  ReceiptPrintf(body, "******* ПОКУПКА ********\n");
+  ReceiptPrintf(body, "  Полагающиеся бонусы   \n");
+  ReceiptPrintf(body, "  будут перечислены в   \n");
+  ReceiptPrintf(body, "      Клуб Тавиро       \n");
+  ReceiptPrintf(body, "%s", kSeparator);
+  if (isOffline(transaction) == 1) {
+    ReceiptPrintf(body, "        ОФФЛАЙН\n");
+    ReceiptPrintf(body, "%s", kSeparator);
+  }
+  PrintRrn(transaction);
+  const BonusTotals totals = CountAndTraceBonuses(transaction);
+  const int32_t spent = WrapAdd(totals.spendLocal, totals.spendGlobal);
+  const int32_t cash = WrapSubtract(WrapSubtract(transaction->bill.totalSum, spent), totals.spendDiscount);
+  PrintSum(body, "Сумма (нал.):", cash);
+  PrintSum(body, "Сумма (бнс.):", spent);
+  PrintSum(body, "Скидка (бнс.):", totals.spendDiscount);
+  ReceiptPrintf(body, "%s", kSeparator);
+  PrintEarned(body, totals);
+}
+
+// Fills the bill from the register's file. What the customer asks to spend is stored whatever came of it.
+int TakeBill(Transaction *transaction, int32_t spend, const char *bill_path) {
+  const int result = BillParse(transaction, bill_path, 0);
+  transaction->bill.spendAmount = spend;
+  return result;
+}
+
+// What both kinds of payment do once the bill is read.
+int Pay(Transaction *transaction, const char *bill_path) {
+  int result = TransactionProcess(transaction);
+  if (FallsBackOffline(result)) {
+    const SettingsRecord &settings = Settings();
+    result = PaymentProcessOffline(transaction, settings.globalBonusOffline, settings.localBonusOffline,
+                                   settings.orgFeeOffline);
+  }
+  if (result != 0) {
+    return result;
+  }
+  // Deliberate: whether the record could be kept does not matter to the register; the bill's file does.
+  WriteTransactionRecord(transaction);
+  result = BillModify(transaction, bill_path);
+  transaction->completedOperations |= COMPLETED_PAYMENT;
+  PrintPaymentReceipt(transaction);
+  Trace("Bill:\n%s\n", ReceiptGetText(transaction->body));
+  return result;
+}
+
+void PrintConfirmReceipt(Transaction *transaction) {
+  // Deliberate: a confirmation prints the slip of a cancellation.
+  ReceiptPrintf(transaction->body, "**** ОТМЕНА ПОКУПКИ ****\n");
+  PrintRrn(transaction);
+  ReceiptPrintf(transaction->body, "    ПОКУПКА ОТМЕНЕНА    \n");
+  if (isOffline(transaction) != 0) {
+    ReceiptPrintf(transaction->body, "    В РЕЖИМЕ ОФФЛАЙН!   \n");
+  }
+}
+
+void PrintCashBackReceipt(Transaction *transaction) {
+  ReceiptBuffer *body = transaction->body;
+  ReceiptPrintf(body, "**** ВОЗВРАТ ТОВАРА ****\n");
+  PrintRrn(transaction);
+  if (transaction->cashBack.cashBackType == CASHBACK_FULL) {
+    ReceiptPrintf(body, "     ПОЛНЫЙ ВОЗВРАТ     \n");
+  } else if (transaction->cashBack.cashBackType == CASHBACK_SEQ) {
+    ReceiptPrintf(body, "   ЧАСТИЧНЫЙ ВОЗВРАТ    \n");
+  }
+  PrintSum(body, "Возвращено (бнс.):", transaction->returnedSum);
+}
+
+// Names the goods that come back: those of the list, or all without one.
+int TakeReturnList(Transaction *transaction, const char *return_list_path) {
+  if (return_list_path == nullptr) {
+    transaction->cashBack.cashBackType = CASHBACK_FULL;
+    return 0;
+  }
+  // The list's own type, when it has one, replaces this.
+  transaction->cashBack.cashBackType = CASHBACK_SEQ;
+  return CashbackParse(transaction, return_list_path) != 0 ? ERR_RETURN_LIST_FORMAT : 0;
+}
+
+}  // namespace
+
+int PaymentProcess(Transaction *transaction, int32_t spend, const char *bill_path) {
+  Trace("PaymentProcess\n");
+  int result = StartOperation(transaction, REQUEST_PAYMENT);
+  if (result != 0) {
+    return result;
+  }
+  result = TakeBill(transaction, spend, bill_path);
+  if (result != 0) {
+    TraceError("BillParse res [%d] \"%s\"\n", result, ErrorMessage(result));
+    return ERR_BILL_FORMAT;
+  }
+  return Pay(transaction, bill_path);
+}
+
+int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char *bill_path) {
+  Trace("PaymentAndConfirmProcess spend [%d] bill [%s]\n", spend, bill_path);
+  int result = StartOperation(transaction, REQUEST_PAYMENT_AND_CONFIRM);
+  if (result != 0) {
+    return result;
+  }
+  result = TakeBill(transaction, spend, bill_path);
+  if (result != 0) {
+    // Deliberate: unlike the plain payment, the bill's own code goes to the register.
+    TraceError("BillParse res [%d]\n", result);
+    return result;
+  }
+  return Pay(transaction, bill_path);
+}
+
+int PaymentConfirmProcess(Transaction *transaction, int32_t is_confirm, const char *rrn) {
+  Trace("PaymentConfirmProcess confirm [%d] rrn [%s]\n", is_confirm, rrn);
+  int result = StartOperation(transaction, REQUEST_PAYMENT_CONFIRM);
+  if (result != 0) {
+    return result;
+  }
+  transaction->paymentConfirm.isConfirm = is_confirm;
+  trans_strcpy(transaction, &transaction->paymentConfirm.requestId, rrn);
+  if (isOffline(transaction) == 0) {
+    result = TransactionProcess(transaction);
+    if (FallsBackOffline(result)) {
+      transaction->request.isOffline = 1;
+      result = 0;
+    }
+  }
+  if (result != 0) {
+    return result;
+  }
+  result = WriteTransactionRecord(transaction);
+  if (result != 0) {
+    return result;
+  }
+  transaction->completedOperations |= COMPLETED_CONFIRM;
+  PrintConfirmReceipt(transaction);
+  return 0;
+}
+
+int CashBackProcess(Transaction *transaction, const char *rrn, const char *return_list_path) {
+  Trace("PaymentConfirmProcess rrn [%s] cashback file [%s]\n", rrn, return_list_path);
+  int result = StartOperation(transaction, REQUEST_CASHBACK);
+  if (result != 0) {
+    return result;
+  }
+  trans_strcpy(transaction, &transaction->cashBack.requestId, rrn);
+  result = TakeReturnList(transaction, return_list_path);
+  if (result != 0) {
+    return result;
+  }
+  if (isOffline(transaction) == 0) {
+    result = TransactionProcess(transaction);
+    if (result != 0) {
+      return result;
+    }
+  }
+  result = WriteTransactionRecord(transaction);
+  transaction->completedOperations |= COMPLETED_CASHBACK;
+  PrintCashBackReceipt(transaction);
+  return result;
+}
+
+}  // namespace lumo

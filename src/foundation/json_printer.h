@@ -5,6 +5,7 @@
 
 namespace lumo {
 
+// Takes the next `length` bytes of the text; they are not zero-terminated and valid only during the call.
 using JsonSink = void (*)(void *user, const char *text, uint32_t length);
 
 struct JsonPrinter {
@@ -12,19 +13,25 @@ struct JsonPrinter {
   void *user;
   const char *indent;  // one tab
   int32_t level;
-  bool afterKey;
-  bool justEntered;
-  bool first;
+  bool afterKey;     // no comma and no line end belongs before the next item
+  bool justEntered;  // no comma belongs before the next item
+  bool first;        // no line end belongs before the next item
 };
 
 int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
                     void *user);  // 0, or 1 when there is no printer or sink
 
-// Writes one event. `data` is used by numbers, strings and keys only. Returns 0.
+// Writes one event. `data` is used by numbers, strings and keys only; null is the empty text. Returns 0.
 int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);  // compact
 int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data,
                       uint32_t length);  // one tab a level
 
-int JsonPrinterFree(JsonPrinter *printer);
+using JsonPrinterFunction = int (*)(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);
+
+// Writes several events through one of the two above, up to a type of -1. Each type is an int; those with
+// data are followed by a const char * and a uint32_t. Returns the first result that is not 0.
+int JsonPrinterPrint(JsonPrinter *printer, JsonPrinterFunction print, ...);
+
+int JsonPrinterFree(JsonPrinter *printer);  // 0: a printer owns nothing
 
 }  // namespace lumo

@@ -1,1 +1,325 @@
 #include "foundation/lumojson.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "foundation/arithmetic.h"
+#include "foundation/files.h"
+#include "foundation/json_dom.h"
+#include "foundation/json_parser.h"
+#include "foundation/memory.h"
+#include "foundation/trace.h"
+
+namespace lumo {
+
+// The tree lies in few blocks: nodes grow from a block's low end, where they stay aligned, texts from its
+// high end.
+struct JsonBlock {
+  JsonBlock *next;
+};
+
+struct JsonReader {
+  bool hasRoot;
+  JsonNode root;
+  JsonBlock *blocks;  // every block, the newest first
+  char *low;          // what is free of the block in use
+  char *high;
+  size_t blockSize;  // of the next block
+};
+
+namespace {
+
+constexpr int kDomInitFailed = -301;
+constexpr int kParserInitFailed = -302;
+constexpr int kSyntaxError = -303;
+constexpr int kNoReader = -304;
+constexpr int kAppendNoMemory = -306;
+constexpr int kFileNotOpened = -307;
+
+constexpr uint32_t kFileChunk = 1024;
+constexpr size_t kSmallestBlock = 1024;
+constexpr size_t kLargestBlock = 64 * 1024;
+constexpr size_t kFirstItems = 2048;
+
+int printer_flag;
+
+// More room than the block in use has: the next block, or a block of its own for a large piece. Returns its
+// low end.
+char *AddBlock(JsonReader *reader, size_t size) {
+  const bool of_its_own = size > reader->blockSize / 2;
+  const size_t block_size = of_its_own ? size : reader->blockSize;
+  auto *block = static_cast<JsonBlock *>(MemMalloc(sizeof(JsonBlock) + block_size, LUMO_HERE));
+  block->next = reader->blocks;
+  reader->blocks = block;
+  char *bytes = reinterpret_cast<char *>(block + 1);
+  if (!of_its_own) {
+    reader->low = bytes;
+    reader->high = bytes + block_size;
+    if (reader->blockSize < kLargestBlock) reader->blockSize *= 2;
+  }
+  return bytes;
+}
+
+bool HasRoom(const JsonReader *reader, size_t size) {
+  return size <= static_cast<size_t>(reader->high - reader->low);
+}
+
+void *AllocateNodes(JsonReader *reader, size_t size) {
+  if (!HasRoom(reader, size)) {
+    char *bytes = AddBlock(reader, size);
+    if (bytes != reader->low) return bytes;
+  }
+  char *bytes = reader->low;
+  reader->low += size;
+  return bytes;
+}
+
+const char *CopyText(JsonReader *reader, const char *text, uint32_t length) {
+  const size_t size = size_t{length} + 1;
+  char *copy = nullptr;
+  if (!HasRoom(reader, size)) {
+    char *bytes = AddBlock(reader, size);
+    if (bytes != reader->low) copy = bytes;
+  }
+  if (copy == nullptr) {
+    reader->high -= size;
+    copy = reader->high;
+  }
+  if (length != 0) std::memcpy(copy, text, length);
+  copy[length] = 0;
+  return copy;
+}
+
+// Builds JsonNodes. The items of the open structures lie on one stack; a structure that is closed moves its
+// own from the stack's end into a block, so every array of items is written once and lies in one piece.
+struct NodeTree {
+  struct Structure {
+    JsonEvent type;
+    size_t start;  // of its items
+  };
+  using Value = JsonNode;
+
+  JsonReader *reader;
+  char *items;
+  size_t itemsSize;
+  size_t itemsFill;
+
+  bool CreateStructure(uint32_t, bool is_object, Structure *created) {
+    created->type = is_object ? JSON_OBJECT_BEGIN : JSON_ARRAY_BEGIN;
+    created->start = itemsFill;
+    return true;
+  }
+
+  bool CreateValue(JsonEvent type, const char *text, uint32_t length, JsonNode *created) {
+    created->type = type;
+    created->count = length;
+    created->text = length != 0 ? CopyText(reader, text, length) : "";
+    return true;
+  }
+
+  JsonNode CloseStructure(const Structure &structure) {
+    const size_t size = itemsFill - structure.start;
+    const size_t item_size = structure.type == JSON_OBJECT_BEGIN ? sizeof(JsonMember) : sizeof(JsonNode);
+    JsonNode node;
+    node.type = structure.type;
+    node.count = static_cast<uint32_t>(size / item_size);
+    void *bytes = nullptr;
+    if (size != 0) {
+      bytes = AllocateNodes(reader, size);
+      std::memcpy(bytes, items + structure.start, size);
+    }
+    if (structure.type == JSON_OBJECT_BEGIN) {
+      node.members = static_cast<JsonMember *>(bytes);
+    } else {
+      node.elements = static_cast<JsonNode *>(bytes);
+    }
+    itemsFill = structure.start;
+    return node;
+  }
+
+  template <class Item>
+  int Push(const Item &item) {
+    if (itemsSize - itemsFill < sizeof item) {
+      const size_t size = itemsSize != 0 ? itemsSize * 2 : kFirstItems;
+      void *grown = MemReallocShort(items, size);
+      if (grown == nullptr) return kAppendNoMemory;
+      items = static_cast<char *>(grown);
+      itemsSize = size;
+    }
+    std::memcpy(items + itemsFill, &item, sizeof item);
+    itemsFill += sizeof item;
+    return 0;
+  }
+
+  int Append(const Structure &structure, const char *key, uint32_t key_length, const JsonNode &value) {
+    if (structure.type != JSON_OBJECT_BEGIN) return Push(value);
+    return Push(JsonMember{key, key_length, value});
+  }
+
+  const char *CopyKey(const char *key, uint32_t length) { return CopyText(reader, key, length); }
+};
+
+// One document on its way into a reader.
+struct Parse {
+  JsonReader *reader;
+  NodeTree tree;
+  JsonDomBuilder<NodeTree> builder;
+  JsonParser parser;
+};
+
+int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
+  parse->reader = reader;
+  parse->tree = NodeTree();
+  parse->tree.reader = reader;
+  if (reader->blocks == nullptr) reader->blockSize = first_block;
+  parse->builder.reallocHook = MemReallocShort;
+  int error = JsonDomInit(&parse->builder, &parse->tree);
+  if (error != 0) {
+    TraceError("JSON Parser DOM init failed [%d]\n", error);
+    return kDomInitFailed;
+  }
+  JsonParserConfig config = JsonParserConfig();
+  config.callocHook = MemCallocShort;
+  config.reallocHook = MemReallocShort;
+  error = JsonParserInit(&parse->parser, &config, JsonDomCallback<NodeTree>, &parse->builder);
+  if (error != 0) {
+    TraceError("JSON Parser: something wrong happened during init [%d]\n", error);
+    JsonDomFree(&parse->builder);
+    return kParserInitFailed;
+  }
+  return 0;
+}
+
+// Hands the root to the reader when the parse went well, and keeps the result.
+int EndParse(Parse *parse, int result) {
+  if (result == 0) {
+    parse->reader->hasRoot = parse->builder.hasRoot;
+    if (parse->builder.hasRoot) parse->reader->root = parse->builder.root;
+  }
+  JsonParserFree(&parse->parser);
+  JsonDomFree(&parse->builder);
+  if (parse->tree.items != nullptr) MemFree(parse->tree.items, LUMO_HERE);
+  return result;
+}
+
+void SkipByteOrderMark(HANDLE file) {
+  signed char mark[3] = {};
+  if (FileRead(mark, 1, sizeof mark, file) == 0) return;
+  if (std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) == 0) {
+    Trace("Byte Order Mark skipping\n");
+    return;
+  }
+  // Deliberate: the bytes are signed, so one of 80 or more prints with FFFFFF before its two digits.
+  Trace("No BOM found %02X %02X %02X\n", static_cast<unsigned>(mark[0]), static_cast<unsigned>(mark[1]),
+        static_cast<unsigned>(mark[2]));
+  FileSeek(file, 0, FILE_BEGIN);
+}
+
+int FeedFile(Parse *parse, HANDLE file) {
+  char chunk[kFileChunk + 1];
+  for (;;) {
+    const uint32_t length = FileRead(chunk, 1, kFileChunk, file);
+    if (length == 0) return 0;
+    chunk[length] = 0;
+    uint32_t processed = 0;
+    const int error = JsonParserFeed(&parse->parser, chunk, length, &processed);
+    if (error != 0) {
+      TraceError("JSON Parser Error res [%d] last character [%d]\n%1000s\n", error,
+                 static_cast<int>(processed), chunk);
+      return kSyntaxError;
+    }
+  }
+}
+
+}  // namespace
+
+JsonReader *JsonReaderCreate() {
+  return static_cast<JsonReader *>(MemCalloc(1, sizeof(JsonReader), LUMO_HERE));
+}
+
+void JsonReaderDestroy(JsonReader *reader) {
+  if (reader == nullptr) return;
+  for (JsonBlock *block = reader->blocks; block != nullptr;) {
+    JsonBlock *next = block->next;
+    MemFree(block, LUMO_HERE);
+    block = next;
+  }
+  MemFree(reader, LUMO_HERE);
+}
+
+const JsonNode *JsonReaderRoot(const JsonReader *reader) {
+  return reader != nullptr && reader->hasRoot ? &reader->root : nullptr;
+}
+
+int parseJsonFile(JsonReader *reader, const char *file_name) {
+  Trace("parseJsonFile [%s]\n", file_name);
+  if (reader == nullptr) return kNoReader;
+  Parse parse;
+  const int error = BeginParse(&parse, reader, kSmallestBlock);
+  if (error != 0) return error;
+  const HANDLE file = FileOpen(file_name, "r");
+  if (!FileIsValid(file)) return EndParse(&parse, kFileNotOpened);
+  SkipByteOrderMark(file);
+  const int result = FeedFile(&parse, file);
+  FileClose(file);
+  return EndParse(&parse, result);
+}
+
+int parseJsonText(JsonReader *reader, const char *text) {
+  if (reader == nullptr) return kNoReader;
+  const size_t length = text != nullptr ? std::strlen(text) : 0;
+  // A tree takes about twice the room of its compact text.
+  size_t first_block = kSmallestBlock;
+  while (first_block < 2 * length && first_block < kLargestBlock) first_block *= 2;
+  Parse parse;
+  const int error = BeginParse(&parse, reader, first_block);
+  if (error != 0) return error;
+  uint32_t processed = 0;
+  const int syntax = JsonParserFeed(&parse.parser, text, static_cast<uint32_t>(length), &processed);
+  if (syntax == 0) return EndParse(&parse, 0);
+  TraceError("JSON Parser Error %d %d\n", syntax, static_cast<int>(processed));
+  return EndParse(&parse, kSyntaxError);
+}
+
+const char *JsonText(const JsonNode &node) {
+  return node.type == JSON_ARRAY_BEGIN || node.type == JSON_OBJECT_BEGIN ? "" : node.text;
+}
+
+int32_t JsonInt32(const JsonNode &node) {
+  return ParseInt32(JsonText(node));
+}
+
+bool KeyIsPrefixOf(const JsonMember &member, const char *name) {
+  for (uint32_t i = 0; i < member.key_length && member.key[i] != 0; ++i) {
+    if (member.key[i] != name[i]) return false;
+  }
+  return true;
+}
+
+void WriteKey(JsonPrinter *printer, const char *key) {
+  JsonPrinterRaw(printer, JSON_KEY, key, static_cast<uint32_t>(std::strlen(key)));
+}
+
+int WriteIntMember(JsonPrinter *printer, const char *key, int32_t value) {
+  char text[12];
+  const int length = std::sprintf(text, "%d", value);
+  WriteKey(printer, key);
+  return JsonPrinterRaw(printer, JSON_INT, text, static_cast<uint32_t>(length));
+}
+
+int WriteStringMember(JsonPrinter *printer, const char *key, const char *text) {
+  WriteKey(printer, key);
+  return JsonPrinterRaw(printer, JSON_STRING, text,
+                        text != nullptr ? static_cast<uint32_t>(std::strlen(text)) : 0);
+}
+
+int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag) {
+  WriteKey(printer, key);
+  return JsonPrinterRaw(printer, flag != 0 ? JSON_TRUE : JSON_FALSE, nullptr, 0);
+}
+
+int SetPrinterFlag(int value) {
+  return printer_flag = value;
+}
+
+}  // namespace lumo

@@ -1,1 +1,0 @@
-#include "foundation/json_parser.h"

@@ -1,0 +1,134 @@
+// foundation/json_dom.h: turns the parser's events into calls that build a tree, whatever the tree is made
+// of.
+#pragma once
+
+#include "foundation/json_event.h"
+#include "foundation/json_parser.h"
+#include "foundation/memory.h"
+
+namespace lumo {
+
+// The tree's side. It is a type and not a record of pointers, so that building costs one call an event and
+// not three. A Tree has
+//   Structure, Value                                  handles; may be copied
+//   bool CreateStructure(depth, is_object, Structure *created)   false: cannot be made; depth counts from 0
+//   bool CreateValue(type, text, length, Value *created)         false: no memory
+//   Value CloseStructure(structure)                              all its items have been appended
+//   int Append(structure, key, key_length, value)                key is null and 0 in an array; 0 or an error
+//   const char *CopyKey(key, length)                                   the tree owns the copy; null: no
+//   memory
+template <class Tree>
+struct JsonDomBuilder {
+  struct Level {
+    typename Tree::Structure structure;
+    const char *key;  // of the member whose value comes next
+    uint32_t keyLength;
+  };
+
+  JsonReallocHook reallocHook;  // to be set before init
+  Tree *tree;
+  Level *stack;  // one for each open structure; memory alone limits the depth
+  uint32_t stackSize;
+  uint32_t stackFill;
+  bool hasRoot;
+  typename Tree::Value root;
+};
+
+constexpr uint32_t kJsonDomFirstLevels = 1024;
+
+// 0, or 1 when the stack cannot be allocated.
+template <class Tree>
+int JsonDomInit(JsonDomBuilder<Tree> *builder, Tree *tree) {
+  builder->tree = tree;
+  builder->stack = nullptr;
+  builder->stackSize = kJsonDomFirstLevels;
+  builder->stackFill = 0;
+  builder->hasRoot = false;
+  if (builder->reallocHook == nullptr) return kJsonNoMemory;
+  using Level = typename JsonDomBuilder<Tree>::Level;
+  builder->stack = static_cast<Level *>(builder->reallocHook(nullptr, kJsonDomFirstLevels * sizeof(Level)));
+  return builder->stack != nullptr ? kJsonNoError : kJsonNoMemory;
+}
+
+// Frees the stack, not the tree.
+template <class Tree>
+void JsonDomFree(JsonDomBuilder<Tree> *builder) {
+  if (builder->stack != nullptr) MemFree(builder->stack, LUMO_HERE);
+  builder->stack = nullptr;
+}
+
+template <class Tree>
+int JsonDomAppend(JsonDomBuilder<Tree> *builder, const typename Tree::Value &value) {
+  auto &top = builder->stack[builder->stackFill - 1];
+  const char *key = top.key;
+  const uint32_t key_length = top.keyLength;
+  top.key = nullptr;
+  top.keyLength = 0;
+  return builder->tree->Append(top.structure, key, key_length, value);
+}
+
+template <class Tree>
+int JsonDomOpen(JsonDomBuilder<Tree> *builder, bool is_object) {
+  using Level = typename JsonDomBuilder<Tree>::Level;
+  typename Tree::Structure structure;
+  if (!builder->tree->CreateStructure(builder->stackFill, is_object, &structure)) return kJsonRefused;
+  if (builder->stackFill == builder->stackSize) {
+    if (builder->stackSize > UINT32_MAX / 2) return kJsonNoMemory;
+    void *stack = builder->reallocHook(builder->stack, size_t{2} * builder->stackSize * sizeof(Level));
+    if (stack == nullptr) return kJsonNoMemory;
+    builder->stack = static_cast<Level *>(stack);
+    builder->stackSize *= 2;
+  }
+  Level &level = builder->stack[builder->stackFill++];
+  level.structure = structure;
+  level.key = nullptr;
+  level.keyLength = 0;
+  return kJsonNoError;
+}
+
+template <class Tree>
+int JsonDomClose(JsonDomBuilder<Tree> *builder) {
+  // A bracket that closes nothing is reported here before the parser refuses it.
+  if (builder->stackFill == 0) return kJsonNoError;
+  const typename Tree::Value value =
+      builder->tree->CloseStructure(builder->stack[--builder->stackFill].structure);
+  if (builder->stackFill != 0) return JsonDomAppend(builder, value);
+  builder->root = value;
+  builder->hasRoot = true;
+  return kJsonNoError;
+}
+
+// Takes one event. A value outside of all structures leaves no trace: only an object or an array becomes the
+// root.
+template <class Tree>
+int JsonDomEvent(JsonDomBuilder<Tree> *builder, JsonEvent event, const char *data, uint32_t length) {
+  switch (event) {
+    case JSON_ARRAY_BEGIN:
+    case JSON_OBJECT_BEGIN:
+      return JsonDomOpen(builder, event == JSON_OBJECT_BEGIN);
+    case JSON_ARRAY_END:
+    case JSON_OBJECT_END:
+      return JsonDomClose(builder);
+    case JSON_KEY: {
+      if (builder->stackFill == 0) return kJsonNoError;
+      auto &top = builder->stack[builder->stackFill - 1];
+      top.key = builder->tree->CopyKey(data, length);
+      top.keyLength = length;
+      return top.key != nullptr ? kJsonNoError : kJsonNoMemory;
+    }
+    default: {
+      if (builder->stackFill == 0) return kJsonNoError;
+      typename Tree::Value value;
+      if (!builder->tree->CreateValue(event, data, length, &value)) return kJsonNoMemory;
+      return JsonDomAppend(builder, value);
+    }
+  }
+}
+
+// An event callback whose user pointer is the builder.
+template <class Tree>
+int JsonDomCallback(void *builder, JsonEvent event, const char *data, uint32_t length) {
+  return JsonDomEvent(static_cast<JsonDomBuilder<Tree> *>(builder), event, data, length);
+}
+
+}  // namespace lumo

@@ -1,0 +1,73 @@
+#include "platform/peer.h"
+
+#include <asio.hpp>
+#include <thread>
+
+namespace test {
+
+namespace {
+
+using asio::ip::tcp;
+
+const tcp::endpoint kAnyPort(asio::ip::address_v4::loopback(), 0);
+
+class AsioConnection : public Connection {
+ public:
+  explicit AsioConnection(tcp::socket socket) : socket_(std::move(socket)) {}
+  std::string Read(size_t count) override {
+    std::string bytes(count, 0);
+    std::error_code ended;
+    bytes.resize(asio::read(socket_, asio::buffer(bytes), ended));
+    return bytes;
+  }
+  std::string ReadToEnd() override {
+    std::string bytes;
+    std::error_code ended;
+    asio::read(socket_, asio::dynamic_buffer(bytes), ended);
+    return bytes;
+  }
+  void Write(const std::string &bytes) override {
+    std::error_code ended;
+    asio::write(socket_, asio::buffer(bytes), ended);
+  }
+  void Reset() override {
+    socket_.set_option(asio::socket_base::linger(true, 0));
+    socket_.close();
+  }
+
+ private:
+  tcp::socket socket_;
+};
+
+}  // namespace
+
+struct Peer::Impl {
+  asio::io_context context;
+  tcp::acceptor acceptor{context, kAnyPort};
+  std::thread thread;
+};
+
+Peer::Peer(std::function<void(Connection &)> work) : impl_(std::make_unique<Impl>()) {
+  impl_->thread = std::thread([this, work = std::move(work)] {
+    std::error_code ended;
+    tcp::socket socket = impl_->acceptor.accept(ended);
+    if (ended) return;
+    AsioConnection connection(std::move(socket));
+    work(connection);
+  });
+}
+
+Peer::~Peer() {
+  impl_->thread.join();
+}
+
+uint16_t Peer::port() const {
+  return impl_->acceptor.local_endpoint().port();
+}
+
+uint16_t ClosedPort() {
+  asio::io_context context;
+  return tcp::acceptor(context, kAnyPort).local_endpoint().port();
+}
+
+}  // namespace test

@@ -282,6 +282,10 @@ int SetRequestId(const char *request_id) {
   return SaveState();
 }
 
+const char *RequestId() {
+  return state.reqId;
+}
+
 const char *CopyRequestId() {
   ReplaceText(&request_id_copy, state.reqId);
   return request_id_copy;

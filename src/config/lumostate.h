@@ -29,6 +29,7 @@ int GetNeedUpdate();  // as held in memory
 int SetNeedUpdate(int32_t value);
 
 int SetRequestId(const char *request_id);  // null is ignored
+const char *RequestId();                   // null when there is none; valid until the next load or change
 const char *CopyRequestId();               // null when there is none; replaced by the next call
 
 }  // namespace lumo

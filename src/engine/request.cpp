@@ -8,6 +8,7 @@
 #include "engine/transaction.h"
 #include "foundation/dates.h"
 #include "foundation/format.h"
+#include "foundation/memory.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "protocol/enumerations.h"
@@ -65,7 +66,13 @@ int FillRequest(Transaction *transaction, int32_t type) {
     trans_strcpy(transaction, &request.requestId, kNoRrn);
     return 0;
   }
-  const int result = GenerateRRN(transaction, CopyRequestId());
+  // A copy of our own: asking the server reloads the state, and the register may hold CopyRequestId's text
+  // and pass it to the very operation that is being filled.
+  char *last = MemCopyText(RequestId(), LUMO_HERE);
+  const int result = GenerateRRN(transaction, last);
+  if (last != nullptr) {
+    MemFree(last, LUMO_HERE);
+  }
   if (result != 0) {
     TraceError("GenerateRRN res[%d]\n", result);
     return result;

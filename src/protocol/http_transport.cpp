@@ -1,1 +1,168 @@
 #include "protocol/http_transport.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "config/server_address.h"
+#include "engine/transaction.h"
+#include "foundation/format.h"
+#include "foundation/lumostring.h"
+#include "foundation/memory.h"
+#include "foundation/trace.h"
+#include "lumo.h"
+#include "protocol/socket_layer.h"
+#include "protocol/transaction_json.h"
+#include "protocol/transaction_request_json.h"
+
+namespace lumo {
+namespace {
+
+// An answer ends at the first piece shorter than this; the server announces no length.
+constexpr int kPieceBytes = 500;
+
+// The server that was reached. Its texts are owned.
+struct Server {
+  char *host;
+  char *path;
+  int32_t port;
+};
+
+void FreeServer(Server *server) {
+  if (server->host != nullptr) {
+    MemFree(server->host, LUMO_HERE);
+    MemFree(server->path, LUMO_HERE);
+  }
+  *server = Server{};
+}
+
+int ParseServer(const char *address, Server *server) {
+  FreeServer(server);
+  const size_t size = std::strlen(TextOrEmpty(address)) + 1;
+  server->host = static_cast<char *>(MemCalloc(1, size, LUMO_HERE));
+  server->path = static_cast<char *>(MemCalloc(1, size, LUMO_HERE));
+  return ParseAddress(address, server->host, &server->port, server->path);
+}
+
+// Tries the server address, then the alternate one; `server` is the one of the last attempt.
+int Connect(const Transaction *transaction, Server *server) {
+  const char *const addresses[] = {transaction->serverAddr, transaction->serverAltAddr};
+  constexpr int kAttempts = 2;
+  int result = 0;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    result = ParseServer(addresses[attempt], server);
+    if (result != 0) {
+      TraceError("ParseAddress res[%d]\n", result);
+      if (attempt == kAttempts - 1) {
+        TraceError("Connection failed!\n");
+      }
+      continue;
+    }
+    Trace("Connecting to %s:%d/%s...\n", server->host, server->port, server->path);
+    result = SocketConnect(server->host, server->port, transaction->timeout);
+    if (result == 0) {
+      Trace("Connection established!\n");
+      break;
+    }
+  }
+  return result;
+}
+
+// The head is not formatted in one piece: an address has no greatest length.
+void AppendRequest(String *request, const Server &server, const char *web_method, const String *body) {
+  StringAppend(request, "POST ");
+  StringAppend(request, server.path);
+  StringAppend(request, "/");
+  StringAppend(request, web_method);
+  StringAppend(request, "\nHost: ");
+  StringAppend(request, server.host);
+  StringAppend(request, ":");
+  StringAppend(request, IntToText(server.port));
+  StringAppend(request, "\nContent-Type: application/json-soap;charset=UTF-8\nContent-Length: ");
+  StringAppend(request, IntToText(static_cast<int32_t>(StringGetLength(body))));
+  StringAppend(request, "\n\n");
+  StringAppendN(request, StringGetText(body), StringGetLength(body));
+  StringAppend(request, "\n");
+}
+
+// 0, -410 or -411.
+int SendRequest(const Transaction *transaction, const Server &server) {
+  int result = 0;
+  String *body = StringCreate();
+  String *request = StringCreate();
+  if (CreateOperationRequest(transaction, body) != 0) {
+    result = ERR_REQUEST_BUILD;
+  } else {
+    AppendRequest(request, server, WebMethodName(transaction->request.type), body);
+    Trace("Sending buffer:\n%s\n", StringGetText(request));
+    const int sent = SocketSend(StringGetText(request), static_cast<int>(StringGetLength(request)));
+    if (sent < 0) {
+      TraceError("LUMO_Send error: %d\n", sent);
+      result = ERR_REQUEST_SEND;
+    }
+  }
+  StringFree(request);
+  StringFree(body);
+  return result;
+}
+
+// Appends the answer to `answer`. The last pass's result: below the piece's size, negative for an error.
+int ReceiveAnswer(String *answer) {
+  char piece[kPieceBytes + 1];
+  int received = 0;
+  do {
+    std::memset(piece, 0, sizeof piece);
+    received = SocketReceive(piece, kPieceBytes);
+    if (received > 0) {
+      Trace("%s\n", piece);
+      // Deliberate: as a text, so that what follows a zero byte in a piece is lost.
+      StringAppend(answer, piece);
+    } else {
+      TraceError("LUMO_Receive res %d\n", received);
+    }
+  } while (received == kPieceBytes);
+  return received;
+}
+
+// 0, -401, or the outcome of the answer.
+int ReadAnswer(Transaction *transaction) {
+  Trace("Receiving \n");
+  int result = ERR_NO_RESPONSE;
+  String *answer = StringCreate();
+  const int received = ReceiveAnswer(answer);
+  if (received < 0) {
+    TraceError("LUMO_Receive error: %d\n", received);
+  } else if (StringGetLength(answer) == 0) {
+    TraceError("No data received\n");
+  } else {
+    result = ParseOperationResponse(transaction, StringGetText(answer), StringGetLength(answer));
+  }
+  StringFree(answer);
+  return result;
+}
+
+}  // namespace
+
+int TransactionProcessJson(Transaction *transaction) {
+  Trace("TransactionProcessJson\n");
+  // An answer without one must not leave that of an earlier exchange behind.
+  transaction->response.requestId = nullptr;
+  Server server = {};
+  int result = Connect(transaction, &server);
+  if (result == 0) {
+    result = SendRequest(transaction, server);
+  }
+  if (result == 0) {
+    result = ReadAnswer(transaction);
+  }
+  FreeServer(&server);
+  if (result == ERR_CONNECT || result == ERR_SERVER_ADDRESS) {
+    return ERR_CONNECT;
+  }
+  // Deliberate: also when Winsock did not start, where closing fails as well.
+  if (SocketClose() < 0) {
+    TraceError("LUMO_Disconnect error: %d\n", result);
+  }
+  return result;
+}
+
+}  // namespace lumo

@@ -1,1 +1,717 @@
 #include "protocol/transaction_json.h"
+
+#include <cstddef>
+#include <cstring>
+
+#include "engine/transaction.h"
+#include "foundation/arithmetic.h"
+#include "foundation/format.h"
+#include "foundation/lumostring.h"
+#include "foundation/trace.h"
+#include "journal/logger.h"
+#include "lumo.h"
+#include "protocol/enumerations.h"
+#include "protocol/transaction_request_json.h"
+
+namespace lumo {
+namespace {
+
+constexpr uint32_t kLongestName = 100;  // of a response and of a part
+
+// The items of a structure, for range loops; none when the node is absent or of another kind.
+template <typename Item>
+struct Items {
+  const Item *first;
+  uint32_t count;
+  const Item *begin() const { return first; }
+  const Item *end() const { return first + count; }
+};
+
+Items<JsonMember> MembersOf(const JsonNode *node) {
+  const bool is_object = node != nullptr && node->type == JSON_OBJECT_BEGIN && node->count > 0;
+  return is_object ? Items<JsonMember>{node->members, node->count} : Items<JsonMember>{nullptr, 0};
+}
+
+Items<JsonNode> ElementsOf(const JsonNode &node) {
+  const bool is_array = node.type == JSON_ARRAY_BEGIN && node.count > 0;
+  return is_array ? Items<JsonNode>{node.elements, node.count} : Items<JsonNode>{nullptr, 0};
+}
+
+bool IsObject(const JsonNode &node) {
+  return node.type == JSON_OBJECT_BEGIN;
+}
+
+// Room for one entry for each element of the list, null for none.
+template <typename Entry>
+Entry *AllocateFor(Transaction *transaction, const JsonNode &list) {
+  const size_t count = ElementsOf(list).count;
+  return count > 0 ? static_cast<Entry *>(trans_alloc(transaction, count * sizeof(Entry))) : nullptr;
+}
+
+enum class Field { kText, kDate, kNumber, kFlag, kEnumeration };
+
+using FromText = int32_t (*)(const char *text);
+
+// One member that a part's object may hold.
+struct MemberRule {
+  const char *key;
+  Field field;
+  size_t offset;       // of the field in the part's block
+  const char *label;   // in the trace
+  FromText from_text;  // of enumerations
+};
+
+// How a part's members are matched and traced.
+enum class Style {
+  kPart,   // any beginning of a key matches; "label = value"
+  kBill,   // whole keys; "label [value]"
+  kGood,   // whole keys, whatever the value's kind; "label [value]"
+  kBonus,  // any beginning of a key matches; "label [value]", enumerations as numbers
+};
+
+template <size_t kCount>
+struct Rules {
+  Style style;
+  MemberRule members[kCount];
+};
+
+bool KeyEquals(const JsonMember &member, const char *name) {
+  return member.key != nullptr && std::strcmp(member.key, name) == 0;
+}
+
+bool KeyMatches(Style style, const JsonMember &member, const char *name) {
+  // Deliberate: bills alone are read by whole names.
+  return style == Style::kBill || style == Style::kGood ? KeyEquals(member, name)
+                                                        : KeyIsPrefixOf(member, name);
+}
+
+bool KindMatches(Style style, const JsonNode &value, Field field) {
+  switch (field) {
+    case Field::kNumber:
+      return style == Style::kGood || JsonIsNumber(value);
+    case Field::kFlag:
+      return value.type == JSON_TRUE || value.type == JSON_FALSE;
+    default:
+      return style == Style::kGood || value.type == JSON_STRING;
+  }
+}
+
+void TraceText(Style style, const char *label, const char *text) {
+  if (style == Style::kPart) {
+    Trace("%s = %s\n", label, text);
+  } else {
+    Trace("%s [%s]\n", label, text);
+  }
+}
+
+void TraceNumber(Style style, const char *label, int32_t number) {
+  if (style == Style::kPart) {
+    Trace("%s = %d\n", label, number);
+  } else {
+    Trace("%s [%d]\n", label, number);
+  }
+}
+
+void StoreDate(char *field, const char *text) {
+  std::memset(field, 0, kDateBytes);
+  std::strncpy(field, text, kDateBytes - 1);
+}
+
+void StoreMember(Transaction *transaction, void *block, Style style, const MemberRule &rule,
+                 const JsonNode &value) {
+  void *field = static_cast<char *>(block) + rule.offset;
+  auto *number = static_cast<int32_t *>(field);
+  switch (rule.field) {
+    case Field::kText:
+      TraceText(style, rule.label,
+                trans_strcpy(transaction, static_cast<const char **>(field), JsonText(value)));
+      break;
+    case Field::kDate:
+      StoreDate(static_cast<char *>(field), JsonText(value));
+      TraceText(style, rule.label, static_cast<char *>(field));
+      break;
+    case Field::kNumber:
+      *number = JsonInt32(value);
+      TraceNumber(style, rule.label, *number);
+      break;
+    case Field::kFlag:
+      *number = value.type == JSON_TRUE ? 1 : 0;
+      TraceNumber(style, rule.label, *number);
+      break;
+    case Field::kEnumeration:
+      *number = rule.from_text(JsonText(value));
+      if (style == Style::kBonus) {
+        TraceNumber(style, rule.label, *number);
+      } else {
+        TraceText(style, rule.label, JsonText(value));
+      }
+      break;
+  }
+}
+
+// Stores one member in the block by the first rule that fits; false when none does.
+template <size_t kCount>
+bool LoadMember(Transaction *transaction, void *block, const Rules<kCount> &rules, const JsonMember &member) {
+  for (const MemberRule &rule : rules.members) {
+    if (KindMatches(rules.style, member.value, rule.field) && KeyMatches(rules.style, member, rule.key)) {
+      StoreMember(transaction, block, rules.style, rule, member.value);
+      return true;
+    }
+  }
+  return false;
+}
+
+void WarnUnknown(const char *subject, const JsonMember &member) {
+  TraceWarning("Unsupported %s element [%d] [%.*s]\n", subject, member.value.type, TracedKeyLength(member),
+               member.key);
+}
+
+// Loads the members of an object that have a rule, with a warning for each other; returns how many had one.
+template <size_t kCount>
+uint32_t LoadObject(Transaction *transaction, void *block, const Rules<kCount> &rules, const char *subject,
+                    const JsonNode *node) {
+  uint32_t loaded = 0;
+  for (const JsonMember &member : MembersOf(node)) {
+    if (LoadMember(transaction, block, rules, member)) {
+      ++loaded;
+    } else {
+      WarnUnknown(subject, member);
+    }
+  }
+  return loaded;
+}
+
+// Order matters where one key begins like another: the first rule of the value's kind wins.
+
+constexpr Rules<9> kRequestRules = {
+    Style::kPart,
+    {
+        {"ver", Field::kText, offsetof(RequestBlock, ver), "request.ver", nullptr},
+        {"type", Field::kEnumeration, offsetof(RequestBlock, type), "request.type", RequestTypeFromString},
+        {"requestId", Field::kText, offsetof(RequestBlock, requestId), "request.requestId", nullptr},
+        {"terminalId", Field::kText, offsetof(RequestBlock, terminalId), "request.terminalId", nullptr},
+        {"requestDate", Field::kDate, offsetof(RequestBlock, requestDate), "request.requestDate", nullptr},
+        {"employeeId", Field::kText, offsetof(RequestBlock, employeeId), "request.employeeId", nullptr},
+        {"cardNum", Field::kText, offsetof(RequestBlock, cardNum), "request.cardNum", nullptr},
+        {"shiftId", Field::kText, offsetof(RequestBlock, shiftId), "request.shiftId", nullptr},
+        {"isOffline", Field::kFlag, offsetof(RequestBlock, isOffline), "request.offline", nullptr},
+    }};
+
+constexpr Rules<8> kResponseRules = {
+    Style::kPart,
+    {
+        {"ver", Field::kText, offsetof(ResponseBlock, ver), "response.ver", nullptr},
+        {"requestId", Field::kText, offsetof(ResponseBlock, requestId), "response.requestId", nullptr},
+        {"responseId", Field::kText, offsetof(ResponseBlock, responseId), "response.responseId", nullptr},
+        {"responseDate", Field::kDate, offsetof(ResponseBlock, responseDate), "response.responseDate",
+         nullptr},
+        {"requestState", Field::kEnumeration, offsetof(ResponseBlock, requestState), "response.state",
+         RequestStateFromString},
+        {"requestStateCode", Field::kEnumeration, offsetof(ResponseBlock, requestStateCode),
+         "response.stateCode", RequestStateCodeFromString},
+        {"message", Field::kText, offsetof(ResponseBlock, message), "response.message", nullptr},
+        {"isNeedUpdate", Field::kFlag, offsetof(ResponseBlock, isNeedUpdate), "response.needUpdate", nullptr},
+    }};
+
+constexpr Rules<5> kBillRules = {
+    Style::kBill,
+    {
+        {"totalSum", Field::kNumber, offsetof(BillBlock, totalSum), " totalSum", nullptr},
+        {"orderLen", Field::kNumber, offsetof(BillBlock, orderLen), " orderLen", nullptr},
+        {"partnerFee", Field::kNumber, offsetof(BillBlock, partnerFee), " partnerFee", nullptr},
+        {"billNum", Field::kText, offsetof(BillBlock, billNum), " billNum", nullptr},
+        {"billDate", Field::kDate, offsetof(BillBlock, billDate), " billDate", nullptr},
+    }};
+
+constexpr Rules<5> kGoodRules = {
+    Style::kGood,
+    {
+        {"title", Field::kText, offsetof(Good, title), " title", nullptr},
+        {"productCode", Field::kText, offsetof(Good, productCode), " productCode", nullptr},
+        {"positionCost", Field::kNumber, offsetof(Good, positionCost), " positionCost", nullptr},
+        {"orderNum", Field::kNumber, offsetof(Good, orderNum), " orderNum", nullptr},
+        {"cnt", Field::kNumber, offsetof(Good, cnt), " cnt", nullptr},
+    }};
+
+constexpr Rules<4> kBonusRules = {
+    Style::kBonus,
+    {
+        {"earned", Field::kNumber, offsetof(Bonus, earned), "  earned", nullptr},
+        {"spend", Field::kNumber, offsetof(Bonus, spend), "  spend", nullptr},
+        {"organizerFee", Field::kNumber, offsetof(Bonus, organizerFee), "  organizerFee", nullptr},
+        {"accountType", Field::kEnumeration, offsetof(Bonus, accountType), "  accountType",
+         AccountTypeFromString},
+    }};
+
+constexpr Rules<2> kPaymentConfirmRules = {
+    Style::kPart,
+    {
+        {"isConfirm", Field::kFlag, offsetof(PaymentConfirmBlock, isConfirm), "confirm.isConfirm", nullptr},
+        {"requestId", Field::kText, offsetof(PaymentConfirmBlock, requestId), "confirm.requestId", nullptr},
+    }};
+
+constexpr Rules<3> kAccountRules = {
+    Style::kPart,
+    {
+        {"accountType", Field::kEnumeration, offsetof(BalanceAccount, accountType), "balance.account",
+         AccountTypeFromString},
+        {"availableAmount", Field::kNumber, offsetof(BalanceAccount, availableAmount),
+         "balance.availableAmount", nullptr},
+        {"amount", Field::kNumber, offsetof(BalanceAccount, amount), "balance.amount", nullptr},
+    }};
+
+constexpr Rules<2> kCashBackRules = {
+    Style::kPart,
+    {
+        {"cashBackType", Field::kEnumeration, offsetof(CashBackBlock, cashBackType), "cashback.cashBackType",
+         CashBackTypeFromString},
+        {"requestId", Field::kText, offsetof(CashBackBlock, requestId), "cashback.requestId", nullptr},
+    }};
+
+// Deliberate: sum and cnt bear another part's label.
+constexpr Rules<3> kCashBackGoodRules = {
+    Style::kPart,
+    {
+        {"pos", Field::kNumber, offsetof(CashBackGood, pos), "cbgood.pos", nullptr},
+        {"sum", Field::kNumber, offsetof(CashBackGood, sum), "activation.sum", nullptr},
+        {"cnt", Field::kNumber, offsetof(CashBackGood, cnt), "activation.cnt", nullptr},
+    }};
+
+constexpr Rules<1> kCashBackResultRules = {
+    Style::kPart,
+    {{"returnedSum", Field::kNumber, offsetof(Transaction, returnedSum), "cashbackResult.returnedSum",
+      nullptr}}};
+
+constexpr Rules<4> kActivationRules = {
+    Style::kPart,
+    {
+        {"activationType", Field::kEnumeration, offsetof(ActivationBlock, activationType),
+         "activation.activationType", ActivationTypeFromString},
+        {"type", Field::kEnumeration, offsetof(ActivationBlock, type), "activation.accountType",
+         AccountTypeFromString},
+        {"referParentCardNum", Field::kText, offsetof(ActivationBlock, referParentCardNum),
+         "activation.referParentCardNum", nullptr},
+        {"amount", Field::kNumber, offsetof(ActivationBlock, amount), "activation.amount", nullptr},
+    }};
+
+constexpr Rules<6> kActivationResultRules = {
+    Style::kPart,
+    {
+        {"activationSumType", Field::kEnumeration, offsetof(ActivationResultBlock, activationSumType),
+         "activationResult.activationSumType", AccountTypeFromString},
+        {"referralSumType", Field::kEnumeration, offsetof(ActivationResultBlock, referralSumType),
+         "activationResult.referralSumType", AccountTypeFromString},
+        {"giftSumType", Field::kEnumeration, offsetof(ActivationResultBlock, giftSumType),
+         "activationResult.giftSumType", AccountTypeFromString},
+        {"activationSum", Field::kNumber, offsetof(ActivationResultBlock, activationSum),
+         "activationResult.activationSum", nullptr},
+        {"referralSum", Field::kNumber, offsetof(ActivationResultBlock, referralSum),
+         "activationResult.referralSum", nullptr},
+        {"giftSum", Field::kNumber, offsetof(ActivationResultBlock, giftSum), "activationResult.giftSum",
+         nullptr},
+    }};
+
+constexpr Rules<1> kDepositRules = {
+    Style::kPart,
+    {{"amount", Field::kNumber, offsetof(Transaction, depositAmount), "deposit.amount", nullptr}}};
+
+constexpr Rules<1> kCardExchangeRules = {
+    Style::kPart, {{"token", Field::kText, offsetof(Transaction, exchangeToken), "exchange.token", nullptr}}};
+
+constexpr Rules<1> kLastRrnRules = {
+    Style::kPart,
+    {{"rrNumber", Field::kText, offsetof(Transaction, rrNumber), "last_rrn.last_rrn", nullptr}}};
+
+constexpr Rules<1> kAdvertisingRules = {
+    Style::kPart, {{"text", Field::kText, offsetof(Transaction, adText), "ad.ad", nullptr}}};
+
+void LoadBonus(Transaction *transaction, Bonus *bonus, const JsonNode &node) {
+  for (const JsonMember &member : MembersOf(&node)) {
+    if (!LoadMember(transaction, bonus, kBonusRules, member)) {
+      TraceWarning("Unsupported BONUS element [%.*s]\n", TracedKeyLength(member), member.key);
+    }
+  }
+}
+
+void LoadBonuses(Transaction *transaction, Good *good, const JsonNode &list) {
+  good->bonusCount = 0;
+  good->bonuses = AllocateFor<Bonus>(transaction, list);
+  for (const JsonNode &element : ElementsOf(list)) {
+    if (IsObject(element)) {
+      LoadBonus(transaction, &good->bonuses[good->bonusCount++], element);
+    }
+  }
+}
+
+void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int load_bonuses) {
+  for (const JsonMember &member : MembersOf(&node)) {
+    if (KeyEquals(member, "bonus")) {
+      if (load_bonuses != 0) {
+        LoadBonuses(transaction, good, member.value);
+      }
+    } else if (!LoadMember(transaction, good, kGoodRules, member)) {
+      TraceWarning("Unsupported GOOD element [%.*s]\n", TracedKeyLength(member), member.key);
+    }
+  }
+}
+
+// 0 or -402.
+int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) {
+  if (list.type != JSON_ARRAY_BEGIN) {
+    TraceError("Goods is not an array\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  BillBlock &bill = transaction->bill;
+  bill.goodCount = 0;
+  bill.goods = AllocateFor<Good>(transaction, list);
+  for (const JsonNode &element : ElementsOf(list)) {
+    if (!IsObject(element)) {
+      TraceError("Good is not an object\n");
+      return ERR_RESPONSE_STRUCTURE;
+    }
+    LoadGood(transaction, &bill.goods[bill.goodCount++], element, load_bonuses);
+  }
+  return 0;
+}
+
+// 0 or -402.
+int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuses) {
+  if (!IsObject(node)) {
+    TraceError("Goods list is not an object\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  for (const JsonMember &member : MembersOf(&node)) {
+    if (!KeyEquals(member, "good")) {
+      TraceError("not a good element [%.*s]\n", TracedKeyLength(member), member.key);
+      continue;
+    }
+    const int result = LoadGoods(transaction, member.value, load_bonuses);
+    if (result != 0) {
+      return result;
+    }
+  }
+  return 0;
+}
+
+void LoadAccounts(Transaction *transaction, const JsonNode &list) {
+  BalanceBlock &balance = transaction->balance;
+  balance.count = 0;
+  balance.accounts = AllocateFor<BalanceAccount>(transaction, list);
+  for (const JsonNode &element : ElementsOf(list)) {
+    if (IsObject(element)) {
+      LoadObject(transaction, &balance.accounts[balance.count++], kAccountRules, "balance account", &element);
+    }
+  }
+}
+
+void LoadCashBackGoods(Transaction *transaction, const JsonNode &list) {
+  CashBackBlock &cash_back = transaction->cashBack;
+  cash_back.goodCount = 0;
+  cash_back.goods = AllocateFor<CashBackGood>(transaction, list);
+  for (const JsonNode &element : ElementsOf(list)) {
+    if (IsObject(element)) {
+      LoadObject(transaction, &cash_back.goods[cash_back.goodCount++], kCashBackGoodRules, "CashBack Good",
+                 &element);
+    }
+  }
+}
+
+bool IsList(const JsonMember &member, const char *name) {
+  return member.value.type == JSON_ARRAY_BEGIN && KeyIsPrefixOf(member, name);
+}
+
+struct PartLoader {
+  const char *key;
+  PartBit bit;
+  int (*load)(Transaction *transaction, const JsonNode *node);
+};
+
+// In the order of comparison: a key that begins several of the names selects the first.
+constexpr PartLoader kPartLoaders[] = {
+    {"request", PART_REQUEST, LoadRequest},
+    {"response", PART_RESPONSE, LoadResponse},
+    {"bill", PART_BILL,
+     [](Transaction *transaction, const JsonNode *node) { return LoadBill(transaction, node, 1); }},
+    {"paymentConfirm", PART_PAYMENT_CONFIRM, LoadPaymentConfirm},
+    {"balance", PART_BALANCE, LoadBalance},
+    {"activation", PART_ACTIVATION, LoadActivation},
+    {"activationResult", PART_ACTIVATION_RESULT, LoadActivationResult},
+    {"cashBackResult", PART_CASH_BACK_RESULT, LoadCashBackResult},
+    {"deposit", PART_DEPOSIT, LoadDeposit},
+    {"cardExchange", PART_CARD_EXCHANGE, LoadCardExchange},
+    {"ad", PART_AD, LoadAdvertising},
+    {"rrn", PART_RRN, LoadLastRrn},
+};
+
+const PartLoader *FindPartLoader(const JsonMember &member) {
+  for (const PartLoader &part : kPartLoaders) {
+    if (KeyIsPrefixOf(member, part.key)) {
+      return &part;
+    }
+  }
+  return nullptr;
+}
+
+struct ResponseForm {
+  const char *name;
+  uint32_t parts;
+};
+
+constexpr ResponseForm kResponses[] = {
+    {"cardActivationResponse", PART_RESPONSE | PART_ACTIVATION_RESULT},
+    {"getBalanceResponse", PART_RESPONSE | PART_BALANCE},
+    {"putPaymentResponse", PART_RESPONSE | PART_BILL},
+    {"putPaymentConfirmResponse", PART_RESPONSE},
+    {"putDepositResponse", PART_RESPONSE},
+    {"cardExchangeResponse", PART_RESPONSE},
+    {"putCashBackResponse", PART_RESPONSE | PART_CASH_BACK_RESULT},
+    {"putPaymentAndConfirmResponse", PART_RESPONSE | PART_BILL},
+    {"linkedCardResponse", PART_RESPONSE},
+    {"getAdResponse", PART_RESPONSE | PART_AD},
+    {"getLastRrnResponse", PART_RESPONSE | PART_RRN},
+};
+
+// The record as one line of JSON: 0 or -305.
+int PrintRecord(const Transaction *transaction, String *output) {
+  JsonPrinter printer;
+  const int result = JsonPrinterInit(&printer, AppendToString, output);
+  if (result != 0) {
+    TraceError("Create operation request JSON printer init failed [%d]", result);
+    return ERR_JSON_PRINTER_INIT;
+  }
+  JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
+  WriteKey(&printer, "request");
+  WriteRequestPart(&printer, transaction);
+  if (!WriteOperationRecordParts(&printer, transaction)) {
+    Fatal("Unhandled request type!", LUMO_HERE);
+  }
+  JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
+  JsonPrinterFree(&printer);
+  return 0;
+}
+
+}  // namespace
+
+int WriteTransactionRecord(const Transaction *transaction) {
+  String *record = StringCreate();
+  int result = PrintRecord(transaction, record);
+  if (result == 0) {
+    result = AppendLogRecord(StringGetText(record));
+    if (isOffline(transaction) != 0) {
+      // Deliberate: the offline journal's result takes the place of the log's.
+      result = AppendOfflineRecord(StringGetText(record));
+    }
+  }
+  StringFree(record);
+  return result;
+}
+
+int LoadLogRecord(Transaction *transaction, const char *record) {
+  JsonReader *reader = JsonReaderCreate();
+  Trace("LoadLogRecord\n");
+  const int result = parseJsonText(reader, TextOrEmpty(record));
+  if (result == 0) {
+    LoadParts(transaction, JsonReaderRoot(reader));
+  }
+  JsonReaderDestroy(reader);
+  return result;
+}
+
+int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t /*length*/) {
+  Trace("ParseOperationResponse\n");
+  const int status = ParseHttpStatus(answer);
+  if (status != 0) {
+    TraceError("HTTP status %d\n", status);
+    if (status == 400) {
+      return ERR_SERVER_REJECTED;
+    }
+    if (status == 500) {
+      return ERR_SERVER_FAILURE;
+    }
+  }
+  JsonReader *reader = JsonReaderCreate();
+  int result = parseJsonText(reader, TextOrEmpty(answer));
+  if (result == 0) {
+    result = CheckDataIntegrity(transaction, JsonReaderRoot(reader));
+  }
+  JsonReaderDestroy(reader);
+  return result;
+}
+
+int CheckDataIntegrity(Transaction *transaction, const JsonNode *root) {
+  if (root == nullptr) {
+    TraceError("no root element in json response\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  if (!IsObject(*root)) {
+    TraceError("root element is not an object\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  if (root->count == 0) {
+    TraceError("root element is empty!\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  const JsonMember &response = root->members[0];
+  uint32_t expected = ResponsePartsMask(response.key);
+  if (expected == 0) {
+    TraceError("No parts in transaction [%s]\n", response.key);
+    return ERR_RESPONSE_TYPE;
+  }
+  const uint32_t found = LoadParts(transaction, &response.value);
+  const bool success = transaction->response.requestState == STATE_SUCCESS;
+  if (!success) {
+    expected &= PART_RESPONSE;
+  }
+  if ((found & expected) != expected) {
+    TraceError("Response is not full [0x%04X | 0x%04X] [%s]\n", expected, found, response.key);
+    return ERR_RESPONSE_CONTENT;
+  }
+  if ((found & ~expected) != 0) {
+    TraceWarning("Response has extra parts [0x%04X | 0x%04X] [%s]\n", expected, found, response.key);
+  }
+  return success ? 0 : ERR_SERVER_ERROR;
+}
+
+int ParseHttpStatus(const char *answer) {
+  constexpr char kTitle[] = "HTTP Status";
+  const char *title = std::strstr(TextOrEmpty(answer), kTitle);
+  return title != nullptr ? ParseInt32(title + sizeof kTitle - 1) : 0;
+}
+
+uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
+  uint32_t found = 0;
+  for (const JsonMember &member : MembersOf(node)) {
+    if (member.key == nullptr || member.key_length > kLongestName) {
+      return 0;
+    }
+    const PartLoader *part = FindPartLoader(member);
+    if (part != nullptr) {
+      part->load(transaction, &member.value);
+      found |= part->bit;
+    } else {
+      TraceError("Unsupported part of activation [%.*s]\n", TracedKeyLength(member), member.key);
+    }
+  }
+  return found;
+}
+
+uint32_t ResponsePartsMask(const char *response_name) {
+  if (response_name == nullptr || std::strlen(response_name) > kLongestName) {
+    return 0;
+  }
+  for (const ResponseForm &response : kResponses) {
+    if (std::strcmp(response.name, response_name) == 0) {
+      return response.parts;
+    }
+  }
+  TraceWarning("Unsupport Response Name: %s\n", response_name);
+  return 0;
+}
+
+int LoadRequest(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->request, kRequestRules, "request", node);
+  return 0;
+}
+
+int LoadResponse(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->response, kResponseRules, "response", node);
+  return 0;
+}
+
+int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
+  if (node == nullptr) {
+    TraceError("root element is NULL\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  if (!IsObject(*node)) {
+    TraceError("root element is not an object\n");
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  for (const JsonMember &member : MembersOf(node)) {
+    if (KeyEquals(member, "goodList")) {
+      const int result = LoadGoodList(transaction, member.value, load_bonuses);
+      if (result != 0) {
+        return result;
+      }
+    } else if (!LoadMember(transaction, &transaction->bill, kBillRules, member)) {
+      TraceWarning("unsupported bill element [%.*s]\n", TracedKeyLength(member), member.key);
+    }
+  }
+  return 0;
+}
+
+int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->paymentConfirm, kPaymentConfirmRules, "Payment Confirm", node);
+  return 0;
+}
+
+int LoadBalance(Transaction *transaction, const JsonNode *node) {
+  transaction->balance = BalanceBlock{};
+  for (const JsonMember &member : MembersOf(node)) {
+    if (IsList(member, "account")) {
+      LoadAccounts(transaction, member.value);
+    } else {
+      WarnUnknown("balance account", member);
+    }
+  }
+  return 0;
+}
+
+int LoadCashBack(Transaction *transaction, const JsonNode *node) {
+  CashBackBlock &cash_back = transaction->cashBack;
+  cash_back.goodCount = 0;
+  cash_back.goods = nullptr;
+  if (node == nullptr || !IsObject(*node)) {
+    return ERR_RESPONSE_STRUCTURE;
+  }
+  for (const JsonMember &member : MembersOf(node)) {
+    if (IsList(member, "cashBackGood")) {
+      LoadCashBackGoods(transaction, member.value);
+    } else if (!LoadMember(transaction, &cash_back, kCashBackRules, member)) {
+      WarnUnknown("Activation", member);  // deliberate: another part's name
+    }
+  }
+  return 0;
+}
+
+int LoadCashBackResult(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, transaction, kCashBackResultRules, "Cashback Result", node);
+  return 0;
+}
+
+int LoadActivation(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->activation, kActivationRules, "Activation", node);
+  return 0;
+}
+
+int LoadActivationResult(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->activationResult, kActivationResultRules, "Activation Result", node);
+  return 0;
+}
+
+int LoadDeposit(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, transaction, kDepositRules, "Deposit", node);
+  return 0;
+}
+
+int LoadCardExchange(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, transaction, kCardExchangeRules, "Card Exchange", node);
+  return 0;
+}
+
+int LoadLastRrn(Transaction *transaction, const JsonNode *node) {
+  if (LoadObject(transaction, transaction, kLastRrnRules, "Last Rrn", node) == 0) {
+    Trace("last_rrn.last_rrn = (null)\n");
+  }
+  return 0;
+}
+
+int LoadAdvertising(Transaction *transaction, const JsonNode *node) {
+  if (LoadObject(transaction, transaction, kAdvertisingRules, "Last Rrn", node) ==
+      0) {  // deliberate: its name
+    Trace("ad.ad = (null)\n");
+  }
+  return 0;
+}
+
+}  // namespace lumo

@@ -21,8 +21,14 @@ struct Transaction;
 
 int CreateOperationRequest(const Transaction *transaction, String *output);  // 0 or -305
 
+// The empty text for a type outside the table.
 const char *RequestRootName(int32_t type);
 const char *WebMethodName(int32_t type);
+
+// Write, each with its key, the parts that follow "request" in the operation's request and in its journal
+// record. False, and nothing written, for a type outside the table.
+bool WriteOperationRequestParts(JsonPrinter *printer, const Transaction *transaction);
+bool WriteOperationRecordParts(JsonPrinter *printer, const Transaction *transaction);
 
 int WriteRequestPart(JsonPrinter *printer, const Transaction *transaction);
 int WriteActivationPart(JsonPrinter *printer, const ActivationBlock *activation);

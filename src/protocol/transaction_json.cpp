@@ -120,32 +120,26 @@ void StoreDate(char *field, const char *text) {
 void StoreMember(Transaction *transaction, void *block, Style style, const MemberRule &rule,
                  const JsonNode &value) {
   void *field = static_cast<char *>(block) + rule.offset;
+  const char *text = JsonText(value);
+  if (rule.field == Field::kText) {
+    TraceText(style, rule.label, trans_strcpy(transaction, static_cast<const char **>(field), text));
+    return;
+  }
+  if (rule.field == Field::kDate) {
+    StoreDate(static_cast<char *>(field), text);
+    TraceText(style, rule.label, static_cast<char *>(field));
+    return;
+  }
   auto *number = static_cast<int32_t *>(field);
-  switch (rule.field) {
-    case Field::kText:
-      TraceText(style, rule.label,
-                trans_strcpy(transaction, static_cast<const char **>(field), JsonText(value)));
-      break;
-    case Field::kDate:
-      StoreDate(static_cast<char *>(field), JsonText(value));
-      TraceText(style, rule.label, static_cast<char *>(field));
-      break;
-    case Field::kNumber:
-      *number = JsonInt32(value);
-      TraceNumber(style, rule.label, *number);
-      break;
-    case Field::kFlag:
-      *number = value.type == JSON_TRUE ? 1 : 0;
-      TraceNumber(style, rule.label, *number);
-      break;
-    case Field::kEnumeration:
-      *number = rule.from_text(JsonText(value));
-      if (style == Style::kBonus) {
-        TraceNumber(style, rule.label, *number);
-      } else {
-        TraceText(style, rule.label, JsonText(value));
-      }
-      break;
+  if (rule.field == Field::kEnumeration) {
+    *number = rule.from_text(text);
+  } else {
+    *number = rule.field == Field::kFlag ? value.type == JSON_TRUE : JsonInt32(value);
+  }
+  if (rule.field == Field::kEnumeration && style != Style::kBonus) {
+    TraceText(style, rule.label, text);
+  } else {
+    TraceNumber(style, rule.label, *number);
   }
 }
 

@@ -11,9 +11,10 @@
 #define SHOP_LUMO_CALLS(CALL)                                                                             \
   CALL(LUMOInit)                                                                                          \
   CALL(LUMOInitExt)                                                                                       \
-  CALL(LUMOClean) CALL(GetErrorMessage) CALL(DllAttach) CALL(getTerminalId) CALL(getPingAddress)          \
-      CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift)     \
-          CALL(LoadState) CALL(InitState) CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) \
+  CALL(LUMOClean)                                                                                         \
+  CALL(GetErrorMessage) CALL(DllAttach) CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort)        \
+      CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift) CALL(LoadState)       \
+          CALL(InitState) CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate)                 \
               CALL(setNeedUpdate) CALL(CreateTransaction) CALL(CloseTransaction) CALL(ActivationProc)     \
                   CALL(GetActivationAmount) CALL(BalanceProc) CALL(GetBalance) CALL(PaymentProc)          \
                       CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc) CALL(PaymentCancelProc)        \

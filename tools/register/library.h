@@ -11,11 +11,12 @@ namespace reg {
   CALL(LUMOInit)                                                                                             \
   CALL(LUMOInitExt)                                                                                          \
   CALL(LUMOClean)                                                                                            \
-  CALL(GetErrorMessage) CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress)   \
-      CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(getOfflineState)            \
-          CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction)              \
-              CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc)        \
-                  CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)    \
+  CALL(GetErrorMessage)                                                                                      \
+  CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort)    \
+      CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(getOfflineState) CALL(setOfflineState)           \
+          CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction) CALL(CloseTransaction)             \
+              CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc) CALL(GetBalance)              \
+                  CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)                     \
                       CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult) CALL(DepositProc)   \
                           CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill)                       \
                               CALL(getResponseState) CALL(getResponseStateCode) CALL(getRRN)                 \

@@ -1,5 +1,7 @@
 // A cash register on the command line: drives the library file through lumo.h, as a shop's register does.
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <string>
 
@@ -34,9 +36,7 @@ int Interactive(reg::Till &till) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
+int Run(int argc, char **argv) {
   reg::Till till;
   till.libraryFile = std::filesystem::path(argv[0]).parent_path() / kLibraryName;
 
@@ -54,4 +54,15 @@ int main(int argc, char **argv) {
   const int status = reg::Parse(app, till, [&] { app.parse(argc, argv); });
   if (status == 0 && interactive) return Interactive(till);
   return status;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "register: %s\n", error.what());
+    return 2;
+  }
 }

@@ -21,17 +21,6 @@ namespace {
 
 constexpr const char *kSeparator = "************************\n";
 
-int StartOperation(Transaction *transaction, RequestType type) {
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
-  const int result = FillRequest(transaction, type);
-  if (result != 0) {
-    TraceError("FillRequest res[%d]\n", result);
-  }
-  return result;
-}
-
 // The shop goes on selling when neither server can be reached and the settings allow it.
 bool FallsBackOffline(int result) {
   return result == ERR_CONNECT && Settings().offlineMode == 1;

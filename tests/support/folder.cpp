@@ -72,6 +72,11 @@ void Folder::Remove(const std::string &name) const {
   fs::remove_all(Inside(path_, name));
 }
 
+std::string Folder::Trace() const {
+  std::ifstream file(Inside(path_, "TRACE.TXT"));
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
 void Folder::ClearTrace() const {
   Remove("TRACE.TXT");
 }

@@ -17,7 +17,7 @@ class Folder {
   void Write(const std::string &name, const std::string &bytes) const;
   bool Exists(const std::string &name) const;
   void Remove(const std::string &name) const;
-  std::string Trace() const { return Exists("TRACE.TXT") ? Read("TRACE.TXT") : ""; }
+  std::string Trace() const;  // of TRACE.TXT, lines ended by "\n"; "" without one
   void ClearTrace() const;
 
  private:

@@ -147,12 +147,12 @@ RecordEntry *ListRecords(const char *file_name) {
   return first;
 }
 
-const char *LoadRecord(RecordEntry *entry, const char *file_name) {
+void LoadRecord(RecordEntry *entry, const char *file_name) {
   if (entry->text == nullptr) {
     HANDLE file = FileOpen(file_name, "rb");
     if (!FileIsValid(file)) {
       TraceError("Can't open log file [%s]\n", file_name);
-      return nullptr;
+      return;
     }
     entry->text = static_cast<char *>(MemCalloc(1, static_cast<size_t>(entry->length) + 1, LUMO_HERE));
     FileSeek(file, static_cast<int32_t>(entry->offset), FILE_BEGIN);
@@ -161,7 +161,6 @@ const char *LoadRecord(RecordEntry *entry, const char *file_name) {
     FileClose(file);
   }
   Trace("Record data: %s\n", entry->text);
-  return entry->text;
 }
 
 RecordEntry *FirstRecord(const char *file_name) {

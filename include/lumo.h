@@ -337,7 +337,7 @@ LUMO_API const char *getResponseMessage(void);
 
 /* The RRN of the last operation, 16 characters: the number to quote when a payment is confirmed, cancelled
  * or returned. It is the terminal's last one, with or without a transaction, and survives a restart; null
- * when there was none. Valid until the next getRRN or the next operation. */
+ * when there was none. Valid until the next getRRN. */
 LUMO_API const char *getRRN(void);
 
 /* The amount that the server granted for the last activation, by its type, in hundredths. Without a
@@ -377,7 +377,8 @@ LUMO_API int getReceiptBody(char *buffer);
 /* Sends the records that wait in OFFLINE, each as it was recorded, with its own RRN. It needs no
  * transaction. Returns how many the server took, 0 or more; never a code. Afterwards OFFLINE holds the
  * records that failed. Deliberate: when none failed OFFLINE stays as it is, and the next call sends its
- * records again, with the same RRNs. getRRN may return another number afterwards: take a sale's RRN before. */
+ * records again, with the same RRNs. getRRN may return another number afterwards: ask for a sale's RRN before
+ * the call. */
 LUMO_API int SendOfflinePayments(void);
 
 /* ---- Reports ---------------------------------------------------------------------------------------- */

@@ -1,0 +1,172 @@
+// tests/engine/receipt_test.cpp: the slip's buffers and the getters of its pieces.
+#include "engine/receipt.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "engine/shop.h"
+#include "engine/transaction.h"
+#include "foundation/lumostring.h"
+
+namespace {
+
+using lumo::ReceiptBuffer;
+using testing::AllOf;
+using testing::HasSubstr;
+
+class Receipt : public test::Shop {
+ protected:
+  Receipt() : receipt(lumo::ReceiptCreate()) {}
+  ~Receipt() override { lumo::ReceiptFree(receipt); }
+
+  ReceiptBuffer *receipt;
+};
+
+TEST_F(Receipt, StartsEmptyInABufferOf256Bytes) {
+  EXPECT_STREQ(lumo::ReceiptGetText(receipt), "");
+  EXPECT_EQ(lumo::ReceiptGetLength(receipt), 0U);
+  EXPECT_EQ(receipt->text->capacity, 256U);
+}
+
+TEST_F(Receipt, FreeingReturns0AlsoWithoutAText) {
+  EXPECT_EQ(lumo::ReceiptFree(lumo::ReceiptCreate()), 0);
+  ReceiptBuffer *bare = lumo::ReceiptCreate();
+  lumo::StringFree(bare->text);
+  bare->text = nullptr;
+  EXPECT_EQ(lumo::ReceiptFree(bare), 0);
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST_F(Receipt, PrintsAppendAndAddNoLineEnd) {
+  EXPECT_EQ(lumo::ReceiptPrintf(receipt, "RRN: %16s\n", "123"), 0);
+  EXPECT_EQ(lumo::ReceiptPrintf(receipt, "%d %s", 5, "КАРТА"), 0);
+  EXPECT_STREQ(lumo::ReceiptGetText(receipt), "RRN:              123\n5 КАРТА");
+}
+
+TEST_F(Receipt, LengthIsInBytes) {
+  lumo::ReceiptPrintf(receipt, "КАРТА\n");
+  EXPECT_EQ(lumo::ReceiptGetLength(receipt), 11U);
+}
+
+TEST_F(Receipt, PrintingMakesAMissingText) {
+  lumo::StringFree(receipt->text);
+  receipt->text = nullptr;
+  EXPECT_STREQ(lumo::ReceiptGetText(receipt), "");
+  EXPECT_EQ(lumo::ReceiptGetLength(receipt), 0U);
+  EXPECT_EQ(lumo::ReceiptPrintf(receipt, "x"), 0);
+  EXPECT_STREQ(lumo::ReceiptGetText(receipt), "x");
+}
+
+TEST_F(Receipt, ManyLinesGrowTheText) {
+  std::string expected;
+  for (int i = 0; i < 500; ++i) {
+    lumo::ReceiptPrintf(receipt, "%24d\n", i);
+    const std::string number = std::to_string(i);
+    expected += std::string(24 - number.size(), ' ') + number + "\n";
+  }
+  EXPECT_EQ(lumo::ReceiptGetText(receipt), expected);
+}
+
+TEST_F(Receipt, ALineOf1023BytesIsTaken) {
+  const std::string line(1023, 'x');
+  EXPECT_EQ(lumo::ReceiptPrintf(receipt, "%s", line.c_str()), 0);
+  EXPECT_EQ(lumo::ReceiptGetText(receipt), line);
+}
+
+// The trace of the process that ends, shown where the test's own process can see it.
+void PrintLongLine(ReceiptBuffer *receipt, size_t length) {
+  static std::string trace_path;
+  static test::Folder folder;
+  trace_path = folder.path() + "TRACE.TXT";
+  std::atexit([] {
+    if (FILE *trace = std::fopen(trace_path.c_str(), "rb")) {
+      char text[1000];
+      std::fwrite(text, 1, std::fread(text, 1, sizeof text, trace), stderr);
+      std::fclose(trace);
+    }
+  });
+  lumo::ReceiptPrintf(receipt, "%s", std::string(length, 'x').c_str());
+}
+
+bool EndedWithMinus1(int status) {
+  return testing::ExitedWithCode(255)(status) || testing::ExitedWithCode(-1)(status);
+}
+
+using ReceiptDeathTest = Receipt;
+
+TEST_F(ReceiptDeathTest, ALineOf1024BytesEndsTheProcess) {
+  EXPECT_EXIT(PrintLongLine(receipt, 1024), EndedWithMinus1,
+              AllOf(HasSubstr("ERROR: ASSERT IN receipt"), HasSubstr(": Stack overflow!\n")));
+}
+
+TEST_F(ReceiptDeathTest, AMuchLongerLineEndsTheProcessToo) {
+  EXPECT_EXIT(PrintLongLine(receipt, 100000), EndedWithMinus1, HasSubstr(": Stack overflow!\n"));
+}
+
+TEST_F(Receipt, GettersTraceTheirNamesAndGiveTheirPieces) {
+  OpenShop();
+  OpenCard();
+  lumo::ReceiptPrintf(card->body, "body\n");
+  EXPECT_STREQ(lumo::GetTransReceiptHeader(card), lumo::ReceiptGetText(card->header));
+  EXPECT_STREQ(lumo::GetTransReceiptFooter(card), "СПАСИБО\n");
+  EXPECT_STREQ(lumo::GetTransReceiptBody(card), "body\n");
+  EXPECT_EQ(lumo::GetTransactionReceiptSize(card), 6);
+  EXPECT_EQ(folder.Trace(),
+            "GetTransReceiptHeader\n"
+            "GetTransReceiptFooter\n"
+            "GetTransReceiptBody\n"
+            "GetTransactionReceiptSize\n");
+}
+
+TEST_F(Receipt, GettersWithoutATransactionTraceTheNullPointer) {
+  EXPECT_EQ(lumo::GetTransReceiptHeader(nullptr), nullptr);
+  EXPECT_EQ(lumo::GetTransReceiptFooter(nullptr), nullptr);
+  EXPECT_EQ(lumo::GetTransReceiptBody(nullptr), nullptr);
+  EXPECT_EQ(lumo::GetTransactionReceiptSize(nullptr), -100);
+  EXPECT_EQ(folder.Trace(),
+            "GetTransReceiptHeader\nERROR: Pointer \"trans\" is null\n"
+            "GetTransReceiptFooter\nERROR: Pointer \"trans\" is null\n"
+            "GetTransReceiptBody\nERROR: Pointer \"trans\" is null\n"
+            "GetTransactionReceiptSize\nERROR: Pointer \"trans\" is null\n");
+}
+
+TEST_F(Receipt, AnEmptyBodyHasSize1) {
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(lumo::GetTransactionReceiptSize(card), 1);
+}
+
+TEST_F(Receipt, AnEmptyConfiguredHeaderIsStillALine) {
+  OpenShop(R"("receiptHeader":"")");
+  OpenCard();
+  const std::string header = lumo::ReceiptGetText(card->header);
+  EXPECT_EQ(header.front(), '\n');
+  EXPECT_EQ(test::Count(header, "\n"), 5U);
+}
+
+struct TerminalCase : test::NamedCase {
+  const char *terminal_id;
+  const char *line;
+};
+const TerminalCase kTerminalCases[] = {
+    {"EightCharactersBehindSixBlanks", "TERM0001", "Терминал       TERM0001\n"},
+    {"Empty", "", "Терминал               \n"},
+    {"Fourteen", "12345678901234", "Терминал 12345678901234\n"},
+    {"LongerIsNotCut", "1234567890123456", "Терминал 1234567890123456\n"},
+};
+
+class ReceiptTerminal : public test::Shop, public testing::WithParamInterface<TerminalCase> {};
+
+TEST_P(ReceiptTerminal, IsRightAlignedIn14Columns) {
+  OpenShop(std::string(R"("terminalId":")") + GetParam().terminal_id + "\"");
+  OpenCard();
+  EXPECT_THAT(lumo::ReceiptGetText(card->header), HasSubstr(std::string("\n") + GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, ReceiptTerminal, testing::ValuesIn(kTerminalCases), test::CaseName());
+
+}  // namespace

@@ -1,0 +1,256 @@
+// tests/engine/transaction_test.cpp: the record, its memory and what every transaction starts with.
+#include "engine/transaction.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "config/lumoconfig.h"
+#include "engine/receipt.h"
+#include "engine/shop.h"
+
+namespace {
+
+using lumo::Transaction;
+
+class TransactionRecord : public test::Shop {
+ protected:
+  std::string Header() const { return lumo::ReceiptGetText(card->header); }
+  std::string Footer() const { return lumo::ReceiptGetText(card->footer); }
+};
+
+TEST_F(TransactionRecord, StartsWithTheConnectionSettings) {
+  OpenShop(R"("serverAddr":"http://10.0.0.5:80/ws","serverAltAddr":"http://10.0.0.6:80/ws","timeout":17,)"
+           R"("sslMode":1)");
+  card = lumo::new_transaction();
+  EXPECT_STREQ(card->serverAddr, "http://10.0.0.5:80/ws");
+  EXPECT_STREQ(card->serverAltAddr, "http://10.0.0.6:80/ws");
+  EXPECT_NE(card->serverAddr, lumo::Settings().serverAddr) << "the record owns a copy";
+  EXPECT_EQ(card->timeout, 17);
+  EXPECT_EQ(card->sslMode, 1);
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST_F(TransactionRecord, StartsWithAllElseZeroAndEmptyReceipts) {
+  OpenShop();
+  card = lumo::new_transaction();
+  EXPECT_STREQ(lumo::ReceiptGetText(card->header), "");
+  EXPECT_STREQ(lumo::ReceiptGetText(card->body), "");
+  EXPECT_STREQ(lumo::ReceiptGetText(card->footer), "");
+
+  std::vector<char> bytes(offsetof(Transaction, serverAddr));
+  std::memcpy(bytes.data(), static_cast<const void *>(card), bytes.size());
+  EXPECT_EQ(bytes, std::vector<char>(bytes.size(), '\0'));
+  EXPECT_EQ(card->completedOperations, 0U);
+}
+
+TEST_F(TransactionRecord, LeavesAbsentAddressesNullAndTracesThem) {
+  folder.Write("CONFIG", R"({"timeout":3})");
+  ASSERT_EQ(lumo::LoadConfig(), 0);
+  folder.ClearTrace();
+  card = lumo::new_transaction();
+  EXPECT_EQ(card->serverAddr, nullptr);
+  EXPECT_EQ(card->serverAltAddr, nullptr);
+  EXPECT_EQ(folder.Trace(), "ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n");
+}
+
+TEST_F(TransactionRecord, FreeingReturns0AlsoWithoutARecord) {
+  OpenShop();
+  EXPECT_EQ(lumo::free_transaction(nullptr), 0);
+  EXPECT_EQ(lumo::free_transaction(lumo::new_transaction()), 0);
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST_F(TransactionRecord, PiecesAreZeroFilledAlignedAndApart) {
+  OpenShop();
+  OpenCard();
+  const size_t sizes[] = {0, 1, 15, 16, 17, 40, 500, 511, 512, 513, 2000, 2047, 2048, 2049, 5000, 100000};
+  struct Piece {
+    unsigned char *bytes;
+    size_t size;
+    unsigned char mark;
+  };
+  std::vector<Piece> pieces;
+  for (int round = 0; round < 20; ++round) {
+    for (const size_t size : sizes) {
+      auto *bytes = static_cast<unsigned char *>(lumo::trans_alloc(card, size));
+      ASSERT_NE(bytes, nullptr);
+      EXPECT_EQ(reinterpret_cast<uintptr_t>(bytes) % alignof(int64_t), 0U) << size;
+      for (size_t i = 0; i < size; ++i) {
+        ASSERT_EQ(bytes[i], 0) << size;
+      }
+      const auto mark = static_cast<unsigned char>(pieces.size() % 255 + 1);
+      std::memset(bytes, mark, size);
+      pieces.push_back({bytes, size, mark});
+    }
+  }
+  for (const Piece &piece : pieces) {
+    for (size_t i = 0; i < piece.size; ++i) {
+      ASSERT_EQ(piece.bytes[i], piece.mark) << piece.size;
+    }
+  }
+}
+
+TEST_F(TransactionRecord, SmallPiecesLieSideBySide) {
+  OpenShop();
+  OpenCard();
+  constexpr int kPieces = 10000;
+  int jumps = 0;
+  const auto *last = static_cast<const char *>(lumo::trans_alloc(card, 16));
+  for (int i = 0; i < kPieces; ++i) {
+    const auto *piece = static_cast<const char *>(lumo::trans_alloc(card, 16));
+    jumps += piece == last + 16 ? 0 : 1;
+    last = piece;
+  }
+  EXPECT_LT(jumps, kPieces / 100) << "one trip to the allocator for many pieces";
+}
+
+TEST_F(TransactionRecord, ALargePieceLeavesRoomForSmallOnesBesideTheLast) {
+  OpenShop();
+  OpenCard();
+  const auto *before = static_cast<const char *>(lumo::trans_alloc(card, 16));
+  lumo::trans_alloc(card, 100000);
+  const auto *behind = static_cast<const char *>(lumo::trans_alloc(card, 16));
+  EXPECT_EQ(behind, before + 16);
+}
+
+TEST_F(TransactionRecord, TextsAreCopied) {
+  OpenShop();
+  OpenCard();
+  char source[] = "token";
+  const char *copy = lumo::trans_strcpy(card, &card->exchangeToken, source);
+  source[0] = 'X';
+  EXPECT_EQ(copy, card->exchangeToken);
+  EXPECT_STREQ(copy, "token");
+}
+
+TEST_F(TransactionRecord, AnOverwrittenTextLivesOn) {
+  OpenShop();
+  OpenCard();
+  const char *first = lumo::trans_strcpy(card, &card->exchangeToken, "first");
+  lumo::trans_strcpy(card, &card->exchangeToken, "second");
+  EXPECT_STREQ(first, "first");
+  EXPECT_STREQ(card->exchangeToken, "second");
+}
+
+TEST_F(TransactionRecord, ATextCanBeCopiedIntoItsOwnField) {
+  OpenShop();
+  OpenCard();
+  lumo::trans_strcpy(card, &card->exchangeToken, "again");
+  lumo::trans_strcpy(card, &card->exchangeToken, card->exchangeToken);
+  EXPECT_STREQ(card->exchangeToken, "again");
+}
+
+TEST_F(TransactionRecord, TextsOfAnyLengthAreKeptWhole) {
+  OpenShop();
+  OpenCard();
+  for (const size_t length : {0U, 1U, 511U, 512U, 2047U, 2048U, 1000000U}) {
+    const std::string text(length, 'x');
+    lumo::trans_strcpy(card, &card->exchangeToken, text.c_str());
+    EXPECT_EQ(card->exchangeToken, text);
+  }
+}
+
+TEST_F(TransactionRecord, ANullTextClearsTheFieldAndIsTraced) {
+  OpenShop();
+  OpenCard();
+  lumo::trans_strcpy(card, &card->exchangeToken, "old");
+  EXPECT_EQ(lumo::trans_strcpy(card, &card->exchangeToken, nullptr), nullptr);
+  EXPECT_EQ(card->exchangeToken, nullptr);
+  EXPECT_EQ(folder.Trace(), "ERROR: trans_strcpy src == NULL\n");
+}
+
+TEST_F(TransactionRecord, HeaderFillsTheRequestsIdentity) {
+  OpenShop();
+  OpenCard();
+  EXPECT_STREQ(card->request.cardNum, "9643001234567890");
+  EXPECT_STREQ(card->request.employeeId, "cashier7");
+  EXPECT_STREQ(card->request.terminalId, "TERM0001");
+  EXPECT_STREQ(card->request.ver, "1.0");
+  EXPECT_STREQ(card->request.shiftId, "12");
+  EXPECT_EQ(card->request.requestId, nullptr);
+}
+
+TEST_F(TransactionRecord, HeaderPrintsFiveLinesAndTheFooterOne) {
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(Header(),
+            "МАГАЗИН\n"
+            "2012/12/05      10:00:00\n"
+            "Терминал       TERM0001\n"
+            "     *** КАРТА ***\n"
+            "    9643001234567890\n");
+  EXPECT_EQ(Footer(), "СПАСИБО\n");
+  EXPECT_EQ(Body(), "");
+}
+
+TEST_F(TransactionRecord, TheShiftIsReadFromItsFile) {
+  OpenShop();
+  folder.Write("STATE", R"({"reqId":"1","shiftId":"13"})");
+  card = lumo::new_transaction();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, test::kCard, test::kCashier), 0);
+  EXPECT_STREQ(card->request.shiftId, "13");
+  EXPECT_EQ(folder.Trace(), test::kStateReload);
+}
+
+TEST_F(TransactionRecord, ANullCardAndCashierStayNull) {
+  OpenShop();
+  card = lumo::new_transaction();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, nullptr, nullptr), 0);
+  EXPECT_EQ(card->request.cardNum, nullptr);
+  EXPECT_EQ(card->request.employeeId, nullptr);
+  EXPECT_EQ(
+      folder.Trace(),
+      std::string("ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n") + test::kStateReload);
+  EXPECT_EQ(Header(),
+            "МАГАЗИН\n"
+            "2012/12/05      10:00:00\n"
+            "Терминал       TERM0001\n"
+            "     *** КАРТА ***\n"
+            "    \n");
+}
+
+TEST_F(TransactionRecord, AbsentSettingsPrintEmptyAndStayNull) {
+  folder.Write("CONFIG", "{}");
+  ASSERT_EQ(lumo::LoadConfig(), 0);
+  SetState(R"({"reqId":"1"})");
+  card = lumo::new_transaction();
+  folder.ClearTrace();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, "1", "2"), 0);
+  EXPECT_EQ(card->request.terminalId, nullptr);
+  EXPECT_EQ(card->request.ver, nullptr);
+  EXPECT_EQ(card->request.shiftId, nullptr);
+  EXPECT_EQ(folder.Trace(), std::string("ERROR: trans_strcpy src == NULL\n"
+                                        "ERROR: trans_strcpy src == NULL\n") +
+                                test::kStateReload + "ERROR: trans_strcpy src == NULL\n");
+  EXPECT_EQ(Header(),
+            "\n"
+            "2012/12/05      10:00:00\n"
+            "Терминал               \n"
+            "     *** КАРТА ***\n"
+            "    1\n");
+  EXPECT_EQ(Footer(), "\n");
+}
+
+TEST_F(TransactionRecord, OfflineIsTheRequestsFlag) {
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(lumo::isOffline(card), 0);
+  card->request.isOffline = 1;
+  EXPECT_EQ(lumo::isOffline(card), 1);
+}
+
+TEST_F(TransactionRecord, OnlyAMissingRecordIsTraced) {
+  OpenShop();
+  OpenCard();
+  EXPECT_FALSE(lumo::TraceIfNull(card));
+  EXPECT_EQ(folder.Trace(), "");
+  EXPECT_TRUE(lumo::TraceIfNull(nullptr));
+  EXPECT_EQ(folder.Trace(), "ERROR: Pointer \"trans\" is null\n");
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+// tests/protocol/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
+#include "protocol/enumerations.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "protocol/fixture.h"
+
+namespace {
+
+struct Vocabulary {
+  const char *name;
+  int32_t (*from)(const char *text);
+  const char *(*to)(int32_t value);
+  std::vector<const char *> texts;
+};
+
+std::ostream &operator<<(std::ostream &out, const Vocabulary &vocabulary) {
+  return out << vocabulary.name;
+}
+
+const Vocabulary kVocabularies[] = {
+    {"ActivationType",
+     lumo::ActivationTypeFromString,
+     lumo::ActivationTypeToString,
+     {"SIMPLE_ACTIVATION", "GIFT_CARD", "REFER_A_FRIEND"}},
+    {"RequestType",
+     lumo::RequestTypeFromString,
+     lumo::RequestTypeToString,
+     {"ACTIVATION", "PAYMENT", "PAYMENT_AND_CONFIRM", "PAYMENT_CONFIRM", "BALANCE", "CASHBACK", "LINK",
+      "EXCHANGE", "DEPOSIT", "AD", "LAST_RRN"}},
+    {"RequestState",
+     lumo::RequestStateFromString,
+     lumo::RequestStateToString,
+     {"OK", "SUCCESS", "PROCESSED", "ERROR", "CANCELED"}},
+    {"RequestStateCode",
+     lumo::RequestStateCodeFromString,
+     lumo::RequestStateCodeToString,
+     {"OK",
+      "INTERNAL_ERROR",
+      "REQUEST_NOT_FOUND",
+      "REQUEST_PARSING_ERROR",
+      "UNSUPPORTED_PROTOCOL_VERSION",
+      "INCORRECT_REQUEST_PARAM",
+      "UNKNOWN_TERMINAL",
+      "LOCKED_TERMINAL",
+      "ACTIVATION_REQUIRED",
+      "LOCKED_CARD",
+      "CARD_NOT_FOUND",
+      "CARD_NUMBER_INCORRECT",
+      "ALREADY_ACTIVATED",
+      "ACTIVATION_SUM_TYPE_REQUIRED",
+      "ACTIVATION_BLOCK_REQUIRED",
+      "REFERRAL_NOT_FOUND",
+      "REFERRAL_LIMIT_REACHED",
+      "INCORRECT_BILL",
+      "UNPROCESSED_BILL",
+      "BILL_NOT_FOUND",
+      "UNKNOWN_USER",
+      "INCORRECT_SUM",
+      "UNKNOWN_CASH_BACK_TYPE",
+      "INCORRECT_TOKEN",
+      "RETAIL_POINT_CONFIG_ERROR",
+      "REQUEST_ID_EMPTY",
+      "INCORRECT_REQUEST_ID",
+      "BILL_INCORRECT_STATE",
+      "UPDATE_REQUIRED",
+      "ZERO_ACTIVATION_ERROR",
+      "INCORRECT_REQUEST",
+      "DUPLICATE_REQUEST_ID",
+      "SMS_AUTH_FAILED"}},
+    {"AccountType", lumo::AccountTypeFromString, lumo::AccountTypeToString, {"GLOBAL", "LOCAL", "DISCOUNT"}},
+    {"CashBackType", lumo::CashBackTypeFromString, lumo::CashBackTypeToString, {"FULL", "SEQ"}},
+};
+
+class Enumeration : public ::testing::TestWithParam<Vocabulary> {
+ protected:
+  int32_t Unknown() const { return static_cast<int32_t>(GetParam().texts.size()); }
+  std::string ErrorLine(const std::string &text) const {
+    return std::string("ERROR: Unknown enumiratoin for ") + GetParam().name + " [" + text + "]\n";
+  }
+
+  test::Folder folder;
+};
+
+TEST_P(Enumeration, ValueIsThePlaceInTheTable) {
+  for (int32_t value = 0; value < Unknown(); ++value) {
+    const char *text = GetParam().texts[static_cast<size_t>(value)];
+    EXPECT_STREQ(GetParam().to(value), text);
+    EXPECT_EQ(GetParam().from(text), value) << text;
+  }
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST_P(Enumeration, AnyOtherTextIsUnknownAndTraced) {
+  const std::string first = GetParam().texts[0];
+  for (const std::string &text :
+       {std::string(), first + "X", first.substr(1), first.substr(0, first.size() - 1), " " + first,
+        std::string(5000, 'A'), std::string("%s%n")}) {
+    folder.ClearTrace();
+    EXPECT_EQ(GetParam().from(text.c_str()), Unknown());
+    EXPECT_EQ(folder.Trace(), ErrorLine(text));
+  }
+}
+
+TEST_P(Enumeration, LowerCaseIsUnknown) {
+  std::string text = GetParam().texts[1];
+  for (char &letter : text) {
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
+  }
+  EXPECT_EQ(GetParam().from(text.c_str()), Unknown());
+  EXPECT_EQ(folder.Trace(), ErrorLine(text));
+}
+
+TEST_P(Enumeration, NullTextIsUnknownAndTraced) {
+  EXPECT_EQ(GetParam().from(nullptr), Unknown());
+  EXPECT_EQ(folder.Trace(), ErrorLine("(null)"));
+}
+
+TEST_P(Enumeration, ValueOutsideTheTableGivesTheEmptyText) {
+  for (const int32_t value : {-1, Unknown() + 1, INT32_MIN, INT32_MAX}) {
+    EXPECT_STREQ(GetParam().to(value), "") << value;
+  }
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Protocol, Enumeration, ::testing::ValuesIn(kVocabularies),
+                         [](const auto &test_case) { return std::string(test_case.param.name); });
+
+TEST(RequestStateCode, UnknownValueAloneIsTracedAndNull) {
+  test::Folder folder;
+  EXPECT_STREQ(lumo::RequestStateCodeToString(32), "SMS_AUTH_FAILED");
+  EXPECT_EQ(folder.Trace(), "");
+  EXPECT_EQ(lumo::RequestStateCodeToString(33), nullptr);
+  EXPECT_EQ(folder.Trace(), "ERROR: Unsupported Request State Code\n");
+}
+
+TEST(OtherEnumerations, UnknownValueGivesTheEmptyText) {
+  test::Folder folder;
+  EXPECT_STREQ(lumo::ActivationTypeToString(3), "");
+  EXPECT_STREQ(lumo::RequestTypeToString(11), "");
+  EXPECT_STREQ(lumo::RequestStateToString(5), "");
+  EXPECT_STREQ(lumo::AccountTypeToString(3), "");
+  EXPECT_STREQ(lumo::CashBackTypeToString(2), "");
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST(FindActivationType, FindsWithoutTracing) {
+  test::Folder folder;
+  EXPECT_EQ(lumo::FindActivationType("SIMPLE_ACTIVATION"), 0);
+  EXPECT_EQ(lumo::FindActivationType("GIFT_CARD"), 1);
+  EXPECT_EQ(lumo::FindActivationType("REFER_A_FRIEND"), 2);
+  EXPECT_EQ(lumo::FindActivationType("gift_card"), 3);
+  EXPECT_EQ(lumo::FindActivationType(nullptr), 3);
+  EXPECT_EQ(folder.Trace(), "");
+}
+
+}  // namespace

@@ -51,11 +51,7 @@ class Client {
     return result;
   }
 
-#if defined(_WIN32)
-  SOCKET socket_;
-#else
   lumo::SOCKET socket_;
-#endif
 };
 
 }  // namespace test

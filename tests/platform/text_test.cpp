@@ -87,7 +87,7 @@ TEST(Text, BytesThatAreNoUtf8BecomeTheReplacementCharacter) {
       {"a cut two-byte character", "a\xD0z", {'a', 0xFFFD, 'z'}},
       {"a cut three-byte character", "a\xE2\x82z", {'a', 0xFFFD, 'z'}},
       {"a cut four-byte character", "a\xF0\x9F\x98z", {'a', 0xFFFD, 'z'}},
-      {"a text of another code page", "\xCA\xE0\xF1", {0xFFFD, 0xFFFD, 0xFFFD}},
+      {"a text of another code page", "\xCA\xE0\xF1 1234", {0xFFFD, 0xFFFD, 0xFFFD, ' ', '1', '2', '3', '4'}},
       {"a cut at the end", "a\xD0", {'a', 0xFFFD}},
   };
   for (const TextCase &row : cases) {

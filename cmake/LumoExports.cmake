@@ -1,0 +1,16 @@
+# lumo_exports(out_names): the calls that lumo.h declares for export, in its order.
+function(lumo_exports out_names)
+  set(header ${PROJECT_SOURCE_DIR}/include/lumo.h)
+  set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+  file(READ ${header} text)
+  string(REGEX MATCHALL "\nLUMO_API [A-Za-z ]+[ *][A-Za-z]+\\(" declarations "${text}")
+  list(TRANSFORM declarations REPLACE ".*[ *]([A-Za-z]+)\\($" "\\1")
+  set(${out_names} ${declarations} PARENT_SCOPE)
+endfunction()
+
+# lumo_definition_file(path): writes the module definition of the library file, for linkers and for import libraries.
+function(lumo_definition_file path)
+  lumo_exports(names)
+  list(JOIN names "\n  " lines)
+  file(CONFIGURE OUTPUT ${path} CONTENT "LIBRARY lumo.dll\nEXPORTS\n  ${lines}\n" @ONLY)
+endfunction()

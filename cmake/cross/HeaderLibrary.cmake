@@ -1,0 +1,20 @@
+# Libraries that are headers only are the same for every system. The machine's own folder of headers cannot be searched, since
+# it holds the machine's C library too; so each is linked into a folder of its own.
+function(lumo_link_headers)
+  foreach(name ${ARGN})
+    if(NOT EXISTS /usr/include/${name})
+      message(FATAL_ERROR "/usr/include/${name} is missing: script/bootstrap")
+    endif()
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/headers)
+    file(CREATE_LINK /usr/include/${name} ${CMAKE_BINARY_DIR}/headers/${name} SYMBOLIC)
+  endforeach()
+endfunction()
+
+function(lumo_header_library library)
+  lumo_link_headers(${ARGN})
+  if(NOT TARGET ${library}::${library})
+    add_library(${library}::${library} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${library}::${library} SYSTEM INTERFACE ${CMAKE_BINARY_DIR}/headers)
+  endif()
+  set(${library}_FOUND ON PARENT_SCOPE)
+endfunction()

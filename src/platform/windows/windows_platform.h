@@ -1,0 +1,79 @@
+// platform/windows/windows_platform.h: the library's system calls, as the system's own headers declare them.
+#pragma once
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef NOGDI
+#define NOGDI  // its ERROR is a word of ours
+#endif
+#include <winsock2.h>
+// After winsock2.h, which it would otherwise replace by its older self.
+#include <windows.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+#define LUMO_WIDE(text) L##text
+
+namespace lumo {
+
+using ::BOOL;
+using ::DWORD;
+using ::HANDLE;
+using ::HMODULE;
+using ::LONG;
+using ::SYSTEMTIME;
+using ::UINT;
+using ::WCHAR;
+using ::WORD;
+
+using ::_wfopen;
+using ::CloseHandle;
+using ::CopyFileW;
+using ::CreateFileW;
+using ::DeleteFileW;
+using ::GetFileAttributesW;
+using ::GetLastError;
+using ::MoveFileW;
+using ::ReadFile;
+using ::SetFilePointer;
+using ::WriteFile;
+
+using ::_vsnprintf;
+using ::MultiByteToWideChar;
+using ::WideCharToMultiByte;
+
+using ::GetModuleFileNameW;
+using ::GetSystemTime;
+
+using ::in_addr;
+using ::sockaddr;
+using ::sockaddr_in;
+using ::SOCKET;
+using ::WSADATA;
+
+using ::closesocket;
+using ::connect;
+using ::htons;
+using ::inet_addr;
+using ::recv;
+using ::send;
+using ::setsockopt;
+using ::shutdown;
+using ::socket;
+using ::WSACleanup;
+using ::WSAGetLastError;
+using ::WSAStartup;
+
+constexpr WCHAR kPathSeparator = L'\\';
+
+// Windows CE's call: here the text goes to the debugger and to the standard error output.
+void NKDbgPrintfW(const WCHAR *format, ...);
+void DebugBreak();
+[[noreturn]] void PlatformExit(int status);
+
+}  // namespace lumo

@@ -7,10 +7,25 @@
 #include <string>
 #include <utility>
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 namespace reg {
 namespace {
 
 constexpr char kLoadLine[] = "LoadLogRecord\n";
+
+// Only a person looks at progress; a log would fill with it.
+bool IsPersonLooking() {
+#ifdef _WIN32
+  return _isatty(_fileno(stderr)) != 0;
+#else
+  return isatty(STDERR_FILENO) != 0;
+#endif
+}
 
 uintmax_t SizeOf(const std::filesystem::path &file) {
   std::error_code error;
@@ -21,7 +36,7 @@ uintmax_t SizeOf(const std::filesystem::path &file) {
 }  // namespace
 
 Progress::Progress(std::filesystem::path trace, size_t total) : trace_(std::move(trace)), total_(total) {
-  if (total_ > 0) thread_ = std::thread([this] { Follow(); });
+  if (total_ > 0 && IsPersonLooking()) thread_ = std::thread([this] { Follow(); });
 }
 
 Progress::~Progress() {

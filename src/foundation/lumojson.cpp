@@ -257,7 +257,7 @@ int parseJsonFile(JsonReader *reader, const char *file_name) {
   Parse parse;
   const int error = BeginParse(&parse, reader, kSmallestBlock);
   if (error != 0) return error;
-  const HANDLE file = FileOpen(file_name, "r");
+  HANDLE file = FileOpen(file_name, "r");
   if (!FileIsValid(file)) return EndParse(&parse, kFileNotOpened);
   SkipByteOrderMark(file);
   const int result = FeedFile(&parse, file);

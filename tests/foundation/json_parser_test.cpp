@@ -169,17 +169,16 @@ const AcceptedCase kAccepted[] = {
     {"LeftOpenInALiteral", "[tru", {"1"}},
 };
 
-class JsonParserAccepts : public testing::TestWithParam<AcceptedCase> {};
+TEST(JsonParser, AcceptsTheseTextsHoweverTheyAreCut) {
+  for (const AcceptedCase &row : kAccepted) {
+    SCOPED_TRACE(row.name);
 
-TEST_P(JsonParserAccepts, AndGivesTheEventsHoweverItIsCut) {
-  const Outcome outcome = FeedEveryWay(GetParam().text);
-  EXPECT_EQ(outcome.events, GetParam().events);
-  EXPECT_EQ(outcome.code, 0);
-  EXPECT_EQ(outcome.taken, GetParam().text.size());
+    const Outcome outcome = FeedEveryWay(row.text);
+    EXPECT_EQ(outcome.events, row.events);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.taken, row.text.size());
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, JsonParserAccepts, testing::ValuesIn(kAccepted),
-                         [](const auto &row) { return row.param.name; });
 
 struct RefusedCase {
   const char *name;
@@ -307,17 +306,16 @@ const RefusedCase kRefused[] = {
     {"DeleteByteOutsideAString", "[\x7F]", 8, 1, {"1"}},
 };
 
-class JsonParserRefuses : public testing::TestWithParam<RefusedCase> {};
+TEST(JsonParser, RefusesTheseTextsWithCodeAndPositionHoweverTheyAreCut) {
+  for (const RefusedCase &row : kRefused) {
+    SCOPED_TRACE(row.name);
 
-TEST_P(JsonParserRefuses, WithCodeAndPositionHoweverItIsCut) {
-  const Outcome outcome = FeedEveryWay(GetParam().text);
-  EXPECT_EQ(outcome.code, GetParam().code);
-  EXPECT_EQ(outcome.taken, GetParam().taken);
-  EXPECT_EQ(outcome.events, GetParam().events);
+    const Outcome outcome = FeedEveryWay(row.text);
+    EXPECT_EQ(outcome.code, row.code);
+    EXPECT_EQ(outcome.taken, row.taken);
+    EXPECT_EQ(outcome.events, row.events);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, JsonParserRefuses, testing::ValuesIn(kRefused),
-                         [](const auto &row) { return row.param.name; });
 
 TEST(JsonParser, TakesEveryByteFrom32InAStringButQuoteAndBackslash) {
   for (int byte = 32; byte < 256; ++byte) {
@@ -389,20 +387,19 @@ const CommentCase kComments[] = {
     {"CommaAfterACommentAtTopLevel", "/**/,", true, false, 11, 4, {}},
 };
 
-class JsonParserComments : public testing::TestWithParam<CommentCase> {};
+TEST(JsonParser, AllowsCommentsByTheirFlagsHoweverTheyAreCut) {
+  for (const CommentCase &row : kComments) {
+    SCOPED_TRACE(row.name);
 
-TEST_P(JsonParserComments, FollowTheirFlagsHoweverTheyAreCut) {
-  JsonParserConfig config = PlainConfig();
-  config.allowBlockAndLineComments = GetParam().block_and_line;
-  config.allowHashComments = GetParam().hash;
-  const Outcome outcome = FeedEveryWay(GetParam().text, config);
-  EXPECT_EQ(outcome.code, GetParam().code);
-  EXPECT_EQ(outcome.taken, GetParam().taken);
-  EXPECT_EQ(outcome.events, GetParam().events);
+    JsonParserConfig config = PlainConfig();
+    config.allowBlockAndLineComments = row.block_and_line;
+    config.allowHashComments = row.hash;
+    const Outcome outcome = FeedEveryWay(row.text, config);
+    EXPECT_EQ(outcome.code, row.code);
+    EXPECT_EQ(outcome.taken, row.taken);
+    EXPECT_EQ(outcome.events, row.events);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, JsonParserComments, testing::ValuesIn(kComments),
-                         [](const auto &row) { return row.param.name; });
 
 // Limits.
 

@@ -85,14 +85,13 @@ const PrintCase kCases[] = {
     {"EscapesAmongOtherBytes", {Text("a\"b\\c\nd")}, "\"a\\\"b\\\\c\\nd\""},
 };
 
-class JsonPrinterCompact : public testing::TestWithParam<PrintCase> {};
+TEST(JsonPrinter, WritesTheseEventsCompactly) {
+  for (const PrintCase &row : kCases) {
+    SCOPED_TRACE(row.name);
 
-TEST_P(JsonPrinterCompact, WritesTheText) {
-  EXPECT_EQ(Print(GetParam().events), GetParam().text);
+    EXPECT_EQ(Print(row.events), row.text);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Events, JsonPrinterCompact, testing::ValuesIn(kCases),
-                         [](const auto &row) { return row.param.name; });
 
 TEST(JsonPrinter, EscapesEachByteByItsTable) {
   const char *const escapes[32] = {

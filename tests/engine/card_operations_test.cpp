@@ -29,10 +29,6 @@ using testing::StartsWith;
 const char kActivationResult[] =
     R"("activationResult":{"activationSum":1100,"activationSumType":"GLOBAL","referralSum":2200,)"
     R"("referralSumType":"LOCAL","giftSum":3300,"giftSumType":"DISCOUNT"})";
-const char kActivationResultRecord[] =
-    R"("activationResult":{"activationSum":1100,"activationSumType":"GLOBAL","referralSum":2200,)"
-    R"("referralSumType":"LOCAL","giftSum":3300,"giftSumType":"DISCOUNT"})";
-
 class CardOperation : public test::Shop {};
 
 // ---------------------------------------------------------------- what all operations share
@@ -106,35 +102,6 @@ TEST_P(EveryOperation, MarksItsBitBesideTheOthers) {
   EXPECT_EQ(card->completedOperations, 0x100U | GetParam().bit);
 }
 
-TEST_P(EveryOperation, IsJournalledUnlessItOnlyAsks) {
-  StartServer({GetParam().good_answer});
-  OpenShop();
-  OpenCardThatIsSent();
-  EXPECT_EQ(GetParam().run(card), 0);
-  EXPECT_EQ(folder.Exists("LOG"), GetParam().journalled);
-  if (GetParam().journalled) {
-    EXPECT_EQ(Count(folder.Read("LOG"), "\n"), 1U);
-    EXPECT_THAT(folder.Read("LOG"), HasSubstr(std::string("\"type\":\"") + GetParam().type + "\""));
-  }
-}
-
-TEST_P(EveryOperation, GivesTheJournalsResultAndIsStillMarkedAndPrinted) {
-  if (!GetParam().journalled) {
-    return;
-  }
-  StartServer({GetParam().good_answer});
-  OpenShop();
-  OpenCardThatIsSent();
-  card->request.isOffline = 0;
-  if (GetParam().offline_only) {
-    StopServer();  // an ordinary record is not sent
-  }
-  MakeLogUnwritable();
-  EXPECT_EQ(GetParam().run(card), -201);
-  EXPECT_EQ(card->completedOperations, GetParam().bit);
-  EXPECT_THAT(Body(), HasSubstr("RRN: TERM012120500008\n"));
-}
-
 TEST_P(EveryOperation, ARefusalIsReturnedWithoutMarkRecordOrReceipt) {
   StartServer({Reply("putDepositResponse", "", test::kRefusal)});
   OpenShop();
@@ -148,9 +115,6 @@ TEST_P(EveryOperation, ARefusalIsReturnedWithoutMarkRecordOrReceipt) {
 TEST_P(EveryOperation, AFailedRequestsNumberStaysTaken) {
   OpenShop();
   OpenCardThatIsSent();
-  if (GetParam().type == std::string("BALANCE")) {
-    card->request.isOffline = 0;
-  }
   EXPECT_EQ(GetParam().run(card), -501);
   EXPECT_EQ(card->completedOperations, 0U);
   EXPECT_EQ(Body(), "");
@@ -160,6 +124,51 @@ TEST_P(EveryOperation, AFailedRequestsNumberStaysTaken) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, EveryOperation, testing::ValuesIn(Operations()), test::CaseName());
+
+std::vector<Operation> Those(bool journalled) {
+  std::vector<Operation> chosen;
+  for (const Operation &operation : Operations()) {
+    if (operation.journalled == journalled) {
+      chosen.push_back(operation);
+    }
+  }
+  return chosen;
+}
+
+using JournalledOperation = EveryOperation;
+
+TEST_P(JournalledOperation, LeavesOneRecord) {
+  StartServer({GetParam().good_answer});
+  OpenShop();
+  OpenCardThatIsSent();
+  EXPECT_EQ(GetParam().run(card), 0);
+  EXPECT_EQ(Count(folder.Read("LOG"), "\n"), 1U);
+  EXPECT_THAT(folder.Read("LOG"), HasSubstr(std::string("\"type\":\"") + GetParam().type + "\""));
+}
+
+TEST_P(JournalledOperation, GivesTheJournalsResultAndIsStillMarkedAndPrinted) {
+  StartServer({GetParam().good_answer});
+  OpenShop();
+  OpenCard();
+  MakeLogUnwritable();
+  EXPECT_EQ(GetParam().run(card), -201);
+  EXPECT_EQ(card->completedOperations, GetParam().bit);
+  EXPECT_THAT(Body(), HasSubstr("RRN: TERM012120500008\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, JournalledOperation, testing::ValuesIn(Those(true)), test::CaseName());
+
+using Question = EveryOperation;
+
+TEST_P(Question, LeavesNoRecord) {
+  StartServer({GetParam().good_answer});
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(GetParam().run(card), 0);
+  EXPECT_FALSE(folder.Exists("LOG"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, Question, testing::ValuesIn(Those(false)), test::CaseName());
 
 // ---------------------------------------------------------------- the RRN line
 
@@ -251,7 +260,7 @@ TEST_P(Activation, SendsJournalsAndPrints) {
   EXPECT_EQ(RequestDocument(0),
             "{\"cardActivationRequest\":{" + RequestPart("ACTIVATION") + "," + wanted.part + "}}");
   EXPECT_EQ(folder.Read("LOG"),
-            "{" + RequestPart("ACTIVATION") + "," + wanted.part + "," + kActivationResultRecord + "}\n");
+            "{" + RequestPart("ACTIVATION") + "," + wanted.part + "," + kActivationResult + "}\n");
   EXPECT_EQ(Body(), wanted.body);
 }
 

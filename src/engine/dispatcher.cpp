@@ -36,8 +36,6 @@ int TransactionProcess(Transaction *transaction) {
   }
   const int32_t type = transaction->request.type;
   Trace("TransactionProcess [%s]\n", RequestTypeToString(type));
-  // A reused record must not pass the id of an earlier answer for one of this answer's.
-  transaction->response.requestId = nullptr;
   const int result = TransactionProcessJson(transaction);
   if (!IsServiceRequest(type) && Settings().offlineMode == 1) {
     SwitchOfflineState(result);

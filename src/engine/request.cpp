@@ -59,8 +59,7 @@ int FillRequest(Transaction *transaction, int32_t type) {
     return ERR_NO_TRANSACTION;
   }
   RequestBlock &request = transaction->request;
-  memset(request.requestDate, 0, sizeof request.requestDate);
-  strncpy(request.requestDate, IsoTimestamp(), sizeof request.requestDate - 1);
+  strncpy(request.requestDate, IsoTimestamp(), sizeof request.requestDate);  // shorter, so it is terminated
   request.type = type;
   if (type == REQUEST_AD || type == REQUEST_LAST_RRN) {
     trans_strcpy(transaction, &request.requestId, kNoRrn);

@@ -90,7 +90,7 @@ void *trans_alloc(Transaction *transaction, size_t size) {
   if (size > SIZE_MAX - kAlignment - kHeadBytes) {
     return MemCalloc(1, size, LUMO_HERE);
   }
-  const size_t rounded = size == 0 ? kAlignment : (size + kAlignment - 1) / kAlignment * kAlignment;
+  const size_t rounded = (size + kAlignment - 1) / kAlignment * kAlignment;
   TransactionMemory *current = transaction->memory;
   if (current != nullptr && rounded <= current->capacity - current->used) {
     return TakePiece(current, rounded);

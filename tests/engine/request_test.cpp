@@ -379,6 +379,17 @@ TEST_F(GenerateRRN, ARefusedQuestionLeavesTheIdAsItWas) {
                                        "First RRN generation [TERM012120500000]\n"));
 }
 
+TEST_F(GenerateRRN, ANumberFromAnEarlierAnswerIsNotTakenForOneFromARefusal) {
+  StartServer({RrnReply("TERM012120500007"), Reply("getLastRrnResponse", "", test::kRefusal)});
+  OpenShop();
+  OpenCardAtTen();
+  EXPECT_EQ(lumo::GenerateRRN(card, nullptr), 0);
+  EXPECT_EQ(lumo::GenerateRRN(card, nullptr), 0);
+  EXPECT_STREQ(card->request.requestId, "TERM012120500008") << "the first question's";
+  EXPECT_THAT(folder.Trace(), EndsWith("ERROR: GetLastRrnProcess error -405\n"
+                                       "First RRN generation [TERM012120500000]\n"));
+}
+
 TEST_F(GenerateRRN, ARequestDateThatDoesNotParseMeetsTheServersZeros) {
   StartServer({RrnReply("TERM000000000005")});
   OpenShop();

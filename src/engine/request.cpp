@@ -59,7 +59,7 @@ int FillRequest(Transaction *transaction, int32_t type) {
     return ERR_NO_TRANSACTION;
   }
   RequestBlock &request = transaction->request;
-  strncpy(request.requestDate, IsoTimestamp(), sizeof request.requestDate);  // shorter, so it is terminated
+  strcpy(request.requestDate, IsoTimestamp());  // both buffers have kDateBytes
   request.type = type;
   if (type == REQUEST_AD || type == REQUEST_LAST_RRN) {
     trans_strcpy(transaction, &request.requestId, kNoRrn);

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/allocations.h"
+#include "support/file_traffic.h"
 #include "support/folder.h"
 
 namespace {
@@ -381,11 +383,27 @@ TEST_F(Config, CannotSaveOverAFolder) {
   EXPECT_THAT(folder_.Trace(), Not(HasSubstr("WARNING")));
 }
 
-TEST_F(Config, ManyMembersCostNoMoreThanTheirNumber) {
-  std::string bytes = "{\"x\":0";
-  for (int i = 0; i < 2000; ++i) bytes += ",\"terminalId\":\"" + std::to_string(i) + "\"";
-  ASSERT_EQ(Load(bytes + "}"), 0);
-  EXPECT_STREQ(lumo::Settings().terminalId, "1999");
+TEST_F(Config, OfATextGivenManyTimesOnlyTheLastIsKept) {
+  const auto mallocs_of_load = [&](int first, int last) {
+    std::string bytes = "{\"x\":0";
+    for (int i = first; i <= last; ++i) bytes += ",\"terminalId\":\"" + std::to_string(i) + "\"";
+    folder_.Write("CONFIG", bytes + "}");
+    const int before = test::CountAllocations().mallocs;
+    EXPECT_EQ(lumo::LoadConfig(), 0);
+    EXPECT_EQ(lumo::Settings().terminalId, std::to_string(last));
+    return test::CountAllocations().mallocs - before;
+  };
+  const int of_one = mallocs_of_load(1, 1);
+  EXPECT_GT(of_one, 0);
+  EXPECT_LT(mallocs_of_load(2, 1000), of_one + 100) << "of 999 texts";
+  EXPECT_LT(mallocs_of_load(1000, 1000), of_one) << "an equal text is not kept twice";
+}
+
+TEST_F(Config, IsSavedInOneWrite) {
+  ASSERT_EQ(Load("{\"terminalId\":\"1\",\"receiptHeader\":\"Head\",\"timeout\":5}"), 0);
+  test::ResetFileTraffic();
+  ASSERT_EQ(lumo::SaveConfig(), 0);
+  EXPECT_EQ(test::CountFileTraffic().writes, 1);
 }
 
 }  // namespace

@@ -1,0 +1,281 @@
+// api/lifecycle.cpp: start, end, and the messages for the cashier.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "api/context.h"
+#include "config/lumoconfig.h"
+#include "config/lumostate.h"
+#include "engine/transaction.h"
+#include "journal/logger.h"
+#include "lumo.h"
+#include "support/folder.h"
+
+namespace {
+
+const std::string kBom = "\xEF\xBB\xBF";  // spares the reader's seek and the line it leaves
+
+class Lifecycle : public testing::Test {
+ protected:
+  ~Lifecycle() override {
+    lumo::free_transaction(lumo::currentTransaction);
+    lumo::currentTransaction = nullptr;
+    lumo::ReleaseState();
+    lumo::ReleaseSettings();
+  }
+  void MakeDirectory(const std::string &name) {
+    std::filesystem::create_directory(std::filesystem::u8path(folder_.path() + name));
+  }
+
+  test::Folder folder_;
+};
+
+TEST_F(Lifecycle, StartsWithADelivery) {
+  folder_.Write("CONFIG.JSN", kBom + "{\"timeout\":5}");
+  folder_.Write("STATE", kBom + "{\"update\":1}");
+  EXPECT_EQ(LUMOInit(), 0);
+  EXPECT_EQ(lumo::Settings().timeout, 5);
+  EXPECT_EQ(getNeedUpdate(), 1);
+  EXPECT_TRUE(folder_.Exists("CONFIG"));
+  EXPECT_EQ(folder_.Trace(),
+            "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\nByte Order Mark skipping\nTimeout [5]\n"
+            "LoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n");
+}
+
+TEST_F(Lifecycle, StartsWithConfigAlone) {
+  folder_.Write("CONFIG", kBom + "{\"timeout\":5}");
+  folder_.Write("STATE", kBom + "{}");
+  EXPECT_EQ(LUMOInit(), 0);
+  EXPECT_EQ(lumo::Settings().timeout, 5);
+  EXPECT_EQ(folder_.Trace(),
+            "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\n"
+            "ERROR: CreateFile function failed with error 2\nERROR: parserJsonFile error [-307]\n"
+            "LoadConfig\nparseJsonFile [CONFIG]\nByte Order Mark skipping\nTimeout [5]\n"
+            "LoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n");
+}
+
+TEST_F(Lifecycle, ADamagedDeliveryGivesWayToConfig) {
+  folder_.Write("CONFIG.JSN", "{\"timeout\":5,\"logSize\":7,}");
+  folder_.Write("CONFIG", "{\"timeout\":6}");
+  EXPECT_EQ(LUMOInit(), 0);
+  EXPECT_EQ(lumo::Settings().timeout, 6);
+  EXPECT_EQ(lumo::Settings().logSize, 0) << "nothing of the damaged file stays";
+  EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
+}
+
+TEST_F(Lifecycle, WithoutSettingsItFailsBeforeTheState) {
+  EXPECT_EQ(LUMOInit(), -111);
+  EXPECT_FALSE(folder_.Exists("STATE"));
+  EXPECT_EQ(folder_.Trace(),
+            "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\n"
+            "ERROR: CreateFile function failed with error 2\nERROR: parserJsonFile error [-307]\n"
+            "LoadConfig\nparseJsonFile [CONFIG]\n"
+            "ERROR: CreateFile function failed with error 2\nERROR: parserJsonFile error [-307]\n");
+}
+
+TEST_F(Lifecycle, TheLoadersOwnCodesAreNotPassedOn) {
+  folder_.Write("CONFIG.JSN", "{,}");
+  folder_.Write("CONFIG", "{,}");
+  EXPECT_EQ(LUMOInit(), -111);
+}
+
+TEST_F(Lifecycle, AStateThatCannotBeMade) {
+  folder_.Write("CONFIG", "{}");
+  MakeDirectory("STATE");
+  EXPECT_EQ(LUMOInit(), -108);
+}
+
+TEST_F(Lifecycle, AStateThatIsNone) {
+  folder_.Write("CONFIG", "{}");
+  folder_.Write("STATE", "[]");
+  EXPECT_EQ(LUMOInit(), -108);
+}
+
+TEST_F(Lifecycle, AMissingStateIsMade) {
+  folder_.Write("CONFIG", "{}");
+  EXPECT_EQ(LUMOInit(), 0);
+  EXPECT_EQ(folder_.Read("STATE"), "{}");
+}
+
+TEST_F(Lifecycle, HandsTheLogSizeToTheJournal) {
+  folder_.Write("CONFIG", "{\"logSize\":3}");
+  ASSERT_EQ(LUMOInit(), 0);
+  for (const char *record : {"a", "b", "c"}) ASSERT_EQ(lumo::AppendLogRecord(record), 0);
+  EXPECT_EQ(folder_.Read("LOG"), "b\nc\n");
+}
+
+TEST_F(Lifecycle, ForgetsAnOpenTransactionWithoutFreeingIt) {
+  folder_.Write("CONFIG", "{\"receiptFooter\":\"Foot\"}");
+  ASSERT_EQ(LUMOInit(), 0);
+  ASSERT_EQ(CreateTransaction("1", "2"), 0);
+  lumo::Transaction *open = lumo::currentTransaction;
+  const char *footer = getReceiptFooterPtr();
+  ASSERT_EQ(LUMOInit(), 0);
+  EXPECT_EQ(lumo::currentTransaction, nullptr);
+  EXPECT_STREQ(footer, "Foot\n");
+  EXPECT_EQ(CreateTransaction("1", "2"), 0);
+  lumo::free_transaction(open);
+}
+
+TEST_F(Lifecycle, AFailedStartKeepsTheOpenTransaction) {
+  folder_.Write("CONFIG", "{}");
+  ASSERT_EQ(LUMOInit(), 0);
+  ASSERT_EQ(CreateTransaction("1", "2"), 0);
+  const lumo::Transaction *open = lumo::currentTransaction;
+  folder_.Remove("CONFIG");
+  EXPECT_EQ(LUMOInit(), -111);
+  EXPECT_EQ(lumo::currentTransaction, open);
+}
+
+TEST_F(Lifecycle, ASecondStartReadsEverythingAnew) {
+  folder_.Write("CONFIG", "{\"terminalId\":\"1\"}");
+  ASSERT_EQ(LUMOInit(), 0);
+  const char *terminal = getTerminalId();
+  folder_.Write("CONFIG", "{\"terminalId\":\"2\"}");
+  folder_.Write("STATE", "{\"update\":1}");
+  EXPECT_EQ(LUMOInit(), 0);
+  EXPECT_STREQ(getTerminalId(), "2");
+  EXPECT_STREQ(terminal, "1");
+  EXPECT_EQ(getNeedUpdate(), 1);
+}
+
+// The trace file's name.
+
+TEST_F(Lifecycle, ANameTagsTheTraceFileAndNothingElse) {
+  folder_.Write("CONFIG", "{}");
+  EXPECT_EQ(LUMOInitExt("K2"), 0);
+  EXPECT_FALSE(folder_.Exists("TRACE.TXT"));
+  EXPECT_THAT(folder_.Read("TRACE_K2.TXT"), testing::StartsWith("LUMOInit()\nLoadNewConfig\n"));
+  EXPECT_TRUE(folder_.Exists("STATE"));
+}
+
+TEST_F(Lifecycle, ANameMayBeAnyText) {
+  EXPECT_EQ(LUMOInitExt("Касса №1"), -111);
+  EXPECT_TRUE(folder_.Exists("TRACE_Касса №1.TXT"));
+}
+
+TEST_F(Lifecycle, NullAndEmptyNamesMeanThePlainTraceFile) {
+  LUMOInitExt("K2");
+  EXPECT_EQ(LUMOInitExt(nullptr), -111);
+  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+  LUMOInitExt("K2");
+  folder_.ClearTrace();
+  EXPECT_EQ(LUMOInitExt(""), -111);
+  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+}
+
+TEST_F(Lifecycle, LumoInitKeepsTheNameGivenLast) {
+  LUMOInitExt("K2");
+  LUMOInit();
+  EXPECT_FALSE(folder_.Exists("TRACE.TXT"));
+}
+
+TEST_F(Lifecycle, ANameThatDoesNotFitMeansThePlainTraceFile) {
+  LUMOInitExt("K2");
+  const std::string long_name(259, 'x');
+  EXPECT_EQ(LUMOInitExt(long_name.c_str()), -111);
+  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+}
+
+TEST_F(Lifecycle, CleaningOnlyTraces) {
+  folder_.Write("CONFIG", "{\"terminalId\":\"1\"}");
+  ASSERT_EQ(LUMOInit(), 0);
+  ASSERT_EQ(CreateTransaction("1", "2"), 0);
+  folder_.ClearTrace();
+  EXPECT_EQ(LUMOClean(), 0);
+  EXPECT_EQ(folder_.Trace(), "LUMOClean()\n");
+  EXPECT_STREQ(getTerminalId(), "1");
+  EXPECT_EQ(CreateTransaction("1", "2"), -112);
+  EXPECT_EQ(CloseTransaction(), 0);
+  EXPECT_EQ(OpenShift("1"), 0);
+}
+
+TEST_F(Lifecycle, CleaningBeforeAStart) {
+  EXPECT_EQ(LUMOClean(), 0);
+}
+
+// Messages.
+
+const std::map<int, std::string> kMessages = {
+    {-100, "Транзакция не создана"},
+    {-101, "Не удалось получить RRN последней транзакции"},
+    {-102, "Тип активации указан неверно"},
+    {-103, "Тип счета указан неверно"},
+    {-104, "Процент комиссии организатора превышает процент бонусирования (оффлайн)"},
+    {-105, "Не удалось открыть файл со счетом"},
+    {-106, "Ошибка в файле со счетом"},
+    {-107, "Не удалось открыть файл конфигурации"},
+    {-108, "Не удалось загрузить состояние"},
+    {-109, "Не удалось создать файл состояния"},
+    {-110, "Не удалось открыть файл состояния"},
+    {-111, "Не удалось загрузить конфигурацию"},
+    {-112, "Транзакция уже создана либо не была закрыта"},
+    {-113, "Ошибка в файле со списком позиций к возврату"},
+    {-201, "Не удалось сохранить оффлайн транзакцию"},
+    {-202, "Не удалось удалить записи лога"},
+    {-301, "Не удалось инициализировать DOM-helper JSON-парсера"},
+    {-302, "Не удалось инициализировать JSON-парсер"},
+    {-303, "Ошибка в файле JSON"},
+    {-304, "Внутренняя ошибка при разборе JSON"},
+    {-305, "Не удалось инициализировать JSON-принтер"},
+    {-306, "Ошибка выделения памяти в JSON-парсере"},
+    {-307, "Не удалось открыть JSON-файл"},
+    {-350, "Ошибка в XML-файле"},
+    {-401, "Ответ не получен"},
+    {-402, "Ошибка в структуре ответа или записи лога"},
+    {-403, "Тип ответа не поддерживается"},
+    {-404, "Ошибка в составе ответа"},
+    {-405, "Ошибка с сервера"},
+    {-406, "Сервер не смог обработать запрос"},
+    {-407, "Сбой на сервере"},
+    {-410, "Ошибка при отправке запроса"},
+    {-411, "Ошибка при создании запроса"},
+    {-501, "Ошибка соединения с сервером"},
+    {-504, "Неверный адрес сервера"},
+    {-505, "Ошибка SSL соединения"},
+    {-506, "Ошибка инициализации SSL контекста"},
+    {-601, "Смена уже открыта"},
+    {-602, "Смена не открыта"},
+    {-603, "Закрытие смены не возможно, закройте транзакцию"},
+    {-701, "Неверные границы отчета"},
+};
+
+TEST_F(Lifecycle, EveryCodeHasItsMessageAndNoLine) {
+  EXPECT_EQ(kMessages.size(), 41U);
+  for (const auto &[code, message] : kMessages) EXPECT_EQ(GetErrorMessage(code), message) << code;
+  EXPECT_EQ(folder_.Trace(), "");
+}
+
+TEST_F(Lifecycle, EveryOtherCodeIsUnknown) {
+  int unknown = 0;
+  for (int code = -720; code <= 20; ++code) {
+    if (kMessages.count(code) != 0) continue;
+    EXPECT_EQ(GetErrorMessage(code), "Неизвестная ошибка " + std::to_string(code));
+    ++unknown;
+  }
+  EXPECT_EQ(unknown, 700);
+}
+
+TEST_F(Lifecycle, AnUnknownCodeIsTracedZeroIncluded) {
+  EXPECT_STREQ(GetErrorMessage(0), "Неизвестная ошибка 0");
+  EXPECT_STREQ(GetErrorMessage(5), "Неизвестная ошибка 5");
+  EXPECT_STREQ(GetErrorMessage(-2147483647 - 1), "Неизвестная ошибка -2147483648");
+  EXPECT_EQ(folder_.Trace(),
+            "WARNING: Unknown error code 0\nWARNING: Unknown error code 5\n"
+            "WARNING: Unknown error code -2147483648\n");
+}
+
+TEST_F(Lifecycle, UnknownCodesShareOneText) {
+  const char *first = GetErrorMessage(-12345);
+  const char *known = GetErrorMessage(-410);
+  EXPECT_STREQ(first, "Неизвестная ошибка -12345");
+  const char *second = GetErrorMessage(7);
+  EXPECT_EQ(first, second);
+  EXPECT_STREQ(second, "Неизвестная ошибка 7");
+  EXPECT_STREQ(known, "Ошибка при отправке запроса");
+}
+
+}  // namespace

@@ -4,13 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <cstddef>
 #include <string>
 
 #include "engine/shop.h"
 #include "engine/transaction.h"
 #include "foundation/lumostring.h"
+#include "support/fatal.h"
 
 namespace {
 
@@ -77,34 +77,25 @@ TEST_F(Receipt, ALineOf1023BytesIsTaken) {
   EXPECT_EQ(lumo::ReceiptGetText(receipt), line);
 }
 
-// The trace of the process that ends, shown where the test's own process can see it.
-void PrintLongLine(ReceiptBuffer *receipt, size_t length) {
-  static std::string trace_path;
-  static test::Folder folder;
-  trace_path = folder.path() + "TRACE.TXT";
-  std::atexit([] {
-    if (FILE *trace = std::fopen(trace_path.c_str(), "rb")) {
-      char text[1000];
-      std::fwrite(text, 1, std::fread(text, 1, sizeof text, trace), stderr);
-      std::fclose(trace);
-    }
-  });
-  lumo::ReceiptPrintf(receipt, "%s", std::string(length, 'x').c_str());
-}
-
-bool EndedWithMinus1(int status) {
-  return testing::ExitedWithCode(255)(status) || testing::ExitedWithCode(-1)(status);
+// A line of this length, in a process that ends.
+void ExpectFatal(const test::Folder &folder, ReceiptBuffer *receipt, size_t length) {
+  const std::string line(length, 'x');
+  EXPECT_EXIT(
+      {
+        test::PrintTraceAtExit(folder);
+        lumo::ReceiptPrintf(receipt, "%s", line.c_str());
+      },
+      test::EndedAsFatal, AllOf(HasSubstr("[ERROR: ASSERT IN receipt"), HasSubstr(": Stack overflow!\n]")));
 }
 
 using ReceiptDeathTest = Receipt;
 
 TEST_F(ReceiptDeathTest, ALineOf1024BytesEndsTheProcess) {
-  EXPECT_EXIT(PrintLongLine(receipt, 1024), EndedWithMinus1,
-              AllOf(HasSubstr("ERROR: ASSERT IN receipt"), HasSubstr(": Stack overflow!\n")));
+  ExpectFatal(folder, receipt, 1024);
 }
 
 TEST_F(ReceiptDeathTest, AMuchLongerLineEndsTheProcessToo) {
-  EXPECT_EXIT(PrintLongLine(receipt, 100000), EndedWithMinus1, HasSubstr(": Stack overflow!\n"));
+  ExpectFatal(folder, receipt, 100000);
 }
 
 TEST_F(Receipt, GettersTraceTheirNamesAndGiveTheirPieces) {

@@ -12,6 +12,7 @@
 #include "config/lumoconfig.h"
 #include "engine/receipt.h"
 #include "engine/shop.h"
+#include "support/allocations.h"
 
 namespace {
 
@@ -95,18 +96,24 @@ TEST_F(TransactionRecord, PiecesAreZeroFilledAlignedAndApart) {
   }
 }
 
-TEST_F(TransactionRecord, SmallPiecesLieSideBySide) {
+TEST_F(TransactionRecord, ManySmallPiecesTakeFewAllocations) {
   OpenShop();
   OpenCard();
-  constexpr int kPieces = 10000;
-  int jumps = 0;
-  const auto *last = static_cast<const char *>(lumo::trans_alloc(card, 16));
-  for (int i = 0; i < kPieces; ++i) {
-    const auto *piece = static_cast<const char *>(lumo::trans_alloc(card, 16));
-    jumps += piece == last + 16 ? 0 : 1;
-    last = piece;
+  const int before = test::CountAllocations().callocs;
+  for (int i = 0; i < 10000; ++i) {
+    lumo::trans_alloc(card, 16);
   }
-  EXPECT_LT(jumps, kPieces / 100) << "one trip to the allocator for many pieces";
+  EXPECT_LT(test::CountAllocations().callocs - before, 100);
+}
+
+TEST_F(TransactionRecord, ALargePieceTakesOneAllocationOfItsSize) {
+  OpenShop();
+  OpenCard();
+  const test::Allocations before = test::CountAllocations();
+  lumo::trans_alloc(card, 100000);
+  const test::Allocations after = test::CountAllocations();
+  EXPECT_EQ(after.callocs - before.callocs, 1);
+  EXPECT_LT(after.last_size, 100100U);
 }
 
 TEST_F(TransactionRecord, ALargePieceLeavesRoomForSmallOnesBesideTheLast) {

@@ -4,6 +4,7 @@
 #include "engine/transaction.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
+#include "lumo.h"
 #include "protocol/transaction_json.h"
 
 namespace lumo {
@@ -12,7 +13,8 @@ namespace {
 
 // Sends one record under the number and date it was written with.
 int ReplayRecord(Transaction *transaction, const char *record) {
-  int result = LoadLogRecord(transaction, record);
+  // A text that could not be read is not the empty record, which would go to the server as one.
+  int result = record != nullptr ? LoadLogRecord(transaction, record) : ERR_JSON_FILE_OPEN;
   if (result != 0) {
     // Deliberate: this line alone has no end.
     TraceError("LoadLogRecord returned %d", result);

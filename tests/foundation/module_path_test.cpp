@@ -35,62 +35,74 @@ std::string TracePath() {
   return Narrow(path);
 }
 
-TEST(ModuleDirectory, IsEmptyBeforeItIsSet) {
+struct Paths : testing::Test {
+  Paths() {
+    SetDirectory("");
+    lumo::SetTraceTag(nullptr);
+  }
+};
+
+using ModuleDirectory = Paths;
+using BuildPath = Paths;
+using TraceTag = Paths;
+
+TEST(FreshProcess, HasNeitherModuleDirectoryNorTag) {
   EXPECT_EQ(Narrow(lumo::ModuleDirectory()), "");
+  EXPECT_EQ(Narrow(lumo::TraceTag()), "");
 }
 
-TEST(ModuleDirectory, IsWhatWasSetLast) {
+TEST_F(ModuleDirectory, IsWhatWasSetLast) {
   SetDirectory("/a/longer/folder/");
   SetDirectory("/POS/");
   EXPECT_EQ(Narrow(lumo::ModuleDirectory()), "/POS/");
 }
 
-TEST(ModuleDirectory, KeepsAtMost259Units) {
+TEST_F(ModuleDirectory, KeepsAtMost259Units) {
   SetDirectory(std::string(300, 'd'));
   EXPECT_EQ(Narrow(lumo::ModuleDirectory()), std::string(259, 'd'));
 }
 
-TEST(BuildPath, PutsTheNameBehindTheModuleDirectory) {
+TEST_F(BuildPath, PutsTheNameBehindTheModuleDirectory) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf("CONFIG.JSN"), "/POS/CONFIG.JSN");
 }
 
-TEST(BuildPath, IsTheBareNameWithoutAModuleDirectory) {
+TEST_F(BuildPath, IsTheBareNameWithoutAModuleDirectory) {
   EXPECT_EQ(PathOf("CONFIG"), "CONFIG");
 }
 
-TEST(BuildPath, TakesANameThatBeginsWithASeparatorAsRelativeToo) {
+TEST_F(BuildPath, TakesANameThatBeginsWithASeparatorAsRelativeToo) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf("/BILL"), "/POS//BILL");
 }
 
-TEST(BuildPath, ReadsNamesAsUtf8) {
+TEST_F(BuildPath, ReadsNamesAsUtf8) {
   SetDirectory("/Касса/");
   EXPECT_EQ(PathOf("счёт.jsn"), "/Касса/счёт.jsn");
 }
 
-TEST(BuildPath, OfAnEmptyNameIsTheDirectory) {
+TEST_F(BuildPath, OfAnEmptyNameIsTheDirectory) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf(""), "/POS/");
 }
 
-TEST(BuildPath, OfANullNameIsEmpty) {
+TEST_F(BuildPath, OfANullNameIsEmpty) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf(nullptr), "");
 }
 
-TEST(BuildPath, Holds259Units) {
+TEST_F(BuildPath, Holds259Units) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf(std::string(254, 'n').c_str()), "/POS/" + std::string(254, 'n'));
 }
 
-TEST(BuildPath, CutsNoLongerNameButGivesNone) {
+TEST_F(BuildPath, CutsNoLongerNameButGivesNone) {
   SetDirectory("/POS/");
   EXPECT_EQ(PathOf(std::string(255, 'n').c_str()), "");
   EXPECT_EQ(PathOf(std::string(100000, 'n').c_str()), "");
 }
 
-TEST(BuildPath, CountsUnitsNotBytes) {
+TEST_F(BuildPath, CountsUnitsNotBytes) {
   std::string name;
   for (int i = 0; i < 254; ++i) name += "ы";
   SetDirectory("/POS/");
@@ -120,11 +132,11 @@ TEST(Utf8ToWide, Holds511UnitsAndATerminator) {
   EXPECT_EQ(lumo::Utf8ToWide((text + "x").c_str()), nullptr);
 }
 
-TEST(TraceTag, IsEmptyBeforeItIsSet) {
+TEST_F(TraceTag, IsEmptyBeforeItIsSet) {
   EXPECT_EQ(Narrow(lumo::TraceTag()), "");
 }
 
-TEST(TraceTag, NamesTheTraceFile) {
+TEST_F(TraceTag, NamesTheTraceFile) {
   SetDirectory("/POS/");
   EXPECT_EQ(TracePath(), "/POS/TRACE.TXT");
   lumo::SetTraceTag("POS1");
@@ -133,7 +145,7 @@ TEST(TraceTag, NamesTheTraceFile) {
   EXPECT_EQ(TracePath(), "/POS/TRACE_касса.TXT");
 }
 
-TEST(TraceTag, IsClearedByANullOrEmptyTag) {
+TEST_F(TraceTag, IsClearedByANullOrEmptyTag) {
   lumo::SetTraceTag("POS1");
   lumo::SetTraceTag(nullptr);
   EXPECT_EQ(TracePath(), "TRACE.TXT");
@@ -142,25 +154,25 @@ TEST(TraceTag, IsClearedByANullOrEmptyTag) {
   EXPECT_EQ(TracePath(), "TRACE.TXT");
 }
 
-TEST(TraceTag, LeavesNothingOfALongerOne) {
+TEST_F(TraceTag, LeavesNothingOfALongerOne) {
   lumo::SetTraceTag("LONGER");
   lumo::SetTraceTag("K2");
   EXPECT_EQ(TracePath(), "TRACE_K2.TXT");
 }
 
-TEST(TraceTag, Holds258Units) {
+TEST_F(TraceTag, Holds258Units) {
   const std::string tag(258, 't');
   lumo::SetTraceTag(tag.c_str());
   EXPECT_EQ(Narrow(lumo::TraceTag()), tag);
 }
 
-TEST(TraceTag, IsEmptyWhenItDoesNotFit) {
+TEST_F(TraceTag, IsEmptyWhenItDoesNotFit) {
   lumo::SetTraceTag(std::string(259, 't').c_str());
   EXPECT_EQ(Narrow(lumo::TraceTag()), "");
   EXPECT_EQ(TracePath(), "TRACE.TXT");
 }
 
-TEST(TraceTag, MakesNoPathWhenTheWholeIsTooLong) {
+TEST_F(TraceTag, MakesNoPathWhenTheWholeIsTooLong) {
   SetDirectory("/POS/");
   lumo::SetTraceTag(std::string(244, 't').c_str());
   EXPECT_EQ(TracePath(), "/POS/TRACE_" + std::string(244, 't') + ".TXT");

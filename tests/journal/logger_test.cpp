@@ -293,6 +293,44 @@ TEST_F(Trim, OfWhatIsNoFileLeavesItUnderTheCopysName) {
   EXPECT_EQ(folder.Read("J"), "");
 }
 
+TEST_F(Trim, WithoutANewFileLeavesAllUnderTheCopysName) {
+  folder.Write("J", Lines(1, 5));
+  test::RefuseOpen("J");
+  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), -202);
+  EXPECT_EQ(folder.Trace(), "ERROR: new file is NULL\n");
+  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
+  EXPECT_EQ(lumo::FileDelete("J.old"), 0) << "the copy was left open";
+}
+
+TEST_F(Trim, WithoutTheCopyClosesTheNewFile) {
+  folder.Write("J", Lines(1, 5));
+  test::RefuseOpen("J.old");
+  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), -202);
+  EXPECT_EQ(folder.Trace(), "ERROR: old file is NULL\n");
+  EXPECT_EQ(lumo::FileDelete("J"), 0) << "the new file was left open";
+  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
+}
+
+TEST_F(Trim, SucceedsThoughTheCopyCannotBeDeleted) {
+  folder.Write("J", Lines(1, 5));
+  test::RefuseDelete("J.old");
+  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), 0);
+  EXPECT_EQ(folder.Trace(), "ERROR: file [J.old] is not removed!\n");
+  EXPECT_EQ(folder.Read("J"), Lines(2, 5));
+  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
+}
+
+TEST_F(Trim, ThatFailsLetsTheNextAppendStartANewLog) {
+  lumo::SetLogSize(6);
+  folder.Write("LOG", Lines(1, 5));
+  test::RefuseOpen("LOG");
+  EXPECT_EQ(lumo::TrimOldestLines(2, "LOG"), -202);
+  test::RefuseOpen("");
+  EXPECT_EQ(lumo::AppendLogRecord("6"), 0);
+  EXPECT_EQ(folder.Read("LOG"), "6\n");
+  EXPECT_EQ(folder.Read("LOG.old"), Lines(1, 5));
+}
+
 TEST_F(Trim, KeepsATooLongNameWholeAndFails) {
   const std::string name(257, 'n');
   EXPECT_EQ(lumo::TrimOldestLines(1, name.c_str()), -202);
@@ -526,6 +564,15 @@ TEST_F(Commit, GivesTheErrorNumberWhenTheOldJournalCannotBeDeleted) {
   EXPECT_EQ(lumo::CommitOfflineTmp(), 2);
   EXPECT_FALSE(folder.Exists("OFFLINE"));
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), "unsent\n");
+}
+
+TEST_F(Commit, KeepsBothWhenTheOldJournalCannotBeDeleted) {
+  folder.Write("OFFLINE", "old\n");
+  folder.Write("OFFLINE_TMP", "new\n");
+  test::RefuseDelete("OFFLINE");
+  EXPECT_EQ(lumo::CommitOfflineTmp(), 5);
+  EXPECT_EQ(folder.Read("OFFLINE"), "old\n");
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "new\n");
 }
 
 TEST_F(Commit, GivesTheErrorNumberWhenTheRebuiltJournalCannotBeMoved) {

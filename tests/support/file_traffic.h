@@ -1,8 +1,9 @@
-// support/file_traffic.h: what goes through FileRead and FileWrite, counted. For programs of
-// lumo_test(... WATCH FILE_TRAFFIC).
+// support/file_traffic.h: what goes through FileRead and FileWrite, counted, and opens and deletes refused on
+// request. For programs of lumo_test(... WATCH FILE_TRAFFIC).
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace test {
 
@@ -16,5 +17,9 @@ struct FileTraffic {
 
 void ResetFileTraffic();
 FileTraffic CountFileTraffic();
+
+// From now on FileOpen of this name gives the invalid handle, and FileDelete of this name the error number 5.
+void RefuseOpen(const std::string &name);
+void RefuseDelete(const std::string &name);
 
 }  // namespace test

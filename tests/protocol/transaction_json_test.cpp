@@ -387,6 +387,10 @@ struct RecordCase {
   const char *parts;  // behind the request part
 };
 
+std::ostream &operator<<(std::ostream &out, const RecordCase &operation) {
+  return out << operation.type_text;
+}
+
 const RecordCase kRecords[] = {
     {0, "ACTIVATION", ",\"activation\":" FULL_ACTIVATION ",\"activationResult\":" FULL_ACTIVATION_RESULT},
     {1, "PAYMENT", ",\"bill\":" FULL_BILL},

@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ostream>
 #include <string>
+#include <utility>
 
 #include "foundation/lumostring.h"
 #include "protocol/enumerations.h"
@@ -45,6 +47,10 @@ struct OperationCase {
   const char *web_method;
   const char *parts;  // behind the request part
 };
+
+std::ostream &operator<<(std::ostream &out, const OperationCase &operation) {
+  return out << operation.type_text;
+}
 
 const OperationCase kOperations[] = {
     {0, "ACTIVATION", "cardActivationRequest", "activate", ",\"activation\":" FULL_ACTIVATION},

@@ -173,8 +173,11 @@ std::vector<std::string> ScriptedServer::requests() const {
 }
 
 int UnusedPort() {
-  asio::io_context context;
-  return tcp::acceptor(context, LoopbackOfTheSystemsChoice()).local_endpoint().port();
+  // Bound but not listening: refused for as long as the process lives, and given to no one else.
+  static asio::io_context context;
+  static std::vector<tcp::socket> bound;
+  bound.emplace_back(context, LoopbackOfTheSystemsChoice());
+  return bound.back().local_endpoint().port();
 }
 
 }  // namespace test

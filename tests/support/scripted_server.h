@@ -33,7 +33,7 @@ class ScriptedServer {
   std::unique_ptr<Impl> impl_;
 };
 
-// A loopback port that nothing listens on.
+// A loopback port that refuses connections until the process ends.
 int UnusedPort();
 
 }  // namespace test

@@ -1,0 +1,225 @@
+// tests/protocol/socket_layer_posix_test.cpp: what the socket layer and the exchange ask of the system, and
+// the failures that a loopback network does not bring about. Every socket call of this test program goes
+// through the functions here.
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/platform.h"
+#include "protocol/enumerations.h"
+#include "protocol/fixture.h"
+#include "protocol/http_transport.h"
+#include "protocol/socket_layer.h"
+#include "support/scripted_server.h"
+
+namespace {
+
+std::vector<std::string> calls;
+std::string failing;  // the name of the call that fails
+
+// Notes a call; true when it is to fail.
+bool Note(const std::string &name, const std::string &arguments = "") {
+  calls.push_back(name + arguments);
+  return name == failing;
+}
+
+constexpr int kError = 10050;
+
+}  // namespace
+
+namespace lumo {
+void SetLastError(DWORD error);
+}
+
+// The linker turns the library's calls into these, and these names back into the platform's own.
+extern "C" {
+int __real__ZN4lumo10WSAStartupEtPNS_7WSADATAE(lumo::WORD version, lumo::WSADATA *data);
+int __real__ZN4lumo10WSACleanupEv();
+lumo::SOCKET __real__ZN4lumo6socketEiii(int family, int type, int protocol);
+int __real__ZN4lumo10setsockoptEmiiPKci(lumo::SOCKET socket, int level, int option, const char *value,
+                                        int length);
+int __real__ZN4lumo7connectEmPKNS_8sockaddrEi(lumo::SOCKET socket, const lumo::sockaddr *address, int length);
+int __real__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int length, int flags);
+int __real__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags);
+int __real__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how);
+int __real__ZN4lumo11closesocketEm(lumo::SOCKET socket);
+
+int __wrap__ZN4lumo10WSAStartupEtPNS_7WSADATAE(lumo::WORD version, lumo::WSADATA *data) {
+  return Note("WSAStartup", " " + std::to_string(version))
+             ? kError
+             : __real__ZN4lumo10WSAStartupEtPNS_7WSADATAE(version, data);
+}
+int __wrap__ZN4lumo10WSACleanupEv() {
+  Note("WSACleanup");
+  return __real__ZN4lumo10WSACleanupEv();
+}
+lumo::SOCKET __wrap__ZN4lumo6socketEiii(int family, int type, int protocol) {
+  const std::string arguments =
+      " " + std::to_string(family) + " " + std::to_string(type) + " " + std::to_string(protocol);
+  if (!Note("socket", arguments)) return __real__ZN4lumo6socketEiii(family, type, protocol);
+  lumo::SetLastError(kError);
+  return lumo::INVALID_SOCKET;
+}
+int __wrap__ZN4lumo10setsockoptEmiiPKci(lumo::SOCKET socket, int level, int option, const char *value,
+                                        int length) {
+  int32_t number = 0;
+  if (length == 4) memcpy(&number, value, 4);
+  Note("setsockopt",
+       " " + std::to_string(level) + " " + std::to_string(option) + " " + std::to_string(number));
+  return __real__ZN4lumo10setsockoptEmiiPKci(socket, level, option, value, length);
+}
+int __wrap__ZN4lumo7connectEmPKNS_8sockaddrEi(lumo::SOCKET socket, const lumo::sockaddr *address,
+                                              int length) {
+  if (!Note("connect")) return __real__ZN4lumo7connectEmPKNS_8sockaddrEi(socket, address, length);
+  lumo::SetLastError(kError);
+  return -1;
+}
+int __wrap__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int length, int flags) {
+  if (!Note("send", " " + std::to_string(flags)))
+    return __real__ZN4lumo4sendEmPKcii(socket, data, length, flags);
+  lumo::SetLastError(kError);
+  return -1;
+}
+int __wrap__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
+  if (!Note("recv", " " + std::to_string(capacity) + " " + std::to_string(flags))) {
+    return __real__ZN4lumo4recvEmPcii(socket, buffer, capacity, flags);
+  }
+  lumo::SetLastError(kError);
+  return -1;
+}
+int __wrap__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how) {
+  if (!Note("shutdown", " " + std::to_string(how))) return __real__ZN4lumo8shutdownEmi(socket, how);
+  lumo::SetLastError(kError);
+  return -1;
+}
+int __wrap__ZN4lumo11closesocketEm(lumo::SOCKET socket) {
+  Note("closesocket");
+  return __real__ZN4lumo11closesocketEm(socket);
+}
+}
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+
+const std::string kAnswer = "{\"putDepositResponse\":{\"response\":{\"requestState\":\"SUCCESS\"}}}";
+
+class SocketCalls : public ProtocolTest {
+ protected:
+  SocketCalls() {
+    while (__real__ZN4lumo10WSACleanupEv() == 0) {
+    }
+    record->request.type = lumo::REQUEST_DEPOSIT;
+    record->timeout = 30;
+  }
+  ~SocketCalls() override { failing.clear(); }
+
+  int Exchange(const std::string &address, const std::string &alternate = "") {
+    Store(&record->serverAddr, address);
+    Store(&record->serverAltAddr, alternate);
+    folder.ClearTrace();
+    calls.clear();
+    return lumo::TransactionProcessJson(record);
+  }
+};
+
+TEST_F(SocketCalls, AnExchangeMakesEachCallOnceInOrder) {
+  const test::ScriptedServer server(kAnswer);
+  EXPECT_EQ(Exchange(server.address()), 0);
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "socket 2 1 0", "setsockopt 65535 4102 30000",
+                                 "setsockopt 65535 4101 30000", "connect", "send 0", "recv 500 0",
+                                 "shutdown 2", "closesocket", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, ALongRequestIsOneSendToo) {
+  const test::ScriptedServer server(kAnswer);
+  Store(&record->request.cardNum, std::string(3000000, '7'));
+  EXPECT_EQ(Exchange(server.address()), 0);
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "send 0"), 1);
+  ASSERT_EQ(server.requests().size(), 1U);
+  EXPECT_THAT(server.requests()[0], HasSubstr(std::string(3000000, '7')));
+}
+
+TEST_F(SocketCalls, TimeOutsWrapAndMayBeNegative) {
+  const test::ScriptedServer server({{{kAnswer}}, {{kAnswer}}, {{kAnswer}}});
+  for (const auto &[timeout, milliseconds] :
+       {std::make_pair(0, "0"), std::make_pair(-1, "-1000"), std::make_pair(INT32_MAX, "-1000")}) {
+    record->timeout = timeout;
+    EXPECT_EQ(Exchange(server.address()), 0);
+    EXPECT_THAT(calls, ::testing::Contains(std::string("setsockopt 65535 4102 ") + milliseconds));
+    EXPECT_THAT(calls, ::testing::Contains(std::string("setsockopt 65535 4101 ") + milliseconds));
+  }
+}
+
+TEST_F(SocketCalls, WithoutWinsockTheExchangeFailsAndStillCloses) {
+  failing = "WSAStartup";
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a", "http://127.0.0.1:2/b"), -1);
+  EXPECT_EQ(
+      TakeTrace(),
+      "TransactionProcessJson\nConnecting to 127.0.0.1:1//a...\nERROR: WSAStartup failed with error: 10050\n"
+      "Connecting to 127.0.0.1:2//b...\nERROR: WSAStartup failed with error: 10050\n"
+      "Disconnect\nERROR: shutdown failed with error: 10093\nERROR: LUMO_Disconnect error: -1\n");
+  EXPECT_THAT(calls,
+              ElementsAre("WSAStartup 514", "WSAStartup 514", "shutdown 2", "closesocket", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, LastAttemptDecidesWhatIsReported) {
+  failing = "WSAStartup";
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a", ""), -501);
+  EXPECT_THAT(TakeTrace(), EndsWith("ERROR: ParseAddress res[-504]\nERROR: Connection failed!\n"));
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514"));
+}
+
+TEST_F(SocketCalls, SocketThatCannotBeMadeCleansUp) {
+  failing = "socket";
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a"), -501);
+  EXPECT_THAT(TakeTrace(), HasSubstr("ERROR: socket failed with error: 10050\n"));
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "socket 2 1 0", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, RefusedSocketIsLetGoOfUnclosed) {
+  failing = "connect";
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a"), -501);
+  EXPECT_THAT(TakeTrace(), HasSubstr("ERROR: Connection Failed 10050\n"));
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "socket 2 1 0", "setsockopt 65535 4102 30000",
+                                 "setsockopt 65535 4101 30000", "connect"));
+}
+
+TEST_F(SocketCalls, FailedSendIsMinus410) {
+  const test::ScriptedServer server(kAnswer);
+  failing = "send";
+  EXPECT_EQ(Exchange(server.address()), -410);
+  EXPECT_THAT(
+      TakeTrace(),
+      EndsWith("\n\nERROR: send failed with error: 10050\nERROR: LUMO_Send error: -1\n"
+               "Disconnect\nERROR: shutdown failed with error: 10093\nERROR: LUMO_Disconnect error: -410\n"));
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "socket 2 1 0", "setsockopt 65535 4102 30000",
+                                 "setsockopt 65535 4101 30000", "connect", "send 0", "WSACleanup",
+                                 "shutdown 2", "closesocket", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, FailedReceiveIsMinus401) {
+  const test::ScriptedServer server(kAnswer);
+  failing = "recv";
+  EXPECT_EQ(Exchange(server.address()), -401);
+  EXPECT_THAT(TakeTrace(),
+              EndsWith("Receiving \nERROR: recv failed with error: 10050\nERROR: LUMO_Receive res -1\n"
+                       "ERROR: LUMO_Receive error: -1\nDisconnect\n"));
+}
+
+TEST_F(SocketCalls, FailedShutdownKeepsTheResult) {
+  const test::ScriptedServer server(kAnswer);
+  failing = "shutdown";
+  EXPECT_EQ(Exchange(server.address()), 0);
+  EXPECT_THAT(
+      TakeTrace(),
+      EndsWith("Disconnect\nERROR: shutdown failed with error: 10050\nERROR: LUMO_Disconnect error: 0\n"));
+  EXPECT_THAT(std::vector<std::string>(calls.end() - 2, calls.end()),
+              ElementsAre("closesocket", "WSACleanup"));
+}
+
+}  // namespace

@@ -85,9 +85,7 @@ int BalanceProc(void) {
   return lumo::BalanceProcess(currentTransaction);
 }
 
-// An amount, not a code: without a transaction there is no balance.
 int GetBalance(void) {
-  if (lumo::TraceIfNull(currentTransaction)) return 0;
   return lumo::SumBalanceAmounts(currentTransaction);
 }
 

@@ -88,7 +88,8 @@ ordered_json *Find(ordered_json *root, const std::string &path, bool is_made, st
   std::string next;
   std::getline(stream, name, '/');
   while (std::getline(stream, next, '/')) {
-    if (!object->is_object() || (!is_made && !object->contains(name))) return nullptr;
+    if (!(object->is_object() || (is_made && object->is_null()))) return nullptr;
+    if (!is_made && !object->contains(name)) return nullptr;
     object = &(*object)[name];
     name = next;
   }

@@ -226,7 +226,9 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
 void Programme::Judge(const OperationNames &operation, std::string_view document, Code refusal,
                       Request *request, Reply *reply, Parts *parts) {
   const json root = json::parse(document, nullptr, false);
-  if (root.is_discarded()) Refuse(Code::kRequestParsingError);
+  // The parser takes a zero byte for the end of the text.
+  if (root.is_discarded() || document.find('\0') != std::string_view::npos)
+    Refuse(Code::kRequestParsingError);
   if (!root.is_object() || root.size() != 1 || root.begin().key() != operation.request) {
     Refuse(Code::kIncorrectRequest, operation.request);
   }

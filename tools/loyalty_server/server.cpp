@@ -141,6 +141,11 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
                                           fault_.kind == FaultKind::kRefusal ? fault_.code : Code::kOk);
         }
         text = fault_.kind == FaultKind::kSilence ? std::string() : Spoil(fault_, std::move(reply.document));
+        if (fault_.kind == FaultKind::kCut || fault_.kind == FaultKind::kReset) {
+          const std::size_t most =
+              fault_.number == kHalf ? text.size() / 2 : static_cast<std::size_t>(fault_.number);
+          text.resize(std::min(text.size(), most));
+        }
         impl_->Log(Line(*operation, reply, is_asked, text.size()));
       }
     }
@@ -149,13 +154,6 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
         return AwaitClient();
       case FaultKind::kDelay:
         return Later(milliseconds(fault_.number), [self = shared_from_this(), text] { self->Send(text); });
-      case FaultKind::kCut:
-      case FaultKind::kReset: {
-        const std::size_t most =
-            fault_.number == kHalf ? text.size() / 2 : static_cast<std::size_t>(fault_.number);
-        text.resize(std::min(text.size(), most));
-        break;
-      }
       default:
         break;
     }

@@ -1,0 +1,114 @@
+// The words of the protocol.
+#include "loyalty_server/vocabulary.h"
+
+#include <gmock/gmock.h>
+
+#include <climits>
+
+namespace {
+
+using loyalty::Code;
+
+TEST(Vocabulary, EveryMethodFindsItsOperation) {
+  struct Row {
+    const char *method;
+    const char *type;
+    const char *request;
+    const char *response;
+  };
+  const Row rows[] = {
+      {"activate", "ACTIVATION", "cardActivationRequest", "cardActivationResponse"},
+      {"payment", "PAYMENT", "putPaymentRequest", "putPaymentResponse"},
+      {"paymentAndConfirm", "PAYMENT_AND_CONFIRM", "putPaymentAndConfirmRequest",
+       "putPaymentAndConfirmResponse"},
+      {"confirm", "PAYMENT_CONFIRM", "putPaymentConfirmRequest", "putPaymentConfirmResponse"},
+      {"balance", "BALANCE", "getBalanceRequest", "getBalanceResponse"},
+      {"cashBack", "CASHBACK", "putCashBackRequest", "putCashBackResponse"},
+      {"linkCard", "LINK", "linkedCardRequest", "linkedCardResponse"},
+      {"cardExchange", "EXCHANGE", "cardExchangeRequest", "cardExchangeResponse"},
+      {"deposit", "DEPOSIT", "putDepositRequest", "putDepositResponse"},
+      {"ad", "AD", "getAdRequest", "getAdResponse"},
+      {"rrn", "LAST_RRN", "getLastRrnRequest", "getLastRrnResponse"},
+  };
+  for (const Row &row : rows) {
+    const loyalty::OperationNames *operation = loyalty::FindOperation(row.method);
+    ASSERT_NE(operation, nullptr) << row.method;
+    EXPECT_STREQ(operation->type, row.type);
+    EXPECT_STREQ(operation->request, row.request);
+    EXPECT_STREQ(operation->response, row.response);
+  }
+  EXPECT_EQ(loyalty::FindOperation("Payment"), nullptr);
+  EXPECT_EQ(loyalty::FindOperation(""), nullptr);
+}
+
+TEST(Vocabulary, EveryCodeHasItsNameAndAMessage) {
+  const char *names[] = {"OK",
+                         "INTERNAL_ERROR",
+                         "REQUEST_NOT_FOUND",
+                         "REQUEST_PARSING_ERROR",
+                         "UNSUPPORTED_PROTOCOL_VERSION",
+                         "INCORRECT_REQUEST_PARAM",
+                         "UNKNOWN_TERMINAL",
+                         "LOCKED_TERMINAL",
+                         "ACTIVATION_REQUIRED",
+                         "LOCKED_CARD",
+                         "CARD_NOT_FOUND",
+                         "CARD_NUMBER_INCORRECT",
+                         "ALREADY_ACTIVATED",
+                         "ACTIVATION_SUM_TYPE_REQUIRED",
+                         "ACTIVATION_BLOCK_REQUIRED",
+                         "REFERRAL_NOT_FOUND",
+                         "REFERRAL_LIMIT_REACHED",
+                         "INCORRECT_BILL",
+                         "UNPROCESSED_BILL",
+                         "BILL_NOT_FOUND",
+                         "UNKNOWN_USER",
+                         "INCORRECT_SUM",
+                         "UNKNOWN_CASH_BACK_TYPE",
+                         "INCORRECT_TOKEN",
+                         "RETAIL_POINT_CONFIG_ERROR",
+                         "REQUEST_ID_EMPTY",
+                         "INCORRECT_REQUEST_ID",
+                         "BILL_INCORRECT_STATE",
+                         "UPDATE_REQUIRED",
+                         "ZERO_ACTIVATION_ERROR",
+                         "INCORRECT_REQUEST",
+                         "DUPLICATE_REQUEST_ID",
+                         "SMS_AUTH_FAILED"};
+  ASSERT_EQ(std::size(names), 33u);
+  for (std::size_t i = 0; i < std::size(names); ++i) {
+    EXPECT_STREQ(loyalty::CodeName(static_cast<Code>(i)), names[i]);
+    EXPECT_STRNE(loyalty::CodeMessage(static_cast<Code>(i)), "");
+    Code found = Code::kOk;
+    EXPECT_TRUE(loyalty::FindCode(names[i], &found));
+    EXPECT_EQ(static_cast<std::size_t>(found), i);
+  }
+  Code found;
+  EXPECT_FALSE(loyalty::FindCode("ok", &found));
+}
+
+TEST(Vocabulary, AmountsAreWrittenWithTwoDecimals) {
+  EXPECT_EQ(loyalty::AmountText(0), "0.00");
+  EXPECT_EQ(loyalty::AmountText(7), "0.07");
+  EXPECT_EQ(loyalty::AmountText(1250), "12.50");
+  EXPECT_EQ(loyalty::AmountText(-5), "-0.05");
+  EXPECT_EQ(loyalty::AmountText(LLONG_MIN), "-92233720368547758.08");
+}
+
+TEST(Vocabulary, DatesFollowTheCalendar) {
+  EXPECT_EQ(loyalty::DateText(0), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(loyalty::DateText(-1), "1969-12-31T23:59:59Z");
+  EXPECT_EQ(loyalty::DateText(951782399), "2000-02-28T23:59:59Z");
+  EXPECT_EQ(loyalty::DateText(951782400), "2000-02-29T00:00:00Z");
+  EXPECT_EQ(loyalty::DateText(951868800), "2000-03-01T00:00:00Z");
+  EXPECT_EQ(loyalty::DateText(1354703430), "2012-12-05T10:30:30Z");
+  EXPECT_EQ(loyalty::DateText(4107542400), "2100-03-01T00:00:00Z");
+}
+
+TEST(Vocabulary, PrintableTakesTheTeethOutOfATerminalsText) {
+  EXPECT_EQ(loyalty::Printable("a\r\nb\x1b[2J\x7f"), "a??b?[2J?");
+  EXPECT_EQ(loyalty::Printable("abcdef", 3), "abc");
+  EXPECT_EQ(loyalty::Printable("Чай"), "Чай");
+}
+
+}  // namespace

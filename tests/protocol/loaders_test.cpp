@@ -734,6 +734,20 @@ TEST_F(Bill, BonusThatIsNoObjectIsSkipped) {
   EXPECT_EQ(TakeTrace(), "  spend [2]\n");
 }
 
+TEST_F(Bill, SecondListOfBonusesOfAGoodReplacesTheFirst) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"earned\":1},{\"earned\":2}],\"bonus\":[{"
+                     "\"earned\":3}]}]}}"),
+            0);
+  ASSERT_EQ(record->bill.goods[0].bonusCount, 1);
+  EXPECT_EQ(record->bill.goods[0].bonuses[0].earned, 3);
+}
+
+TEST_F(Bill, SecondListOfGoodsReplacesTheFirst) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{},{}],\"good\":[{\"cnt\":3}]},\"goodList\":{}}"), 0);
+  ASSERT_EQ(record->bill.goodCount, 1);
+  EXPECT_EQ(record->bill.goods[0].cnt, 3);
+}
+
 TEST_F(Bill, GoodsReplaceThoseOfAnEarlierBill) {
   EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{},{},{}]}}"), 0);
   EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"cnt\":4}]}}"), 0);

@@ -2,6 +2,7 @@
 // the failures that a loopback network does not bring about. Every socket call of this test program goes
 // through the functions here.
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -220,6 +221,19 @@ TEST_F(SocketCalls, FailedShutdownKeepsTheResult) {
       EndsWith("Disconnect\nERROR: shutdown failed with error: 10050\nERROR: LUMO_Disconnect error: 0\n"));
   EXPECT_THAT(std::vector<std::string>(calls.end() - 2, calls.end()),
               ElementsAre("closesocket", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, ClosingTwiceDoesNotCloseAnothersHandle) {
+  const test::ScriptedServer server(kAnswer);
+  ASSERT_EQ(lumo::SocketConnect("127.0.0.1", server.port(), 10), 0);
+  EXPECT_EQ(lumo::SocketClose(), 0);
+  const std::string name = folder.path() + "another";
+  std::FILE *file = std::fopen(name.c_str(), "wb");  // takes the number that has become free
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(lumo::SocketClose(), -1);
+  std::fputs("still open", file);
+  EXPECT_EQ(std::fclose(file), 0);
+  EXPECT_EQ(folder.Read("another"), "still open");
 }
 
 }  // namespace

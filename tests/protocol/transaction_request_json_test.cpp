@@ -160,6 +160,17 @@ TEST_F(RequestWriter, BillWithoutGoodsHasNoGoodList) {
             "\"partnerFee\":0}");
 }
 
+TEST_F(RequestWriter, BillOfOneGoodListsIt) {
+  lumo::Good good = {};
+  lumo::BillBlock bill = {};
+  bill.goods = &good;
+  bill.goodCount = 1;
+  EXPECT_THAT(
+      Printed([&](lumo::JsonPrinter *printer) { return lumo::WriteBillPart(printer, &bill); }),
+      ::testing::EndsWith(",\"partnerFee\":0,\"goodList\":{\"good\":[{\"title\":\"\",\"productCode\":\"\","
+                          "\"positionCost\":0,\"orderNum\":0,\"cnt\":0}]}}"));
+}
+
 TEST_F(RequestWriter, AnySpendAmountButZeroAsksToSpend) {
   lumo::BillBlock bill = {};
   for (const int32_t amount : {1, -1, INT32_MAX}) {

@@ -13,6 +13,7 @@
 #include "protocol/fixture.h"
 #include "protocol/http_transport.h"
 #include "protocol/socket_layer.h"
+#include "protocol/transaction_json.h"
 #include "support/scripted_server.h"
 
 namespace {
@@ -46,6 +47,8 @@ int __real__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int lengt
 int __real__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags);
 int __real__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how);
 int __real__ZN4lumo11closesocketEm(lumo::SOCKET socket);
+int __real__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(lumo::JsonPrinter *printer,
+                                                                     lumo::JsonSink sink, void *user);
 
 int __wrap__ZN4lumo10WSAStartupEtPNS_7WSADATAE(lumo::WORD version, lumo::WSADATA *data) {
   return Note("WSAStartup", " " + std::to_string(version))
@@ -98,6 +101,12 @@ int __wrap__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how) {
 int __wrap__ZN4lumo11closesocketEm(lumo::SOCKET socket) {
   Note("closesocket");
   return __real__ZN4lumo11closesocketEm(socket);
+}
+int __wrap__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(lumo::JsonPrinter *printer,
+                                                                     lumo::JsonSink sink, void *user) {
+  return failing == "JsonPrinterInit"
+             ? 1
+             : __real__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(printer, sink, user);
 }
 }
 
@@ -201,6 +210,26 @@ TEST_F(SocketCalls, FailedSendIsMinus410) {
   EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "socket 2 1 0", "setsockopt 65535 4102 30000",
                                  "setsockopt 65535 4101 30000", "connect", "send 0", "WSACleanup",
                                  "shutdown 2", "closesocket", "WSACleanup"));
+}
+
+TEST_F(SocketCalls, RequestThatCannotBeWrittenIsMinus411AndNotSent) {
+  const test::ScriptedServer server(kAnswer);
+  failing = "JsonPrinterInit";
+  EXPECT_EQ(Exchange(server.address()), -411);
+  EXPECT_THAT(TakeTrace(),
+              EndsWith("Connection established!\nCreateOperationRequest\n"
+                       "ERROR: Create operation request JSON printer init failed [1]Disconnect\n"));
+  EXPECT_THAT(calls, ::testing::Not(::testing::Contains("send 0")));
+  EXPECT_THAT(calls, ::testing::Contains("closesocket"));
+}
+
+TEST_F(SocketCalls, RecordThatCannotBeWrittenIsMinus305AndNotKept) {
+  failing = "JsonPrinterInit";
+  record->request.isOffline = 1;
+  EXPECT_EQ(lumo::WriteTransactionRecord(record), -305);
+  EXPECT_EQ(TakeTrace(), "ERROR: Create operation request JSON printer init failed [1]");
+  EXPECT_FALSE(folder.Exists("LOG"));
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
 }
 
 TEST_F(SocketCalls, FailedReceiveIsMinus401) {

@@ -29,8 +29,8 @@ uint32_t HashRrn(const char (&rrn)[kStackRrnBytes]) {
 }
 
 // The place in its bucket that holds the answer of `rrn` or, when there is none yet, the null that would.
-PaymentAnswer **FindPlace(PaymentAnswer **buckets, uint32_t bucket_count, const char (&rrn)[kStackRrnBytes]) {
-  PaymentAnswer **place = &buckets[HashRrn(rrn) & (bucket_count - 1)];
+PaymentAnswer **FindPlace(const PaymentStack &stack, const char (&rrn)[kStackRrnBytes]) {
+  PaymentAnswer **place = &stack.buckets[HashRrn(rrn) & (stack.bucketCount - 1)].first;
   while (*place != nullptr && memcmp((*place)->rrn, rrn, kStackRrnBytes) != 0) {
     place = &(*place)->next;
   }
@@ -39,13 +39,13 @@ PaymentAnswer **FindPlace(PaymentAnswer **buckets, uint32_t bucket_count, const 
 
 void GrowBuckets(PaymentStack *stack) {
   const uint32_t count = stack->bucketCount == 0 ? kFirstBucketCount : stack->bucketCount * 2;
-  auto **buckets = static_cast<PaymentAnswer **>(MemCalloc(count, sizeof(PaymentAnswer *), LUMO_HERE));
+  auto *buckets = static_cast<PaymentBucket *>(MemCalloc(count, sizeof(PaymentBucket), LUMO_HERE));
   for (uint32_t i = 0; i < stack->bucketCount; ++i) {
-    for (PaymentAnswer *answer = stack->buckets[i]; answer != nullptr;) {
+    for (PaymentAnswer *answer = stack->buckets[i].first; answer != nullptr;) {
       PaymentAnswer *next = answer->next;
-      PaymentAnswer **bucket = &buckets[HashRrn(answer->rrn) & (count - 1)];
-      answer->next = *bucket;
-      *bucket = answer;
+      PaymentBucket &bucket = buckets[HashRrn(answer->rrn) & (count - 1)];
+      answer->next = bucket.first;
+      bucket.first = answer;
       answer = next;
     }
   }
@@ -60,7 +60,7 @@ PaymentAnswer *FindOrAddAnswer(PaymentStack *stack, const char (&rrn)[kStackRrnB
   if (stack->answers == stack->bucketCount) {
     GrowBuckets(stack);
   }
-  PaymentAnswer **place = FindPlace(stack->buckets, stack->bucketCount, rrn);
+  PaymentAnswer **place = FindPlace(*stack, rrn);
   if (*place == nullptr) {
     *place = static_cast<PaymentAnswer *>(MemCalloc(1, sizeof(PaymentAnswer), LUMO_HERE));
     memcpy((*place)->rrn, rrn, kStackRrnBytes);
@@ -92,7 +92,7 @@ void PaymentStackAnswer(PaymentStack *stack, const char *rrn, int32_t state) {
   }
   char key[kStackRrnBytes];
   CopyRrn(key, rrn);
-  PaymentAnswer *answer = *FindPlace(stack->buckets, stack->bucketCount, key);
+  PaymentAnswer *answer = *FindPlace(*stack, key);
   if (answer != nullptr) {
     answer->state = state;
     answer->payments = stack->payments;
@@ -118,7 +118,7 @@ void PaymentStackFree(PaymentStack *stack) {
   while (PaymentStackPop(stack, &item)) {
   }
   for (uint32_t i = 0; i < stack->bucketCount; ++i) {
-    for (PaymentAnswer *answer = stack->buckets[i]; answer != nullptr;) {
+    for (PaymentAnswer *answer = stack->buckets[i].first; answer != nullptr;) {
       PaymentAnswer *next = answer->next;
       MemFree(answer, LUMO_HERE);
       answer = next;

@@ -18,6 +18,10 @@ struct PaymentAnswer {
   PaymentAnswer *next;  // of the same bucket
 };
 
+struct PaymentBucket {
+  PaymentAnswer *first;
+};
+
 struct PaymentStackItem {
   char rrn[kStackRrnBytes];
   int32_t earned;
@@ -32,8 +36,8 @@ struct PaymentStackItem {
 struct PaymentStack {
   PaymentStackItem *newest;
   uint32_t payments;
-  PaymentAnswer **buckets;  // by RRN; never more answers than buckets
-  uint32_t bucketCount;     // 0 or a power of two
+  PaymentBucket *buckets;  // by RRN; never more answers than buckets
+  uint32_t bucketCount;    // 0 or a power of two
   uint32_t answers;
 };
 

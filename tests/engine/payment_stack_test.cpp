@@ -115,7 +115,8 @@ uint64_t LookupSteps(const lumo::PaymentStack &stack) {
   uint64_t steps = 0;
   for (uint32_t i = 0; i < stack.bucketCount; ++i) {
     uint64_t length = 0;
-    for (const lumo::PaymentAnswer *answer = stack.buckets[i]; answer != nullptr; answer = answer->next) {
+    for (const lumo::PaymentAnswer *answer = stack.buckets[i].first; answer != nullptr;
+         answer = answer->next) {
       steps += ++length;
     }
   }

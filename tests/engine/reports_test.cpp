@@ -454,7 +454,7 @@ using ReportsDeathTest = Reports;
 
 TEST_F(ReportsDeathTest, AnActivationOfUnknownTypeFailsTheDebugCheck) {
   EXPECT_DEATH(Detail(Activation("OTHER", 100)),
-               "Unknown: DEBUGCHK failed in file transaction at line [0-9]+ ");
+               HasSubstr("Unknown: DEBUGCHK failed in file transaction at line "));
 }
 
 // The report straight from its rules, walking all payments for each confirmation.

@@ -19,7 +19,8 @@
 namespace {
 
 std::vector<std::string> calls;
-std::string failing;  // the name of the call that fails
+std::string failing;   // the name of the call that fails
+std::string incoming;  // when not empty, what recv hands out, as much as fits each time
 
 // Notes a call; true when it is to fail.
 bool Note(const std::string &name, const std::string &arguments = "") {
@@ -87,6 +88,12 @@ int __wrap__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int lengt
   return -1;
 }
 int __wrap__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
+  if (!incoming.empty()) {
+    const size_t count = std::min(incoming.size(), static_cast<size_t>(capacity));
+    memcpy(buffer, incoming.data(), count);
+    incoming.erase(0, count);
+    return static_cast<int>(count);
+  }
   if (!Note("recv", " " + std::to_string(capacity) + " " + std::to_string(flags))) {
     return __real__ZN4lumo4recvEmPcii(socket, buffer, capacity, flags);
   }
@@ -239,6 +246,25 @@ TEST_F(SocketCalls, FailedReceiveIsMinus401) {
   EXPECT_THAT(TakeTrace(),
               EndsWith("Receiving \nERROR: recv failed with error: 10050\nERROR: LUMO_Receive res -1\n"
                        "ERROR: LUMO_Receive error: -1\nDisconnect\n"));
+}
+
+// A network may bring a long answer in pieces of any size, and the first short one ends it: here all pieces
+// are whole.
+TEST_F(SocketCalls, LongAnswerIsReadWhole) {
+  constexpr int kGoods = 2000;
+  incoming =
+      "{\"putPaymentResponse\":{\"response\":{\"requestState\":\"SUCCESS\"},\"bill\":{\"goodList\":{\"good\":"
+      "[";
+  for (int i = 0; i < kGoods; ++i) {
+    incoming +=
+        std::string(i > 0 ? "," : "") + "{\"title\":\"" + std::to_string(i) + std::string(100, 't') + "\"}";
+  }
+  incoming += "]}}}}";
+  ASSERT_NE(incoming.size() % 500, 0U);
+  const test::ScriptedServer server(kAnswer);
+  EXPECT_EQ(Exchange(server.address()), 0);
+  ASSERT_EQ(record->bill.goodCount, kGoods);
+  EXPECT_EQ(record->bill.goods[kGoods - 1].title, "1999" + std::string(100, 't'));
 }
 
 TEST_F(SocketCalls, FailedShutdownKeepsTheResult) {

@@ -1,0 +1,11 @@
+// bench/heap_calls.h: counts what the whole process asks of the heap.
+#pragma once
+
+#include <cstdint>
+
+namespace bench {
+
+// malloc, calloc and realloc since the process began.
+uint64_t HeapCalls();
+
+}  // namespace bench

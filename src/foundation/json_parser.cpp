@@ -54,20 +54,38 @@ struct Literal {
 };
 constexpr Literal kLiterals[] = {{"true", 4, JSON_TRUE}, {"false", 5, JSON_FALSE}, {"null", 4, JSON_NULL}};
 
-bool IsSpace(char byte) {
-  return byte == ' ' || byte == '\n' || byte == '\t' || byte == '\r';
+// What a byte can be, wherever it stands.
+enum ByteClass : uint8_t {
+  kInvalid = 1,  // a control character that is not white space
+  kSpace = 2,
+  kDigit = 4,
+  kEndsNumber = 8,  // may stand right behind a number
+};
+
+struct ByteClasses {
+  uint8_t of[256];
+};
+
+constexpr ByteClasses MakeByteClasses() {
+  ByteClasses classes{};
+  for (int byte = 0; byte < 0x20; ++byte) classes.of[byte] = kInvalid;
+  for (const char *byte = " \t\n\r"; *byte != 0; ++byte)
+    classes.of[static_cast<int>(*byte)] = kSpace | kEndsNumber;
+  for (int byte = '0'; byte <= '9'; ++byte) classes.of[byte] = kDigit;
+  for (const char *byte = ",]}/#"; *byte != 0; ++byte) classes.of[static_cast<int>(*byte)] = kEndsNumber;
+  return classes;
 }
-bool IsDigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
-bool EndsNumber(char byte) {
-  return IsSpace(byte) || byte == ',' || byte == ']' || byte == '}' || byte == '/' || byte == '#';
+
+constexpr ByteClasses kByteClasses = MakeByteClasses();
+
+inline bool Is(uint8_t byte_class, char byte) {
+  return (kByteClasses.of[static_cast<unsigned char>(byte)] & byte_class) != 0;
 }
 
 // A byte's class is judged before its place, so a control character is an invalid byte even where any other
 // would be unexpected.
 int UnexpectedByte(char byte) {
-  return static_cast<unsigned char>(byte) < 0x20 && !IsSpace(byte) ? kJsonInvalidByte : kJsonUnexpectedByte;
+  return Is(kInvalid, byte) ? kJsonInvalidByte : kJsonUnexpectedByte;
 }
 
 int IgnoreEvent(void *, JsonEvent, const char *, uint32_t) {
@@ -88,20 +106,28 @@ int GrowBuffer(JsonParser *parser) {
   return kJsonNoError;
 }
 
-// Appends to the token. On failure *taken tells how many bytes found room.
-int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
+// Appends to the token piece by piece. On failure *taken tells how many bytes found room.
+int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
   *taken = 0;
   for (;;) {
     const uint32_t room = parser->bufferSize - 1 - parser->bufferFill;
     const uint32_t rest = length - *taken;
     const uint32_t count = rest < room ? rest : room;
-    if (count != 0) std::memcpy(parser->buffer + parser->bufferFill, bytes + *taken, count);
+    JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *taken, count);
     parser->bufferFill += count;
     *taken += count;
     if (*taken == length) return kJsonNoError;
     const int error = GrowBuffer(parser);
     if (error != kJsonNoError) return error;
   }
+}
+
+inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
+  if (length >= parser->bufferSize - parser->bufferFill) return AppendAndGrow(parser, bytes, length, taken);
+  JsonCopyBytes(parser->buffer + parser->bufferFill, bytes, length);
+  parser->bufferFill += length;
+  *taken = length;
+  return kJsonNoError;
 }
 
 // Appends string bytes up to the one that ends the run or the piece, and moves *at there; on failure to the
@@ -148,7 +174,7 @@ int AppendCodePoint(JsonParser *parser, uint32_t code) {
 
 // The value of a hexadecimal digit; 16 for any other byte.
 uint32_t HexValue(char byte) {
-  if (IsDigit(byte)) return static_cast<uint32_t>(byte - '0');
+  if (Is(kDigit, byte)) return static_cast<uint32_t>(byte - '0');
   const char lower = static_cast<char>(byte | 0x20);
   return lower >= 'a' && lower <= 'f' ? static_cast<uint32_t>(lower - 'a' + 10) : 16;
 }
@@ -275,7 +301,7 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
           state = byte == '{' ? kObjectFirst : kArrayFirst;
           continue;
         }
-        if (byte == '-' || IsDigit(byte)) {
+        if (byte == '-' || Is(kDigit, byte)) {
           number = p++;
           parser->bufferFill = 0;
           state = byte == '-' ? kNumberMinus : byte == '0' ? kNumberZero : kNumberInteger;
@@ -401,13 +427,13 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
         break;
 
       case kNumberMinus:
-        if (!IsDigit(byte)) break;
+        if (!Is(kDigit, byte)) break;
         ++p;
         state = byte == '0' ? kNumberZero : kNumberInteger;
         continue;
 
       case kNumberPoint:
-        if (!IsDigit(byte)) break;
+        if (!Is(kDigit, byte)) break;
         ++p;
         state = kNumberFraction;
         continue;
@@ -420,38 +446,38 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
         }
         [[fallthrough]];
       case kNumberSign:
-        if (!IsDigit(byte)) break;
+        if (!Is(kDigit, byte)) break;
         ++p;
         state = kNumberExponent;
         continue;
 
-      case kNumberZero:
       case kNumberInteger:
       case kNumberFraction:
       case kNumberExponent:
-        if (IsDigit(byte) && state != kNumberZero) {
-          do ++p;
-          while (p != end && IsDigit(*p));
+        while (p != end && Is(kDigit, *p)) ++p;
+        if (p == end) continue;
+        [[fallthrough]];
+      case kNumberZero:
+        if (Is(kEndsNumber, *p)) {
+          error = AppendNumber(parser, number, &p);
+          number = p;
+          if (error != kJsonNoError) break;
+          error = EmitToken(parser, state == kNumberZero || state == kNumberInteger ? JSON_INT : JSON_FLOAT);
+          if (error != kJsonNoError) break;
+          state = kAfterValue;
           continue;
         }
-        if (byte == '.' && (state == kNumberZero || state == kNumberInteger)) {
+        if (*p == '.' && (state == kNumberZero || state == kNumberInteger)) {
           ++p;
           state = kNumberPoint;
           continue;
         }
-        if ((byte == 'e' || byte == 'E') && state != kNumberExponent) {
+        if ((*p == 'e' || *p == 'E') && state != kNumberExponent) {
           ++p;
           state = kNumberE;
           continue;
         }
-        if (!EndsNumber(byte)) break;
-        error = AppendNumber(parser, number, &p);
-        number = p;
-        if (error != kJsonNoError) break;
-        error = EmitToken(parser, state == kNumberZero || state == kNumberInteger ? JSON_INT : JSON_FLOAT);
-        if (error != kJsonNoError) break;
-        state = kAfterValue;
-        continue;
+        break;
 
       case kLiteral: {
         const Literal &literal = kLiterals[parser->literal];
@@ -500,9 +526,9 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
 
     // Between two tokens.
     if (state <= kLastBetweenTokens) {
-      if (IsSpace(byte)) {
+      if (Is(kSpace, byte)) {
         do ++p;
-        while (p != end && IsSpace(*p));
+        while (p != end && Is(kSpace, *p));
         continue;
       }
       if (byte == '/') {

@@ -8,122 +8,146 @@
 namespace lumo {
 namespace {
 
-// Collects what one event writes, so that the sink is called once for most of them.
-struct Output {
-  JsonPrinter *printer;
-  uint32_t fill;
-  char bytes[512];
-};
+constexpr uint32_t kRoom = kJsonPrinterBuffer;
 
-void Flush(Output *out) {
-  if (out->fill != 0) out->printer->sink(out->printer->user, out->bytes, out->fill);
-  out->fill = 0;
+void Flush(JsonPrinter *printer) {
+  if (printer->fill != 0) printer->sink(printer->user, printer->buffer, printer->fill);
+  printer->fill = 0;
 }
 
-void PutByte(Output *out, char byte) {
-  if (out->fill == sizeof out->bytes) Flush(out);
-  out->bytes[out->fill++] = byte;
+inline void PutByte(JsonPrinter *printer, char byte) {
+  if (printer->fill == kRoom) Flush(printer);
+  printer->buffer[printer->fill++] = byte;
 }
 
-void PutBytes(Output *out, const char *bytes, uint32_t length) {
-  if (length > sizeof out->bytes - out->fill) Flush(out);
-  if (length > sizeof out->bytes) {
-    out->printer->sink(out->printer->user, bytes, length);
+void PutBytes(JsonPrinter *printer, const char *bytes, uint32_t length) {
+  if (length > kRoom - printer->fill) Flush(printer);
+  if (length > kRoom) {
+    printer->sink(printer->user, bytes, length);
     return;
   }
-  if (length != 0) std::memcpy(out->bytes + out->fill, bytes, length);
-  out->fill += length;
+  JsonCopyBytes(printer->buffer + printer->fill, bytes, length);
+  printer->fill += length;
 }
 
-void PutEscape(Output *out, unsigned char byte) {
+void PutEscape(JsonPrinter *printer, unsigned char byte) {
   constexpr char kHexDigits[] = "0123456789abcdef";
   // The letter after the backslash; 'u' where four digits follow.
   constexpr char kLetters[] = "uuuuuuuubtnufruuuuuuuuuuuuuuuuuu";
   const char letter = byte < 0x20 ? kLetters[byte] : static_cast<char>(byte);
-  PutByte(out, '\\');
-  PutByte(out, letter);
+  PutByte(printer, '\\');
+  PutByte(printer, letter);
   if (letter != 'u') return;
-  PutBytes(out, "00", 2);
-  PutByte(out, kHexDigits[byte >> 4]);
-  PutByte(out, kHexDigits[byte & 15]);
+  PutBytes(printer, "00", 2);
+  PutByte(printer, kHexDigits[byte >> 4]);
+  PutByte(printer, kHexDigits[byte & 15]);
 }
 
-void PutQuoted(Output *out, const char *text, uint32_t length) {
-  PutByte(out, '"');
+void PutQuoted(JsonPrinter *printer, const char *text, uint32_t length) {
+  PutByte(printer, '"');
   uint32_t done = 0;
   while (done < length) {
-    if (out->fill == sizeof out->bytes) Flush(out);
-    const uint32_t room = static_cast<uint32_t>(sizeof out->bytes) - out->fill;
+    if (printer->fill == kRoom) Flush(printer);
+    const uint32_t room = kRoom - printer->fill;
     const uint32_t rest = length - done;
-    const uint32_t run = JsonCopyRun(out->bytes + out->fill, text + done, rest < room ? rest : room);
-    out->fill += run;
+    const uint32_t run = JsonCopyRun(printer->buffer + printer->fill, text + done, rest < room ? rest : room);
+    printer->fill += run;
     done += run;
     if (done < length && JsonEndsRun(static_cast<unsigned char>(text[done]))) {
-      PutEscape(out, static_cast<unsigned char>(text[done++]));
+      PutEscape(printer, static_cast<unsigned char>(text[done++]));
     }
   }
-  PutByte(out, '"');
+  PutByte(printer, '"');
 }
 
-void PutLineEnd(Output *out) {
-  const uint32_t length = static_cast<uint32_t>(std::strlen(out->printer->indent));
-  PutByte(out, '\n');
-  for (int32_t level = 0; level < out->printer->level; ++level) PutBytes(out, out->printer->indent, length);
+void PutLineEnd(JsonPrinter *printer) {
+  const uint32_t length = static_cast<uint32_t>(std::strlen(printer->indent));
+  PutByte(printer, '\n');
+  for (int32_t level = 0; level < printer->level; ++level) PutBytes(printer, printer->indent, length);
 }
 
-int Print(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length, bool pretty) {
-  Output out;
-  out.printer = printer;
-  out.fill = 0;
-  if (data == nullptr) length = 0;
+// What goes before an item, and the marks that the event leaves for the next one.
+template <bool pretty>
+void BeginEvent(JsonPrinter *printer, JsonEvent event) {
   const bool closes = event == JSON_ARRAY_END || event == JSON_OBJECT_END;
   if (closes) {
     --printer->level;
   } else if (!printer->justEntered && !printer->afterKey) {
-    PutByte(&out, ',');
+    PutByte(printer, ',');
   }
-  if (pretty && (closes || (!printer->first && !printer->afterKey))) PutLineEnd(&out);
-  printer->afterKey = false;
+  if (pretty && (closes || (!printer->first && !printer->afterKey))) PutLineEnd(printer);
+  printer->afterKey = event == JSON_KEY;
+  printer->justEntered = event == JSON_ARRAY_BEGIN || event == JSON_OBJECT_BEGIN;
+  printer->first = false;
+  if (printer->justEntered) ++printer->level;
+}
+
+// A key or string that needs no escape and fits the buffer, as nearly all do: written in one go, without
+// asking anew for each byte whether there is room. False: nothing has been written.
+bool PutPlainText(JsonPrinter *printer, bool is_key, const char *data, uint32_t length) {
+  constexpr uint32_t kAround = 4;  // a comma, two quotes and a colon
+  if (size_t{length} + kAround > kRoom - printer->fill) return false;
+  char *out = printer->buffer + printer->fill;
+  *out = ',';
+  if (!printer->justEntered && !printer->afterKey) ++out;
+  *out++ = '"';
+  if (JsonCopyRun(out, data, length) != length) return false;
+  out += length;
+  *out++ = '"';
+  *out = ':';
+  if (is_key) ++out;
+  printer->fill = static_cast<uint32_t>(out - printer->buffer);
+  printer->afterKey = is_key;
   printer->justEntered = false;
   printer->first = false;
+  if (printer->level <= 0) Flush(printer);
+  return true;
+}
 
+template <bool pretty>
+int Print(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length) {
+  if (data == nullptr) length = 0;
+  if (!pretty && (event == JSON_KEY || event == JSON_STRING) &&
+      PutPlainText(printer, event == JSON_KEY, data, length)) {
+    return 0;
+  }
+  BeginEvent<pretty>(printer, event);
   switch (event) {
     case JSON_ARRAY_BEGIN:
+      PutByte(printer, '[');
+      break;
     case JSON_OBJECT_BEGIN:
-      PutByte(&out, event == JSON_OBJECT_BEGIN ? '{' : '[');
-      ++printer->level;
-      printer->justEntered = true;
+      PutByte(printer, '{');
       break;
     case JSON_ARRAY_END:
-      PutByte(&out, ']');
+      PutByte(printer, ']');
       break;
     case JSON_OBJECT_END:
-      PutByte(&out, '}');
+      PutByte(printer, '}');
       break;
     case JSON_INT:
     case JSON_FLOAT:
-      PutBytes(&out, data, length);
+      PutBytes(printer, data, length);
       break;
     case JSON_STRING:
-      PutQuoted(&out, data, length);
+      PutQuoted(printer, data, length);
       break;
     case JSON_KEY:
-      PutQuoted(&out, data, length);
-      PutByte(&out, ':');
-      if (pretty) PutByte(&out, ' ');
-      printer->afterKey = true;
+      PutQuoted(printer, data, length);
+      PutByte(printer, ':');
+      if (pretty) PutByte(printer, ' ');
       break;
     case JSON_TRUE:
-      PutBytes(&out, "true", 4);
+      PutBytes(printer, "true", 4);
       break;
     case JSON_FALSE:
-      PutBytes(&out, "false", 5);
+      PutBytes(printer, "false", 5);
       break;
     case JSON_NULL:
-      PutBytes(&out, "null", 4);
+      PutBytes(printer, "null", 4);
       break;
   }
-  Flush(&out);
+  if (printer->level <= 0) Flush(printer);
   return 0;
 }
 
@@ -131,21 +155,23 @@ int Print(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t leng
 
 int JsonPrinterInit(JsonPrinter *printer, JsonSink sink, void *user) {
   if (printer == nullptr || sink == nullptr) return 1;
-  *printer = JsonPrinter();
   printer->sink = sink;
   printer->user = user;
   printer->indent = "\t";
+  printer->level = 0;
+  printer->afterKey = false;
   printer->justEntered = true;
   printer->first = true;
+  printer->fill = 0;
   return 0;
 }
 
 int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length) {
-  return Print(printer, event, data, length, false);
+  return Print<false>(printer, event, data, length);
 }
 
 int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length) {
-  return Print(printer, event, data, length, true);
+  return Print<true>(printer, event, data, length);
 }
 
 int JsonPrinterPrint(JsonPrinter *printer, JsonPrinterFunction print, ...) {
@@ -162,7 +188,8 @@ int JsonPrinterPrint(JsonPrinter *printer, JsonPrinterFunction print, ...) {
   return result;
 }
 
-int JsonPrinterFree(JsonPrinter *) {
+int JsonPrinterFree(JsonPrinter *printer) {
+  Flush(printer);
   return 0;
 }
 

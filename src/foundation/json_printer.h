@@ -8,6 +8,8 @@ namespace lumo {
 // Takes the next `length` bytes of the text; they are not zero-terminated and valid only during the call.
 using JsonSink = void (*)(void *user, const char *text, uint32_t length);
 
+constexpr uint32_t kJsonPrinterBuffer = 512;
+
 struct JsonPrinter {
   JsonSink sink;
   void *user;
@@ -16,6 +18,10 @@ struct JsonPrinter {
   bool afterKey;     // no comma and no line end belongs before the next item
   bool justEntered;  // no comma belongs before the next item
   bool first;        // no line end belongs before the next item
+  // Text on its way to the sink. It goes there when it fills the buffer, at the end of an event at level 0
+  // and at the latest with JsonPrinterFree.
+  uint32_t fill;
+  char buffer[kJsonPrinterBuffer];
 };
 
 int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
@@ -32,6 +38,6 @@ using JsonPrinterFunction = int (*)(JsonPrinter *printer, JsonEvent event, const
 // data are followed by a const char * and a uint32_t. Returns the first result that is not 0.
 int JsonPrinterPrint(JsonPrinter *printer, JsonPrinterFunction print, ...);
 
-int JsonPrinterFree(JsonPrinter *printer);  // 0: a printer owns nothing
+int JsonPrinterFree(JsonPrinter *printer);  // 0; hands on what a document left open has in the buffer
 
 }  // namespace lumo

@@ -7,6 +7,7 @@
 #include "foundation/files.h"
 #include "foundation/json_dom.h"
 #include "foundation/json_parser.h"
+#include "foundation/json_scan.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
 
@@ -43,49 +44,39 @@ constexpr size_t kFirstItems = 2048;
 
 int printer_flag;
 
-// More room than the block in use has: the next block, or a block of its own for a large piece. Returns its
-// low end.
-char *AddBlock(JsonReader *reader, size_t size) {
+// Room for a piece that the block in use cannot take: a new block in use or, for a large piece, a block of its own, so
+// that what is left of the block in use is not lost. `texts` takes it from the high end.
+char *AllocateInNewBlock(JsonReader *reader, size_t size, bool texts) {
   const bool of_its_own = size > reader->blockSize / 2;
   const size_t block_size = of_its_own ? size : reader->blockSize;
   auto *block = static_cast<JsonBlock *>(MemMalloc(sizeof(JsonBlock) + block_size, LUMO_HERE));
   block->next = reader->blocks;
   reader->blocks = block;
   char *bytes = reinterpret_cast<char *>(block + 1);
-  if (!of_its_own) {
-    reader->low = bytes;
-    reader->high = bytes + block_size;
-    if (reader->blockSize < kLargestBlock) reader->blockSize *= 2;
-  }
-  return bytes;
-}
-
-bool HasRoom(const JsonReader *reader, size_t size) {
-  return size <= static_cast<size_t>(reader->high - reader->low);
+  if (of_its_own) return bytes;
+  if (reader->blockSize < kLargestBlock) reader->blockSize *= 2;
+  reader->low = texts ? bytes : bytes + size;
+  reader->high = texts ? bytes + block_size - size : bytes + block_size;
+  return texts ? reader->high : bytes;
 }
 
 void *AllocateNodes(JsonReader *reader, size_t size) {
-  if (!HasRoom(reader, size)) {
-    char *bytes = AddBlock(reader, size);
-    if (bytes != reader->low) return bytes;
-  }
+  if (size > static_cast<size_t>(reader->high - reader->low)) return AllocateInNewBlock(reader, size, false);
   char *bytes = reader->low;
   reader->low += size;
   return bytes;
 }
 
-const char *CopyText(JsonReader *reader, const char *text, uint32_t length) {
+inline const char *CopyText(JsonReader *reader, const char *text, uint32_t length) {
   const size_t size = size_t{length} + 1;
-  char *copy = nullptr;
-  if (!HasRoom(reader, size)) {
-    char *bytes = AddBlock(reader, size);
-    if (bytes != reader->low) copy = bytes;
-  }
-  if (copy == nullptr) {
+  char *copy;
+  if (size > static_cast<size_t>(reader->high - reader->low)) {
+    copy = AllocateInNewBlock(reader, size, true);
+  } else {
     reader->high -= size;
     copy = reader->high;
   }
-  if (length != 0) std::memcpy(copy, text, length);
+  JsonCopyBytes(copy, text, length);
   copy[length] = 0;
   return copy;
 }

@@ -147,16 +147,49 @@ TEST(JsonPrinter, StartsWithATabAtLevelZeroJustEntered) {
   EXPECT_EQ(JsonPrinterInit(&printer, nullptr, &text), 1);
 }
 
-TEST(JsonPrinter, CallsItsSinkOnceForAnOrdinaryEvent) {
+// What the sink got so far, and in how many calls.
+struct Taken {
+  std::string text;
   int calls = 0;
+};
+
+void Take(void *user, const char *text, uint32_t length) {
+  auto *taken = static_cast<Taken *>(user);
+  taken->text.append(text, length);
+  ++taken->calls;
+}
+
+TEST(JsonPrinter, HandsADocumentOnWhenItIsComplete) {
+  Taken taken;
   JsonPrinter printer;
-  ASSERT_EQ(JsonPrinterInit(
-                &printer, [](void *user, const char *, uint32_t) { ++*static_cast<int *>(user); }, &calls),
-            0);
+  ASSERT_EQ(JsonPrinterInit(&printer, Take, &taken), 0);
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
-  JsonPrinterRaw(&printer, JSON_KEY, "name", 4);
-  JsonPrinterRaw(&printer, JSON_STRING, "\xD0\x9C\"\xD0\x9B", 5);
-  EXPECT_EQ(calls, 3);
+  JsonPrinterRaw(&printer, JSON_KEY, "a", 1);
+  JsonPrinterRaw(&printer, JSON_INT, "1", 1);
+  JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
+  EXPECT_EQ(taken.text, "{\"a\":1}");
+  EXPECT_EQ(taken.calls, 1);
+}
+
+TEST(JsonPrinter, HandsADocumentLeftOpenOnWhenItIsFreed) {
+  Taken taken;
+  JsonPrinter printer;
+  ASSERT_EQ(JsonPrinterInit(&printer, Take, &taken), 0);
+  JsonPrinterRaw(&printer, JSON_ARRAY_BEGIN, nullptr, 0);
+  JsonPrinterRaw(&printer, JSON_TRUE, nullptr, 0);
+  EXPECT_EQ(JsonPrinterFree(&printer), 0);
+  EXPECT_EQ(taken.text, "[true");
+}
+
+TEST(JsonPrinter, CallsItsSinkForLargePiecesOnly) {
+  Taken taken;
+  JsonPrinter printer;
+  ASSERT_EQ(JsonPrinterInit(&printer, Take, &taken), 0);
+  JsonPrinterRaw(&printer, JSON_ARRAY_BEGIN, nullptr, 0);
+  for (int i = 0; i < 10000; ++i) JsonPrinterRaw(&printer, JSON_STRING, "0123456", 7);
+  JsonPrinterRaw(&printer, JSON_ARRAY_END, nullptr, 0);
+  EXPECT_EQ(taken.text.size(), 100001U);
+  EXPECT_LE(taken.calls, 200);
 }
 
 TEST(JsonPrinter, PrettyPutsEachItemOnALineWithATabForEachLevel) {

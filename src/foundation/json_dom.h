@@ -58,16 +58,6 @@ void JsonDomFree(JsonDomBuilder<Tree> *builder) {
 }
 
 template <class Tree>
-int JsonDomAppend(JsonDomBuilder<Tree> *builder, const typename Tree::Value &value) {
-  auto &top = builder->stack[builder->stackFill - 1];
-  const char *key = top.key;
-  const uint32_t key_length = top.keyLength;
-  top.key = nullptr;
-  top.keyLength = 0;
-  return builder->tree->Append(top.structure, key, key_length, value);
-}
-
-template <class Tree>
 int JsonDomOpen(JsonDomBuilder<Tree> *builder, bool is_object) {
   using Level = typename JsonDomBuilder<Tree>::Level;
   typename Tree::Structure structure;
@@ -86,43 +76,37 @@ int JsonDomOpen(JsonDomBuilder<Tree> *builder, bool is_object) {
   return kJsonNoError;
 }
 
-template <class Tree>
-int JsonDomClose(JsonDomBuilder<Tree> *builder) {
-  // A bracket that closes nothing is reported here before the parser refuses it.
-  if (builder->stackFill == 0) return kJsonNoError;
-  const typename Tree::Value value =
-      builder->tree->CloseStructure(builder->stack[--builder->stackFill].structure);
-  if (builder->stackFill != 0) return JsonDomAppend(builder, value);
-  builder->root = value;
-  builder->hasRoot = true;
-  return kJsonNoError;
-}
-
 // Takes one event. A value outside of all structures leaves no trace: only an object or an array becomes the
-// root.
+// root. Nor does a bracket that closes nothing, which is reported here before the parser refuses it.
 template <class Tree>
 int JsonDomEvent(JsonDomBuilder<Tree> *builder, JsonEvent event, const char *data, uint32_t length) {
-  switch (event) {
-    case JSON_ARRAY_BEGIN:
-    case JSON_OBJECT_BEGIN:
-      return JsonDomOpen(builder, event == JSON_OBJECT_BEGIN);
-    case JSON_ARRAY_END:
-    case JSON_OBJECT_END:
-      return JsonDomClose(builder);
-    case JSON_KEY: {
-      if (builder->stackFill == 0) return kJsonNoError;
-      auto &top = builder->stack[builder->stackFill - 1];
-      top.key = builder->tree->CopyKey(data, length);
-      top.keyLength = length;
-      return top.key != nullptr ? kJsonNoError : kJsonNoMemory;
-    }
-    default: {
-      if (builder->stackFill == 0) return kJsonNoError;
-      typename Tree::Value value;
-      if (!builder->tree->CreateValue(event, data, length, &value)) return kJsonNoMemory;
-      return JsonDomAppend(builder, value);
-    }
+  if (event == JSON_ARRAY_BEGIN || event == JSON_OBJECT_BEGIN) {
+    return JsonDomOpen(builder, event == JSON_OBJECT_BEGIN);
   }
+  if (builder->stackFill == 0) return kJsonNoError;
+  auto *top = &builder->stack[builder->stackFill - 1];
+  if (event == JSON_KEY) {
+    top->key = builder->tree->CopyKey(data, length);
+    top->keyLength = length;
+    return top->key != nullptr ? kJsonNoError : kJsonNoMemory;
+  }
+  typename Tree::Value value;
+  if (event == JSON_ARRAY_END || event == JSON_OBJECT_END) {
+    value = builder->tree->CloseStructure(top->structure);
+    if (--builder->stackFill == 0) {
+      builder->root = value;
+      builder->hasRoot = true;
+      return kJsonNoError;
+    }
+    --top;
+  } else if (!builder->tree->CreateValue(event, data, length, &value)) {
+    return kJsonNoMemory;
+  }
+  const char *key = top->key;
+  const uint32_t key_length = top->keyLength;
+  top->key = nullptr;
+  top->keyLength = 0;
+  return builder->tree->Append(top->structure, key, key_length, value);
 }
 
 // An event callback whose user pointer is the builder.

@@ -70,9 +70,9 @@ constexpr ByteClasses MakeByteClasses() {
   ByteClasses classes{};
   for (int byte = 0; byte < 0x20; ++byte) classes.of[byte] = kInvalid;
   for (const char *byte = " \t\n\r"; *byte != 0; ++byte)
-    classes.of[static_cast<int>(*byte)] = kSpace | kEndsNumber;
+    classes.of[static_cast<unsigned char>(*byte)] = kSpace | kEndsNumber;
   for (int byte = '0'; byte <= '9'; ++byte) classes.of[byte] = kDigit;
-  for (const char *byte = ",]}/#"; *byte != 0; ++byte) classes.of[static_cast<int>(*byte)] = kEndsNumber;
+  for (const char *byte = ",]}/#"; *byte != 0; ++byte) classes.of[static_cast<unsigned char>(*byte)] = kEndsNumber;
   return classes;
 }
 

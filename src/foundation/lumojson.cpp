@@ -39,13 +39,18 @@ constexpr int kFileNotOpened = -307;
 
 constexpr uint32_t kFileChunk = 1024;
 constexpr size_t kSmallestBlock = 1024;
-constexpr size_t kLargestBlock = 64 * 1024;
+// Below the size from which heaps map and unmap every piece on its own.
+constexpr size_t kLargestBlock = 96 * 1024;
 constexpr size_t kFirstItems = 2048;
 
 int printer_flag;
 
-// Room for a piece that the block in use cannot take: a new block in use or, for a large piece, a block of its own, so
-// that what is left of the block in use is not lost. `texts` takes it from the high end.
+size_t Smaller(size_t a, size_t b) {
+  return a < b ? a : b;
+}
+
+// Room for a piece that the block in use cannot take: a new block in use or, for a large piece, a block of
+// its own, so that what is left of the block in use is not lost. `texts` takes it from the high end.
 char *AllocateInNewBlock(JsonReader *reader, size_t size, bool texts) {
   const bool of_its_own = size > reader->blockSize / 2;
   const size_t block_size = of_its_own ? size : reader->blockSize;
@@ -54,7 +59,7 @@ char *AllocateInNewBlock(JsonReader *reader, size_t size, bool texts) {
   reader->blocks = block;
   char *bytes = reinterpret_cast<char *>(block + 1);
   if (of_its_own) return bytes;
-  if (reader->blockSize < kLargestBlock) reader->blockSize *= 2;
+  reader->blockSize = Smaller(reader->blockSize * 2, kLargestBlock);
   reader->low = texts ? bytes : bytes + size;
   reader->high = texts ? bytes + block_size - size : bytes + block_size;
   return texts ? reader->high : bytes;
@@ -128,23 +133,32 @@ struct NodeTree {
     return node;
   }
 
-  template <class Item>
-  int Push(const Item &item) {
-    if (itemsSize - itemsFill < sizeof item) {
-      const size_t size = itemsSize != 0 ? itemsSize * 2 : kFirstItems;
-      void *grown = MemReallocShort(items, size);
-      if (grown == nullptr) return kAppendNoMemory;
+  // Room for one more item; null when it cannot be had.
+  char *Push(size_t size) {
+    if (itemsSize - itemsFill < size) {
+      const size_t grown_size = itemsSize != 0 ? itemsSize * 2 : kFirstItems;
+      void *grown = MemReallocShort(items, grown_size);
+      if (grown == nullptr) return nullptr;
       items = static_cast<char *>(grown);
-      itemsSize = size;
+      itemsSize = grown_size;
     }
-    std::memcpy(items + itemsFill, &item, sizeof item);
-    itemsFill += sizeof item;
-    return 0;
+    itemsFill += size;
+    return items + itemsFill - size;
   }
 
   int Append(const Structure &structure, const char *key, uint32_t key_length, const JsonNode &value) {
-    if (structure.type != JSON_OBJECT_BEGIN) return Push(value);
-    return Push(JsonMember{key, key_length, value});
+    if (structure.type == JSON_OBJECT_BEGIN) {
+      auto *member = reinterpret_cast<JsonMember *>(Push(sizeof(JsonMember)));
+      if (member == nullptr) return kAppendNoMemory;
+      member->key = key;
+      member->key_length = key_length;
+      member->value = value;
+    } else {
+      auto *element = reinterpret_cast<JsonNode *>(Push(sizeof(JsonNode)));
+      if (element == nullptr) return kAppendNoMemory;
+      *element = value;
+    }
+    return 0;
   }
 
   const char *CopyKey(const char *key, uint32_t length) { return CopyText(reader, key, length); }
@@ -259,9 +273,8 @@ int parseJsonFile(JsonReader *reader, const char *file_name) {
 int parseJsonText(JsonReader *reader, const char *text) {
   if (reader == nullptr) return kNoReader;
   const size_t length = text != nullptr ? std::strlen(text) : 0;
-  // A tree takes about twice the room of its compact text.
-  size_t first_block = kSmallestBlock;
-  while (first_block < 2 * length && first_block < kLargestBlock) first_block *= 2;
+  // A tree takes two to three times the room of its compact text.
+  const size_t first_block = Smaller(kSmallestBlock + 3 * Smaller(length, kLargestBlock), kLargestBlock);
   Parse parse;
   const int error = BeginParse(&parse, reader, first_block);
   if (error != 0) return error;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/files.h"
+#include "support/allocations.h"
 #include "support/folder.h"
 
 using namespace lumo;
@@ -166,6 +167,26 @@ TEST_F(ReadText, KeepsEveryItemOfALargeDocument) {
     ASSERT_EQ(JsonInt32(good.members[2].value.elements[0]), static_cast<int32_t>(i % 7));
   }
   EXPECT_EQ(std::strlen(root->elements[goods].text), 1000000U);
+}
+
+TEST_F(ReadText, TakesFewPiecesOfMemoryHoweverManyItemsThereAre) {
+  const auto calls = [](int goods) {
+    std::string text = "[";
+    for (int i = 0; i < goods; ++i)
+      text += std::string(i == 0 ? "" : ",") + "{\"title\":\"a title\",\"cnt\":[1,2,3]}";
+    text += "]";
+    const test::Allocations before = test::CountAllocations();
+    JsonReader *own = JsonReaderCreate();
+    EXPECT_EQ(parseJsonText(own, text.c_str()), 0);
+    EXPECT_EQ(JsonReaderRoot(own)->count, static_cast<uint32_t>(goods));
+    JsonReaderDestroy(own);
+    const test::Allocations after = test::CountAllocations();
+    return after.mallocs + after.callocs + after.reallocs - before.mallocs - before.callocs - before.reallocs;
+  };
+  EXPECT_LE(calls(1), 6);
+  EXPECT_LE(calls(100), 8);
+  EXPECT_LE(calls(1000), 12);
+  EXPECT_LE(calls(10000), 40);
 }
 
 // Files.

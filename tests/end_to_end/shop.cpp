@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <regex>
 #include <stdexcept>
 
 #ifdef _WIN32
@@ -53,25 +54,36 @@ void Resolve(void *module, const char *name, Function &function) {
 
 }  // namespace
 
-Shop::Shop() {
+Shop::Shop(const std::string &folder_name) {
   SetClock(2012, 12, 5, 10, 0, 0);
-  const fs::path folder = FreshFolder();
-  const fs::path built = LUMO_LIBRARY_FILE;
-  const fs::path library = folder / built.filename();
-  fs::copy_file(built, library);
+  const fs::path root = FreshFolder();
+  root_ = root.u8string();
+  const fs::path folder = folder_name.empty() ? root : root / fs::u8path(folder_name);
+  fs::create_directories(folder);
   folder_ = folder.u8string() + "/";
-  void *module = Load(library);
-  if (module == nullptr) throw std::runtime_error("the library file does not load");
-#define SHOP_RESOLVE(name) Resolve(module, #name, name);
-  SHOP_LUMO_CALLS(SHOP_RESOLVE)
-#undef SHOP_RESOLVE
+  LoadCopy(fs::path(LUMO_LIBRARY_FILE).filename().u8string());
 }
 
 // The library stays loaded until the process ends, as in a register; only its folder goes.
 Shop::~Shop() {
   ReleaseClock();
   std::error_code ignored;
-  fs::remove_all(fs::u8path(folder_), ignored);
+  fs::remove_all(fs::u8path(root_), ignored);
+}
+
+void Shop::LoadAgain() {
+  const fs::path built = LUMO_LIBRARY_FILE;
+  LoadCopy(built.stem().u8string() + std::to_string(++copies_) + built.extension().u8string());
+}
+
+void Shop::LoadCopy(const std::string &file_name) {
+  const fs::path library = fs::u8path(folder_ + file_name);
+  fs::copy_file(LUMO_LIBRARY_FILE, library);
+  void *module = Load(library);
+  if (module == nullptr) throw std::runtime_error("the library file does not load");
+#define SHOP_RESOLVE(name) Resolve(module, #name, name);
+  SHOP_LUMO_CALLS(SHOP_RESOLVE)
+#undef SHOP_RESOLVE
 }
 
 void Shop::Start(const std::string &server_address, const std::string &more) {
@@ -100,9 +112,24 @@ bool Shop::Exists(const std::string &name) const {
   return fs::exists(fs::u8path(folder_ + name));
 }
 
-void Shop::ClearTrace() const {
+void Shop::Remove(const std::string &name) const {
   std::error_code ignored;
-  fs::remove(fs::u8path(folder_ + "TRACE.TXT"), ignored);
+  fs::remove(fs::u8path(folder_ + name), ignored);
+}
+
+std::string Shop::Trace(const std::string &name) const {
+  if (!Exists(name)) return "";
+  std::string trace = Read(name);
+#ifdef _WIN32
+  // The trace is a text file, and a seek that succeeds leaves the last error as it was.
+  for (size_t at; (at = trace.find("\r\n")) != std::string::npos;) trace.erase(at, 1);
+  trace = std::regex_replace(trace, std::regex("(SetFilePointer function failed with error )[0-9]+"), "$010");
+#endif
+  return trace;
+}
+
+void Shop::ClearTrace() const {
+  Remove("TRACE.TXT");
 }
 
 std::string Post(const ScriptedServer &server, const std::string &method, const std::string &body) {

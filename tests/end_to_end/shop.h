@@ -1,5 +1,6 @@
 // end_to_end/shop.h: a shop of the test's own: a fresh folder, a copy of the library file in it, loaded as a
-// register loads it. The library keeps its state for the whole process, so a test opens one shop.
+// register loads it. Each copy is a library of its own, as in a process of its own: a second shop is a second
+// register, and a shop started again is a register whose first process ended without a word.
 #pragma once
 
 #include <string>
@@ -8,32 +9,35 @@
 #include "support/scripted_server.h"
 #include "support/test_clock.h"
 
-#define SHOP_LUMO_CALLS(CALL)                                                                               \
-  CALL(LUMOInit)                                                                                            \
-  CALL(LUMOInitExt)                                                                                         \
-  CALL(LUMOClean)                                                                                           \
-  CALL(GetErrorMessage)                                                                                     \
-  CALL(DllAttach) CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress)        \
-      CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(InitState)                 \
-          CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)               \
-              CALL(CreateTransaction) CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount) \
-                  CALL(BalanceProc) CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc)          \
-                      CALL(PaymentConfirmProc) CALL(PaymentCancelProc) CALL(CashBackProc)                   \
-                          CALL(GetCashBackResult) CALL(DepositProc) CALL(ExchangeProc) CALL(LinkCardProc)   \
-                              CALL(CreateAmountBill) CALL(getResponseState) CALL(getResponseStateCode)      \
-                                  CALL(getResponseMessage) CALL(getRRN) CALL(GetEarnBonusAmount)            \
-                                      CALL(GetSpendBonusAmount) CALL(GetDiscountAmount)                     \
-                                          CALL(getReceiptHeaderPtr) CALL(getReceiptBodyPtr)                 \
-                                              CALL(getReceiptFooterPtr) CALL(getReceiptBody)                \
-                                                  CALL(SendOfflinePayments) CALL(GenerateSummaryReport)     \
-                                                      CALL(GenerateReport) CALL(GetReportPtr)               \
-                                                          CALL(RunUpdater) CALL(CommitUpdates)
+#define SHOP_LUMO_CALLS(CALL)                                                                              \
+  CALL(LUMOInit)                                                                                           \
+  CALL(LUMOInitExt)                                                                                        \
+  CALL(LUMOClean)                                                                                          \
+  CALL(GetErrorMessage)                                                                                    \
+  CALL(DllAttach)                                                                                          \
+  CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort)  \
+      CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(InitState) CALL(getOfflineState)               \
+          CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction)            \
+              CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc)      \
+                  CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)  \
+                      CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult) CALL(DepositProc) \
+                          CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill)                     \
+                              CALL(getResponseState) CALL(getResponseStateCode) CALL(getResponseMessage)   \
+                                  CALL(getRRN) CALL(GetEarnBonusAmount) CALL(GetSpendBonusAmount)          \
+                                      CALL(GetDiscountAmount) CALL(getReceiptHeaderPtr)                    \
+                                          CALL(getReceiptBodyPtr) CALL(getReceiptFooterPtr)                \
+                                              CALL(getReceiptBody) CALL(SendOfflinePayments)               \
+                                                  CALL(GenerateSummaryReport) CALL(GenerateReport)         \
+                                                      CALL(GetReportPtr) CALL(RunUpdater)                  \
+                                                          CALL(CommitUpdates)
 
 namespace test {
 
 class Shop {
  public:
-  Shop();  // the clock stands at 2012-12-05 10:00:00
+  // The clock stands at 2012-12-05 10:00:00. With a name, the library lies in a folder of that name inside
+  // the fresh one.
+  explicit Shop(const std::string &folder_name = "");
   ~Shop();
   Shop(const Shop &) = delete;
   Shop &operator=(const Shop &) = delete;
@@ -46,19 +50,27 @@ class Shop {
   // whose last request is 1234512120500007; then LUMOInit, which must give 0.
   void Start(const std::string &server_address, const std::string &more = "");
 
+  // From now on the calls are those of a library that has just been loaded in the same folder. The one before
+  // was not told.
+  void LoadAgain();
+
   const std::string &folder() const {
     return folder_;
   }
   std::string Read(const std::string &name) const;  // a missing file fails the test
   void Write(const std::string &name, const std::string &bytes) const;
   bool Exists(const std::string &name) const;
-  std::string Trace() const {
-    return Exists("TRACE.TXT") ? Read("TRACE.TXT") : "";
-  }
+  void Remove(const std::string &name) const;
+  // Of TRACE.TXT, lines ended by "\n"; "" without one.
+  std::string Trace(const std::string &name = "TRACE.TXT") const;
   void ClearTrace() const;
 
  private:
+  void LoadCopy(const std::string &file_name);
+
+  std::string root_;
   std::string folder_;
+  int copies_ = 0;
 };
 
 // The bytes of one exchange's request: head, body, and the line feed behind it.

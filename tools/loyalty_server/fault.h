@@ -32,7 +32,7 @@ enum class FaultKind {
 constexpr int kUntilOff = -1;
 constexpr int kHalf = -1;
 
-struct Fault {
+struct Fault {  // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
   FaultKind kind = FaultKind::kOff;
   int number = 0;    // bytes of kCut, kReset (kHalf: half the answer) and kPieces, milliseconds of kDelay,
                      // status of kHttp

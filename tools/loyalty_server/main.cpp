@@ -3,6 +3,7 @@
 #include <asio.hpp>
 #include <condition_variable>
 #include <csignal>
+#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <iostream>
@@ -37,9 +38,7 @@ const char *kExamples =
     "  1000000007 sold; the token TOKEN7 exchanges another card for it\n"
     "\nCommands are read from standard input; \"help\" lists them.\n";
 
-}  // namespace
-
-int main(int argc, char **argv) {
+int Run(int argc, char **argv) {
   CLI::App app{"A loyalty server for the bench: cards, bonuses and payments in memory, faults on demand."};
   loyalty::ServerOptions options;
   std::string shop_file;
@@ -82,85 +81,97 @@ int main(int argc, char **argv) {
   app.add_option("--log", log_file, "Append the log to this file instead of standard error");
   app.add_flag("--quiet", is_quiet, "No log");
   app.footer(kExamples + std::string("\nFaults:\n") + loyalty::FaultHelp());
-  CLI11_PARSE(app, argc, argv);
-
   try {
-    loyalty::Shop shop = loyalty::BuiltInShop();
-    if (!shop_file.empty()) {
-      std::ifstream file(shop_file, std::ios::binary);
-      std::ostringstream text;
-      text << file.rdbuf();
-      if (!file) throw std::runtime_error(shop_file + " cannot be read");
-      try {
-        shop = loyalty::ShopFromJson(text.str());
-      } catch (const std::invalid_argument &error) {
-        throw std::runtime_error(shop_file + ": " + error.what());
-      }
-    }
-    if (*global) shop.rates.global = rates.global;
-    if (*local) shop.rates.local = rates.local;
-    if (*discount) shop.rates.discount = rates.discount;
-    if (*fee) shop.rates.organizerFee = rates.organizerFee;
-    if (*limit) shop.rates.spendLimit = rates.spendLimit;
-    if (!version.empty()) shop.protocolVersion = version;
-    if (!update.empty()) loyalty::FindUpdate(update, &shop.update);
-    if (*any_bill) shop.isBillChecked = false;
-    if (*resume) shop.isIdResumedAfterReplay = true;
-    for (const std::string &terminal : terminals) {
-      shop.isAnyTerminalKnown = false;
-      shop.terminals.emplace(terminal, false);
-    }
-
-    std::ofstream log_stream;
-    if (!log_file.empty()) {
-      log_stream.open(log_file, std::ios::app | std::ios::binary);
-      if (!log_stream) throw std::runtime_error(log_file + " cannot be written");
-    }
-    if (!is_quiet) {
-      std::ostream &out = log_file.empty() ? std::cerr : log_stream;
-      options.log = [&out](const std::string &line) { out << line + "\n" << std::flush; };
-    }
-    options.idleTime = std::chrono::seconds(idle_seconds);
-
-    const loyalty::Fault fault = fault_text.empty() ? loyalty::Fault() : loyalty::ParseFault(fault_text);
-    loyalty::Server server(loyalty::Programme(std::move(shop)), options);
-    server.SetFault(fault);
-    std::cout << "listening on " << server.address() << std::endl;
-
-    // Shared with the reading thread, which nothing can wake: it is left behind at the end.
-    const auto inbox = std::make_shared<Inbox>();
-    std::thread([inbox] {
-      for (std::string line; std::getline(std::cin, line);) {
-        const std::lock_guard<std::mutex> lock(inbox->mutex);
-        inbox->lines.push_back(line);
-        inbox->changed.notify_one();
-      }
-    }).detach();
-
-    asio::io_context signal_context;
-    asio::signal_set signals(signal_context, SIGINT, SIGTERM);
-    signals.async_wait([&](const asio::error_code &error, int) {
-      if (!error) inbox->End();
-    });
-    std::thread signal_thread([&] { signal_context.run(); });
-
-    for (bool is_running = true; is_running;) {
-      std::unique_lock<std::mutex> lock(inbox->mutex);
-      inbox->changed.wait(lock, [&] { return inbox->is_ended || !inbox->lines.empty(); });
-      if (inbox->is_ended) break;
-      const std::string line = inbox->lines.front();
-      inbox->lines.pop_front();
-      lock.unlock();
-      const loyalty::ConsoleReply reply = loyalty::RunCommand(&server, line);
-      std::cout << reply.text << std::flush;
-      is_running = !reply.isQuit;
-    }
-    signal_context.stop();
-    signal_thread.join();
-    server.Stop();
-  } catch (const std::exception &error) {
-    std::cerr << "loyalty_server: " << error.what() << std::endl;
-    return 1;
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &error) {
+    return app.exit(error);
   }
+
+  loyalty::Shop shop = loyalty::BuiltInShop();
+  if (!shop_file.empty()) {
+    std::ifstream file(shop_file, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (!file) throw std::runtime_error(shop_file + " cannot be read");
+    try {
+      shop = loyalty::ShopFromJson(text.str());
+    } catch (const std::invalid_argument &error) {
+      throw std::runtime_error(shop_file + ": " + error.what());
+    }
+  }
+  if (*global) shop.rates.global = rates.global;
+  if (*local) shop.rates.local = rates.local;
+  if (*discount) shop.rates.discount = rates.discount;
+  if (*fee) shop.rates.organizerFee = rates.organizerFee;
+  if (*limit) shop.rates.spendLimit = rates.spendLimit;
+  if (!version.empty()) shop.protocolVersion = version;
+  if (!update.empty()) loyalty::FindUpdate(update, &shop.update);
+  if (*any_bill) shop.isBillChecked = false;
+  if (*resume) shop.isIdResumedAfterReplay = true;
+  for (const std::string &terminal : terminals) {
+    shop.isAnyTerminalKnown = false;
+    shop.terminals.emplace(terminal, false);
+  }
+
+  std::ofstream log_stream;
+  if (!log_file.empty()) {
+    log_stream.open(log_file, std::ios::app | std::ios::binary);
+    if (!log_stream) throw std::runtime_error(log_file + " cannot be written");
+  }
+  if (!is_quiet) {
+    std::ostream &out = log_file.empty() ? std::cerr : log_stream;
+    options.log = [&out](const std::string &line) { out << line + "\n" << std::flush; };
+  }
+  options.idleTime = std::chrono::seconds(idle_seconds);
+
+  const loyalty::Fault fault = fault_text.empty() ? loyalty::Fault() : loyalty::ParseFault(fault_text);
+  loyalty::Server server(loyalty::Programme(std::move(shop)), options);
+  server.SetFault(fault);
+  std::cout << "listening on " << server.address() << std::endl;
+
+  // Shared with the reading thread, which nothing can wake: it is left behind at the end.
+  const auto inbox = std::make_shared<Inbox>();
+  std::thread([inbox] {
+    for (std::string line; std::getline(std::cin, line);) {
+      const std::lock_guard<std::mutex> lock(inbox->mutex);
+      inbox->lines.push_back(line);
+      inbox->changed.notify_one();
+    }
+  }).detach();
+
+  asio::io_context signal_context;
+  asio::signal_set signals(signal_context, SIGINT, SIGTERM);
+  signals.async_wait([&](const asio::error_code &error, int) {
+    if (!error) inbox->End();
+  });
+  std::thread signal_thread([&] { signal_context.run(); });
+
+  for (bool is_running = true; is_running;) {
+    std::unique_lock<std::mutex> lock(inbox->mutex);
+    inbox->changed.wait(lock, [&] { return inbox->is_ended || !inbox->lines.empty(); });
+    if (inbox->is_ended) break;
+    const std::string line = inbox->lines.front();
+    inbox->lines.pop_front();
+    lock.unlock();
+    const loyalty::ConsoleReply reply = loyalty::RunCommand(&server, line);
+    std::cout << reply.text << std::flush;
+    is_running = !reply.isQuit;
+  }
+  signal_context.stop();
+  signal_thread.join();
+  server.Stop();
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception &error) {
+    std::fputs("loyalty_server: ", stderr);
+    std::fputs(error.what(), stderr);
+    std::fputs("\n", stderr);
+  }
+  return 1;
 }

@@ -22,7 +22,7 @@ namespace loyalty {
 using Clock = std::function<long long()>;
 long long SystemClock();
 
-struct Reply {
+struct Reply {                      // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
   nlohmann::ordered_json document;  // {"putPaymentResponse":{"response":{...},"bill":{...}}}
   Code code = Code::kOk;
   // For the log; empty where the request did not tell. Still the client's bytes: see Printable.

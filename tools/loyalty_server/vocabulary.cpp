@@ -1,7 +1,5 @@
 #include "loyalty_server/vocabulary.h"
 
-#include <cstdio>
-
 namespace loyalty {
 namespace {
 
@@ -48,6 +46,12 @@ constexpr std::array<CodeWords, kCodeCount> kCodes = {{
 
 constexpr std::array<const char *, kAccountTypes> kAccounts = {"GLOBAL", "LOCAL", "DISCOUNT"};
 
+std::string Digits(unsigned long long number, std::size_t width) {
+  std::string text = std::to_string(number);
+  if (text.size() < width) text.insert(0, width - text.size(), '0');
+  return text;
+}
+
 }  // namespace
 
 const OperationNames *FindOperation(std::string_view method) {
@@ -93,9 +97,7 @@ std::string AmountText(long long amount) {
   const bool is_negative = amount < 0;
   const unsigned long long size =
       is_negative ? 0ULL - static_cast<unsigned long long>(amount) : static_cast<unsigned long long>(amount);
-  char text[40];
-  std::snprintf(text, sizeof(text), "%s%llu.%02llu", is_negative ? "-" : "", size / 100, size % 100);
-  return text;
+  return (is_negative ? "-" : "") + std::to_string(size / 100) + "." + Digits(size % 100, 2);
 }
 
 std::string DateText(long long unix_seconds) {
@@ -116,10 +118,11 @@ std::string DateText(long long unix_seconds) {
   const long long day = day_of_year - (153 * month_from_march + 2) / 5 + 1;
   const long long month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
   const long long year = year_of_era + era * 400 + (month <= 2 ? 1 : 0);
-  char text[120];
-  std::snprintf(text, sizeof(text), "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ", year, month, day,
-                seconds / 3600, seconds / 60 % 60, seconds % 60);
-  return text;
+  const auto two = [](long long number) { return Digits(static_cast<unsigned long long>(number), 2); };
+  const std::string year_text =
+      year < 0 ? std::to_string(year) : Digits(static_cast<unsigned long long>(year), 4);
+  return year_text + "-" + two(month) + "-" + two(day) + "T" + two(seconds / 3600) + ":" +
+         two(seconds / 60 % 60) + ":" + two(seconds % 60) + "Z";
 }
 
 std::string Printable(std::string_view text, std::size_t limit) {

@@ -15,11 +15,12 @@
   CALL(LUMOClean)                                                                                          \
   CALL(GetErrorMessage)                                                                                    \
   CALL(DllAttach)                                                                                          \
-  CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort)  \
-      CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(InitState) CALL(getOfflineState)               \
-          CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction)            \
-              CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc)      \
-                  CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)  \
+  CALL(getTerminalId)                                                                                      \
+  CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift)      \
+      CALL(CloseShift) CALL(LoadState) CALL(InitState) CALL(getOfflineState) CALL(setOfflineState)         \
+          CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction) CALL(CloseTransaction)           \
+              CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc) CALL(GetBalance)            \
+                  CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)                   \
                       CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult) CALL(DepositProc) \
                           CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill)                     \
                               CALL(getResponseState) CALL(getResponseStateCode) CALL(getResponseMessage)   \

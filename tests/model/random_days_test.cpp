@@ -169,7 +169,7 @@ class Day {
     SetFault("off");
     const bool damaged = ParseLoosely(shop_.Exists("STATE") ? shop_.Read("STATE") : "").is_discarded();
     ASSERT_EQ(shop_.LUMOInit(), 0);
-    const Json state = Json::parse(shop_.Read("STATE"));
+    const Json state = ParseLoosely(shop_.Read("STATE"));
     if (damaged) {
       EXPECT_EQ(state, Json::object()) << "a damaged state gives way to an empty one";
     }
@@ -453,6 +453,9 @@ class Day {
     }
     CheckCode(kind, code);
     CheckOutcome(kind, code, receipt_before);
+    // The answer to a record completed offline carries the server's last id, which may lie behind the
+    // terminal's.
+    if (transaction_offline_) last_rrn_.clear();
     if (code == 0 && payment_file) CheckPaidBill(bill.text);
   }
 
@@ -581,6 +584,7 @@ class Day {
     const std::vector<std::string> before = offline_;
     const std::string bytes = shop_.Exists("OFFLINE") ? shop_.Read("OFFLINE") : "";
     const int sent = shop_.SendOfflinePayments();
+    last_rrn_.clear();  // an answer to an old record takes the counter back to it
     ASSERT_GE(sent, 0);
     ASSERT_LE(static_cast<size_t>(sent), before.size());
     EXPECT_FALSE(shop_.Exists("OFFLINE_TMP"));
@@ -682,7 +686,7 @@ class Day {
     }
     EXPECT_STREQ(shop_.getTerminalId(), "12345");
     EXPECT_NE(shop_.GetErrorMessage(Amount()), nullptr);
-    const Json state = Json::parse(shop_.Read("STATE"));
+    const Json state = ParseLoosely(shop_.Read("STATE"));
     EXPECT_EQ(shop_.getOfflineState(), state.value("offline", 0));
     EXPECT_EQ(shop_.RunUpdater("x"), -1);
     EXPECT_EQ(shop_.CommitUpdates(), -1);

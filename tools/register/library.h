@@ -14,8 +14,9 @@ namespace reg {
   CALL(GetErrorMessage)                                                                                     \
   CALL(getTerminalId)                                                                                       \
   CALL(getPingAddress)                                                                                      \
-  CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift)           \
-      CALL(LoadState) CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)   \
+  CALL(getPingPort)                                                                                         \
+  CALL(getPingAltAddress) CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift) CALL(LoadState)             \
+      CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)                   \
           CALL(CreateTransaction) CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount)     \
               CALL(BalanceProc) CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc)              \
                   CALL(PaymentConfirmProc) CALL(PaymentCancelProc) CALL(CashBackProc)                       \

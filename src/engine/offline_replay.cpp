@@ -33,19 +33,22 @@ int OfflinePaymentsProcess() {
   Trace("OfflinePaymentsProcess\n");
   RecordEntry *records = GetOfflineRecords();
   int sent = 0;
+  bool all_set_aside = true;
   for (RecordEntry *entry = records; entry != nullptr;) {
     Transaction *transaction = new_transaction();
     if (ReplayRecord(transaction, entry->text) == 0) {
       ++sent;
-    } else {
-      AppendOfflineTmpRecord(entry->text);
+    } else if (AppendOfflineTmpRecord(entry->text) != 0) {
+      all_set_aside = false;
     }
     entry = NextOfflineRecord(entry);
     free_transaction(transaction);
   }
   // Deliberate: only a record that failed makes the journal change. When all were sent it stays, and they are
   // offered again.
-  const int result = CommitOfflineTmp();
+  // A record that could be neither sent nor set aside stays where it is, and so does the whole journal: the
+  // server tells what it has already taken by the request id.
+  const int result = all_set_aside ? CommitOfflineTmp() : 0;
   if (result != 0) {
     TraceError("Records flush failed [%d]\n", result);
   }

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -169,6 +170,15 @@ TEST_F(OfflineReplay, AFlushThatFailsIsTraced) {
   EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
   EXPECT_THAT(folder.Trace(), EndsWith("ERROR: Records flush failed [2]\n"));
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), Record(1));
+}
+
+TEST_F(OfflineReplay, KeepsTheWholeJournalWhenAFailedRecordCannotBeSetAside) {
+  StartServer({Taken(), Refused()});
+  Open(Record(1) + Record(2));
+  std::filesystem::create_directory(std::filesystem::u8path(folder.path() + "OFFLINE_TMP"));
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
+  EXPECT_THAT(folder.Trace(), Not(HasSubstr("Records flush failed")));
 }
 
 TEST_F(OfflineReplay, TracesARecordsStepsInOrder) {

@@ -10,6 +10,7 @@
 #include "engine/payment_operations.h"
 #include "engine/receipt.h"
 #include "engine/transaction.h"
+#include "engine/transaction_receipt.h"
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
 #include "foundation/result_codes.h"

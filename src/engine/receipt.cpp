@@ -2,10 +2,8 @@
 
 #include <cstdarg>
 
-#include "engine/transaction.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
-#include "foundation/result_codes.h"
 #include "platform/platform.h"
 
 namespace lumo {
@@ -53,27 +51,6 @@ const char *ReceiptGetText(const ReceiptBuffer *receipt) {
 
 uint32_t ReceiptGetLength(const ReceiptBuffer *receipt) {
   return receipt->text != nullptr ? StringGetLength(receipt->text) : 0;
-}
-
-const char *GetTransReceiptHeader(const Transaction *transaction) {
-  Trace("GetTransReceiptHeader\n");
-  return TraceIfNull(transaction) ? nullptr : ReceiptGetText(transaction->header);
-}
-
-const char *GetTransReceiptFooter(const Transaction *transaction) {
-  Trace("GetTransReceiptFooter\n");
-  return TraceIfNull(transaction) ? nullptr : ReceiptGetText(transaction->footer);
-}
-
-const char *GetTransReceiptBody(const Transaction *transaction) {
-  Trace("GetTransReceiptBody\n");
-  return TraceIfNull(transaction) ? nullptr : ReceiptGetText(transaction->body);
-}
-
-int GetTransactionReceiptSize(const Transaction *transaction) {
-  Trace("GetTransactionReceiptSize\n");
-  return TraceIfNull(transaction) ? ERR_NO_TRANSACTION
-                                  : static_cast<int>(ReceiptGetLength(transaction->body)) + 1;
 }
 
 }  // namespace lumo

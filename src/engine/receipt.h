@@ -9,7 +9,6 @@
 namespace lumo {
 
 struct String;
-struct Transaction;
 
 struct ReceiptBuffer {
   String *text;  // owned
@@ -21,11 +20,5 @@ int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...)
     LUMO_PRINTF(2, 3);                                     // 1024 bytes or more: fatal
 const char *ReceiptGetText(const ReceiptBuffer *receipt);  // until the next print or ReceiptFree
 uint32_t ReceiptGetLength(const ReceiptBuffer *receipt);   // bytes, terminator excluded
-
-// Each traces its name. Without a transaction: the pointer's error line, and null or -100.
-const char *GetTransReceiptHeader(const Transaction *transaction);
-const char *GetTransReceiptFooter(const Transaction *transaction);
-const char *GetTransReceiptBody(const Transaction *transaction);
-int GetTransactionReceiptSize(const Transaction *transaction);  // of the body, terminator included
 
 }  // namespace lumo

@@ -72,7 +72,8 @@ constexpr ByteClasses MakeByteClasses() {
   for (const char *byte = " \t\n\r"; *byte != 0; ++byte)
     classes.of[static_cast<unsigned char>(*byte)] = kSpace | kEndsNumber;
   for (int byte = '0'; byte <= '9'; ++byte) classes.of[byte] = kDigit;
-  for (const char *byte = ",]}/#"; *byte != 0; ++byte) classes.of[static_cast<unsigned char>(*byte)] = kEndsNumber;
+  for (const char *byte = ",]}/#"; *byte != 0; ++byte)
+    classes.of[static_cast<unsigned char>(*byte)] = kEndsNumber;
   return classes;
 }
 

@@ -11,6 +11,17 @@ namespace {
 
 SOCKET connection_socket = INVALID_SOCKET;
 
+// A failed connect lets go of its handle without closing it. The next connect gives it back to the system: a
+// terminal that is offline for days must not run out of handles.
+SOCKET abandoned_socket = INVALID_SOCKET;
+
+void CloseAbandonedSocket() {
+  if (abandoned_socket != INVALID_SOCKET) {
+    closesocket(abandoned_socket);
+    abandoned_socket = INVALID_SOCKET;
+  }
+}
+
 void SetTimeout(int option, int32_t milliseconds) {
   setsockopt(connection_socket, SOL_SOCKET, option, reinterpret_cast<const char *>(&milliseconds),
              sizeof milliseconds);
@@ -26,6 +37,7 @@ int SocketConnect(const char *host, int32_t port, int32_t timeout_seconds) {
     TraceError("WSAStartup failed with error: %d\n", startup_error);
     return -1;
   }
+  CloseAbandonedSocket();
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<uint16_t>(port));
@@ -45,7 +57,7 @@ int SocketConnect(const char *host, int32_t port, int32_t timeout_seconds) {
   if (connect(connection_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) ==
       SOCKET_ERROR) {
     TraceError("Connection Failed %d\n", WSAGetLastError());
-    // Deliberate: the handle is let go of, not closed.
+    abandoned_socket = connection_socket;
     connection_socket = INVALID_SOCKET;
     return ERR_CONNECT;
   }

@@ -1,4 +1,4 @@
-// tests/engine/receipt_test.cpp: the slip's buffers and the getters of its pieces.
+// tests/engine/receipt_test.cpp: the buffers that slips and reports are built in.
 #include "engine/receipt.h"
 
 #include <gmock/gmock.h>
@@ -96,39 +96,6 @@ TEST_F(ReceiptDeathTest, ALineOf1024BytesEndsTheProcess) {
 
 TEST_F(ReceiptDeathTest, AMuchLongerLineEndsTheProcessToo) {
   ExpectFatal(folder, receipt, 100000);
-}
-
-TEST_F(Receipt, GettersTraceTheirNamesAndGiveTheirPieces) {
-  OpenShop();
-  OpenCard();
-  lumo::ReceiptPrintf(card->body, "body\n");
-  EXPECT_STREQ(lumo::GetTransReceiptHeader(card), lumo::ReceiptGetText(card->header));
-  EXPECT_STREQ(lumo::GetTransReceiptFooter(card), "СПАСИБО\n");
-  EXPECT_STREQ(lumo::GetTransReceiptBody(card), "body\n");
-  EXPECT_EQ(lumo::GetTransactionReceiptSize(card), 6);
-  EXPECT_EQ(folder.Trace(),
-            "GetTransReceiptHeader\n"
-            "GetTransReceiptFooter\n"
-            "GetTransReceiptBody\n"
-            "GetTransactionReceiptSize\n");
-}
-
-TEST_F(Receipt, GettersWithoutATransactionTraceTheNullPointer) {
-  EXPECT_EQ(lumo::GetTransReceiptHeader(nullptr), nullptr);
-  EXPECT_EQ(lumo::GetTransReceiptFooter(nullptr), nullptr);
-  EXPECT_EQ(lumo::GetTransReceiptBody(nullptr), nullptr);
-  EXPECT_EQ(lumo::GetTransactionReceiptSize(nullptr), -100);
-  EXPECT_EQ(folder.Trace(),
-            "GetTransReceiptHeader\nERROR: Pointer \"trans\" is null\n"
-            "GetTransReceiptFooter\nERROR: Pointer \"trans\" is null\n"
-            "GetTransReceiptBody\nERROR: Pointer \"trans\" is null\n"
-            "GetTransactionReceiptSize\nERROR: Pointer \"trans\" is null\n");
-}
-
-TEST_F(Receipt, AnEmptyBodyHasSize1) {
-  OpenShop();
-  OpenCard();
-  EXPECT_EQ(lumo::GetTransactionReceiptSize(card), 1);
 }
 
 TEST_F(Receipt, AnEmptyConfiguredHeaderIsStillALine) {

@@ -206,6 +206,15 @@ TEST_F(SocketCalls, RefusedSocketIsLetGoOfUnclosed) {
                                  "setsockopt 65535 4101 30000", "connect"));
 }
 
+TEST_F(SocketCalls, TheNextConnectClosesTheRefusedSocket) {
+  failing = "connect";
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a"), -501);
+  calls.clear();
+  EXPECT_EQ(Exchange("http://127.0.0.1:1/a"), -501);
+  EXPECT_THAT(calls, ElementsAre("WSAStartup 514", "closesocket", "socket 2 1 0",
+                                 "setsockopt 65535 4102 30000", "setsockopt 65535 4101 30000", "connect"));
+}
+
 TEST_F(SocketCalls, FailedSendIsMinus410) {
   const test::ScriptedServer server(kAnswer);
   failing = "send";

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/folder.h"
+#include "support/pattern.h"
 
 namespace {
 
@@ -79,8 +80,7 @@ TEST_F(Files, OpenNothingWithAnUnknownMode) {
   for (const char *mode : kModes) {
     folder.ClearTrace();
     EXPECT_EQ(lumo::FileOpen("F", mode), INVALID_HANDLE_VALUE) << mode;
-    EXPECT_THAT(folder.Trace(),
-                testing::MatchesRegex("ERROR: CreateFile function failed with error [0-9]+\n"))
+    EXPECT_THAT(folder.Trace(), test::MatchesPattern("ERROR: CreateFile function failed with error [0-9]+\n"))
         << mode;
   }
   EXPECT_EQ(lumo::FileOpen("F", nullptr), INVALID_HANDLE_VALUE);
@@ -111,7 +111,7 @@ TEST_F(Files, OpenOfNamesThatMakeNoPathFailsWithATracedError) {
     folder.ClearTrace();
     EXPECT_EQ(lumo::FileOpen(name, "w"), INVALID_HANDLE_VALUE);
     EXPECT_THAT(folder.Trace(),
-                testing::MatchesRegex("ERROR: CreateFile function failed with error [1-9][0-9]*\n"));
+                test::MatchesPattern("ERROR: CreateFile function failed with error [1-9][0-9]*\n"));
   }
 }
 
@@ -202,7 +202,7 @@ TEST_F(Files, SeekToTheStartReturns1AndLeavesAnErrorLine) {
   EXPECT_EQ(lumo::FileSeek(file, 0, kBegin), 1);
   lumo::FileClose(file);
   EXPECT_THAT(folder.Trace(),
-              testing::MatchesRegex("ERROR: SetFilePointer function failed with error [0-9]+\n"));
+              test::MatchesPattern("ERROR: SetFilePointer function failed with error [0-9]+\n"));
 }
 
 TEST_F(Files, SeekToPosition1Returns0AndIsNotTraced) {

@@ -10,6 +10,7 @@
 #include "support/allocations.h"
 #include "support/fatal.h"
 #include "support/folder.h"
+#include "support/pattern.h"
 
 namespace {
 
@@ -171,7 +172,7 @@ void ExpectTooLong(size_t length) {
         lumo::StringAppendFormat(string, "%s", text.c_str());
       },
       test::EndedAsFatal,
-      testing::ContainsRegex(
+      test::ContainsPattern(
           "\\[ERROR: ASSERT IN lumostring.cpp LINE [0-9]+: StringAppendFormat to long message\n\\]"));
   lumo::StringFree(string);
 }
@@ -194,7 +195,7 @@ void ExpectNoMemory(uint32_t count) {
         lumo::StringAppendN(string, "a", count);
       },
       test::EndedAsFatal,
-      testing::ContainsRegex(
+      test::ContainsPattern(
           "\\[ERROR: ASSERT IN lumostring.cpp LINE [0-9]+: Memory allocation failed! .realloc.\n\\]"));
   lumo::StringFree(string);
 }
@@ -213,7 +214,7 @@ TEST_F(TextBuffer, GrowthWithoutMemoryIsFatal) {
         Append(300);
       },
       test::EndedAsFatal,
-      testing::ContainsRegex(
+      test::ContainsPattern(
           "\\[ERROR: ASSERT IN lumostring.cpp LINE [0-9]+: Memory allocation failed! .realloc.\n\\]"));
 }
 

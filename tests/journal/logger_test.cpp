@@ -11,6 +11,7 @@
 #include "foundation/files.h"
 #include "support/file_traffic.h"
 #include "support/folder.h"
+#include "support/pattern.h"
 
 namespace {
 
@@ -161,7 +162,7 @@ TEST_F(Append, LeavesTheLineOfItsSeekInTheTrace) {
   folder.Write("OFFLINE", "1\n");
   EXPECT_EQ(lumo::AppendOfflineRecord("2"), 0);
   EXPECT_THAT(folder.Trace(),
-              testing::MatchesRegex("ERROR: SetFilePointer function failed with error [0-9]+\n"));
+              test::MatchesPattern("ERROR: SetFilePointer function failed with error [0-9]+\n"));
 }
 
 TEST_F(Append, TakesAnEmptyRecord) {
@@ -287,8 +288,8 @@ TEST_F(Trim, FailsOverALeftoverCopyAndKeepsBoth) {
 TEST_F(Trim, OfWhatIsNoFileLeavesItUnderTheCopysName) {
   MakeFolder("J");
   EXPECT_EQ(lumo::TrimOldestLines(1, "J"), -202);
-  EXPECT_THAT(folder.Trace(), testing::MatchesRegex("ERROR: CreateFile function failed with error [0-9]+\n"
-                                                    "ERROR: old file is NULL\n"));
+  EXPECT_THAT(folder.Trace(), test::MatchesPattern("ERROR: CreateFile function failed with error [0-9]+\n"
+                                                   "ERROR: old file is NULL\n"));
   EXPECT_TRUE(folder.Exists("J.old"));
   EXPECT_EQ(folder.Read("J"), "");
 }
@@ -336,8 +337,8 @@ TEST_F(Trim, KeepsATooLongNameWholeAndFails) {
   EXPECT_EQ(lumo::TrimOldestLines(1, name.c_str()), -202);
   EXPECT_THAT(
       folder.Trace(),
-      testing::MatchesRegex("WARNING: too long name specified\n"
-                            "ERROR: rename function failed with code [1-9][0-9]* \"n+\" => \"n+.old\"\n"));
+      test::MatchesPattern("WARNING: too long name specified\n"
+                           "ERROR: rename function failed with code [1-9][0-9]* \"n+\" => \"n+.old\"\n"));
   EXPECT_THAT(folder.Trace(), testing::HasSubstr(" \"" + name + "\" => \"" + name + ".old\"\n"));
 }
 
@@ -439,10 +440,9 @@ TEST_F(List, LoadsTheFirstRecordOnly) {
   ASSERT_NE(first->next, nullptr);
   EXPECT_EQ(first->next->text, nullptr);
   EXPECT_EQ(first->next->next, nullptr);
-  EXPECT_THAT(folder.Trace(),
-              testing::MatchesRegex("GetLogRecords\\(\\)\n"
-                                    "ERROR: SetFilePointer function failed with error [0-9]+\n"
-                                    "Record data: first\n"));
+  EXPECT_THAT(folder.Trace(), test::MatchesPattern("GetLogRecords\\(\\)\n"
+                                                   "ERROR: SetFilePointer function failed with error [0-9]+\n"
+                                                   "Record data: first\n"));
   lumo::FreeRecordList(first);
 }
 
@@ -451,9 +451,8 @@ TEST_F(List, TracesEachRecordItLoads) {
   lumo::RecordEntry *first = lumo::GetOfflineRecords();
   folder.ClearTrace();
   lumo::RecordEntry *second = lumo::NextOfflineRecord(first);
-  EXPECT_THAT(folder.Trace(),
-              testing::MatchesRegex("ERROR: SetFilePointer function failed with error [0-9]+\n"
-                                    "Record data: second\n"));
+  EXPECT_THAT(folder.Trace(), test::MatchesPattern("ERROR: SetFilePointer function failed with error [0-9]+\n"
+                                                   "Record data: second\n"));
   folder.ClearTrace();
   EXPECT_EQ(lumo::NextOfflineRecord(second), nullptr);
   EXPECT_EQ(folder.Trace(), "");

@@ -265,7 +265,8 @@ TEST_P(Loader, ComparesAKeyUpToItsZeroByte) {
 TEST_P(Loader, ClampsNumbersAndDropsFractions) {
   for (const Member &member : GetParam().members) {
     if (member.takes != Takes::kNumber) continue;
-    const std::string line(member.trace, std::strchr(member.trace, '=') + 2);
+    const char *const equals = std::strchr(member.trace, '=');
+    const std::string line(member.trace, equals + 2);
     EXPECT_EQ(TraceOf(member.key, "2147483647"), line + "2147483647\n");
     EXPECT_EQ(TraceOf(member.key, "-2147483648"), line + "-2147483648\n");
     EXPECT_EQ(TraceOf(member.key, "99999999999999999999"), line + "2147483647\n");

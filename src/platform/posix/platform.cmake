@@ -1,0 +1,12 @@
+set(lumo_platform
+  platform/posix/posix_files.cpp
+  platform/posix/posix_process.cpp
+  platform/posix/posix_sockets.cpp
+  platform/posix/posix_text.cpp
+  platform/posix/posix_time.cpp)
+set(lumo_attach platform/posix/posix_attach.cpp)
+
+function(lumo_link_file)
+  # -Bsymbolic: a register may have a LoadState of its own; the library must not call that one.
+  target_link_options(lumo PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,-Bsymbolic)
+endfunction()

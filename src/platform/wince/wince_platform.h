@@ -1,0 +1,138 @@
+// platform/wince/wince_platform.h: the library's system calls on Windows CE, as coredll.dll and ws2.dll
+// export them. What is not declared here cannot be used; coredll.def and ws2.def name what the file imports.
+// Every call is __cdecl, which is the compiler's own convention. The C library's part comes from the standard
+// headers.
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cwchar>
+
+#define LUMO_WIDE(text) L##text
+#define LUMO_IMPORT extern "C" __declspec(dllimport)
+
+namespace lumo {
+
+using WCHAR = wchar_t;
+using BOOL = int;
+using DWORD = unsigned long;
+using LONG = long;
+using UINT = unsigned int;
+using WORD = unsigned short;
+using HANDLE = void *;
+using HMODULE = void *;
+
+static_assert(sizeof(WCHAR) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(HANDLE) == 4);
+
+constexpr WCHAR kPathSeparator = L'\\';
+
+// INVALID_HANDLE_VALUE is all bits set, as a pointer.
+#define INVALID_HANDLE_VALUE (reinterpret_cast<::lumo::HANDLE>(static_cast<intptr_t>(-1)))
+
+constexpr DWORD GENERIC_READ = 0x80000000U;
+constexpr DWORD GENERIC_WRITE = 0x40000000U;
+constexpr DWORD CREATE_ALWAYS = 2;
+constexpr DWORD OPEN_EXISTING = 3;
+constexpr DWORD OPEN_ALWAYS = 4;
+constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFFU;
+constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFFU;
+constexpr DWORD FILE_BEGIN = 0;
+constexpr DWORD FILE_CURRENT = 1;
+constexpr DWORD FILE_END = 2;
+constexpr UINT CP_UTF8 = 65001;
+
+constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+constexpr DWORD ERROR_ACCESS_DENIED = 5;
+constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+
+struct SYSTEMTIME {
+  WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
+};
+
+LUMO_IMPORT DWORD GetLastError();
+
+LUMO_IMPORT HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *security,
+                               DWORD creation, DWORD attributes, HANDLE model);
+LUMO_IMPORT BOOL ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *overlapped);
+LUMO_IMPORT BOOL WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written,
+                           void *overlapped);
+LUMO_IMPORT DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin);
+LUMO_IMPORT BOOL CloseHandle(HANDLE handle);
+LUMO_IMPORT BOOL DeleteFileW(const WCHAR *name);
+LUMO_IMPORT BOOL MoveFileW(const WCHAR *from, const WCHAR *to);
+LUMO_IMPORT BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists);
+LUMO_IMPORT DWORD GetFileAttributesW(const WCHAR *name);
+using ::_wfopen;
+
+LUMO_IMPORT int MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide,
+                                    int capacity);
+LUMO_IMPORT int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *wide, int length, char *text,
+                                    int capacity, const char *default_char, BOOL *used_default);
+using ::_vsnprintf;
+
+LUMO_IMPORT DWORD GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);
+LUMO_IMPORT void GetSystemTime(SYSTEMTIME *time);
+LUMO_IMPORT void NKDbgPrintfW(const WCHAR *format, ...);
+LUMO_IMPORT void RaiseException(DWORD code, DWORD flags, DWORD count, const DWORD *arguments);
+LUMO_IMPORT BOOL TerminateProcess(HANDLE process, DWORD status);
+
+void DebugBreak();
+[[noreturn]] void PlatformExit(int status);
+
+using SOCKET = uintptr_t;
+constexpr SOCKET INVALID_SOCKET = ~static_cast<SOCKET>(0);
+constexpr int SOCKET_ERROR = -1;
+constexpr int AF_INET = 2;
+constexpr int SOCK_STREAM = 1;
+constexpr int SOL_SOCKET = 0xFFFF;
+constexpr int SO_SNDTIMEO = 0x1005;
+constexpr int SO_RCVTIMEO = 0x1006;
+constexpr int SD_BOTH = 2;
+constexpr unsigned long INADDR_NONE = 0xFFFFFFFFU;
+
+struct WSADATA {
+  WORD wVersion, wHighVersion;
+  char szDescription[257];
+  char szSystemStatus[129];
+  unsigned short iMaxSockets, iMaxUdpDg;
+  char *lpVendorInfo;
+};
+struct in_addr {
+  unsigned long s_addr;  // network byte order
+};
+struct sockaddr {
+  unsigned short sa_family;
+  char sa_data[14];
+};
+struct sockaddr_in {
+  short sin_family;
+  unsigned short sin_port;  // network byte order
+  in_addr sin_addr;
+  char sin_zero[8];
+};
+
+constexpr WORD MAKEWORD(int low, int high) {
+  return static_cast<WORD>((low & 0xFF) | ((high & 0xFF) << 8));
+}
+
+LUMO_IMPORT int WSAStartup(WORD version, WSADATA *data);
+LUMO_IMPORT int WSACleanup();
+LUMO_IMPORT int WSAGetLastError();
+LUMO_IMPORT unsigned long inet_addr(const char *text);
+LUMO_IMPORT unsigned short htons(unsigned short value);
+LUMO_IMPORT SOCKET socket(int family, int type, int protocol);
+LUMO_IMPORT int setsockopt(SOCKET socket, int level, int option, const char *value, int length);
+LUMO_IMPORT int connect(SOCKET socket, const sockaddr *address, int length);
+LUMO_IMPORT int send(SOCKET socket, const char *data, int length, int flags);
+LUMO_IMPORT int recv(SOCKET socket, char *buffer, int capacity, int flags);
+LUMO_IMPORT int shutdown(SOCKET socket, int how);
+LUMO_IMPORT int closesocket(SOCKET socket);
+
+}  // namespace lumo
+
+#undef LUMO_IMPORT

@@ -19,7 +19,8 @@ namespace reg {
   CALL(getPingAltPort)                                                                                       \
   CALL(OpenShift)                                                                                            \
   CALL(CloseShift)                                                                                           \
-  CALL(LoadState) CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)        \
+  CALL(LoadState)                                                                                            \
+  CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)                        \
       CALL(CreateTransaction) CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount)          \
           CALL(BalanceProc) CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc)                   \
               CALL(PaymentConfirmProc) CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult)    \

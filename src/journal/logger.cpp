@@ -106,10 +106,12 @@ int AppendRecord(const char *file_name, const char *record, Trim trim) {
     return ERR_OFFLINE_SAVE;
   }
   FileSeek(file, 0, FILE_END);
-  FileWrite(record, 1, static_cast<uint32_t>(std::strlen(record)), file);
-  FileWrite("\n", 1, 1, file);
+  const uint32_t length = static_cast<uint32_t>(std::strlen(record));
+  const bool whole = FileWrite(record, 1, length, file) == length;
+  // Also behind a record that came short, so that the next one begins a line of its own.
+  const bool ended = FileWrite("\n", 1, 1, file) == 1;
   FileClose(file);
-  return 0;
+  return whole && ended ? 0 : ERR_OFFLINE_SAVE;
 }
 
 RecordEntry *ListRecords(const char *file_name) {

@@ -15,8 +15,9 @@ struct RecordEntry {
 
 int SetLogSize(int32_t lines);  // the bound of LOG; returns 0
 
-// Append one record: 0 or -201. Only LOG is trimmed: when the record would be the logSize-th line or a later
-// one, the oldest logSize / 3 lines go first.
+// Append one record: 0, or -201 when the record is null, the file cannot be opened or not all of it could be
+// written. Only LOG is trimmed: when the record would be the logSize-th line or a later one, the oldest
+// logSize / 3 lines go first.
 int AppendLogRecord(const char *record);
 int AppendOfflineRecord(const char *record);
 int AppendOfflineTmpRecord(const char *record);

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/files.h"
@@ -156,6 +157,43 @@ TEST_F(Append, RefusesAFileThatCannotBeOpened) {
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: [OFFLINE] file is not opened\n"));
   EXPECT_EQ(lumo::AppendOfflineTmpRecord("x"), -201);
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: [OFFLINE_TMP] file is not opened\n"));
+}
+
+struct FullDiskCase {
+  const char *name;
+  uint64_t room;
+  int code;
+  const char *written;
+};
+
+const FullDiskCase kFullDiskCases[] = {
+    {"the record and its line feed fit", 7, 0, "record\n"},
+    {"the line feed does not fit", 6, -201, "record"},
+    {"the record is cut", 5, -201, "recor"},
+    {"nothing fits", 0, -201, ""},
+};
+
+TEST_F(Append, ReportsARecordThatIsNotWrittenWhole) {
+  lumo::SetLogSize(300);
+  for (const FullDiskCase &row : kFullDiskCases) {
+    for (const auto &[file_name, append] :
+         {std::pair("LOG", lumo::AppendLogRecord), std::pair("OFFLINE", lumo::AppendOfflineRecord),
+          std::pair("OFFLINE_TMP", lumo::AppendOfflineTmpRecord)}) {
+      folder.Write(file_name, "1\n");
+      test::LeaveDiskRoom(row.room);
+      EXPECT_EQ(append("record"), row.code) << row.name << ", " << file_name;
+      test::LeaveDiskRoom(UINT64_MAX);
+      EXPECT_EQ(folder.Read(file_name), std::string("1\n") + row.written) << row.name << ", " << file_name;
+      EXPECT_EQ(lumo::FileDelete(file_name), 0) << row.name << ", " << file_name << " was left open";
+    }
+  }
+}
+
+TEST_F(Append, EndsTheLineOfARecordThatCameShort) {
+  test::CutNextWrite(3);
+  EXPECT_EQ(lumo::AppendOfflineRecord("first"), -201);
+  EXPECT_EQ(lumo::AppendOfflineRecord("second"), 0);
+  EXPECT_EQ(folder.Read("OFFLINE"), "fir\nsecond\n");
 }
 
 TEST_F(Append, LeavesTheLineOfItsSeekInTheTrace) {

@@ -7,6 +7,8 @@
 namespace {
 
 test::FileTraffic traffic;
+uint64_t disk_room = UINT64_MAX;
+uint64_t next_write = UINT64_MAX;  // the most it takes
 
 // The names that are refused, none at first.
 std::string &RefusedOpen() {
@@ -61,7 +63,11 @@ uint32_t __wrap__ZN4lumo8FileReadEPvjjS0_(void *buffer, uint32_t size, uint32_t 
 
 uint32_t __wrap__ZN4lumo9FileWriteEPKvjjPv(const void *buffer, uint32_t size, uint32_t count,
                                            lumo::HANDLE file) {
-  const uint32_t bytes = __real__ZN4lumo9FileWriteEPKvjjPv(buffer, size, count, file);
+  const auto fitting =
+      static_cast<uint32_t>(std::min<uint64_t>({disk_room, next_write, uint64_t{size} * count}));
+  next_write = UINT64_MAX;
+  const uint32_t bytes = __real__ZN4lumo9FileWriteEPKvjjPv(buffer, 1, fitting, file);
+  disk_room -= bytes;
   ++traffic.writes;
   traffic.bytes_written += bytes;
   return bytes;
@@ -85,6 +91,14 @@ void RefuseOpen(const std::string &name) {
 
 void RefuseDelete(const std::string &name) {
   RefusedDelete() = name;
+}
+
+void LeaveDiskRoom(uint64_t bytes) {
+  disk_room = bytes;
+}
+
+void CutNextWrite(uint64_t bytes) {
+  next_write = bytes;
 }
 
 }  // namespace test

@@ -23,11 +23,14 @@ using lumo::Trace;
 
 namespace {
 
-// Some registers pass the activation type as its small number in place of a text; null is the number 0. No
-// text lies at so low an address.
+// No text lies below this address, so a smaller "pointer" is a number.
+constexpr uintptr_t kFirstTextAddress = 0x10000;
+
+// Some registers pass the activation type as its number in place of a text; null is the number 0. A number
+// of no type gives the empty text, which is no type either.
 const char *ActivationTypeText(const char *activation_type) {
   const auto number = reinterpret_cast<uintptr_t>(activation_type);
-  if (number < lumo::ACTIVATION_UNKNOWN) return lumo::ActivationTypeToString(static_cast<int32_t>(number));
+  if (number < kFirstTextAddress) return lumo::ActivationTypeToString(static_cast<int32_t>(number));
   return activation_type;
 }
 

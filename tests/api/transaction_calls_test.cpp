@@ -342,6 +342,8 @@ const ActivationCase kActivations[] = {
     {"Null", nullptr, 0},
     {"NumberOne", TypeNumber(1), 1},
     {"NumberTwo", TypeNumber(2), 2},
+    {"NumberThree", TypeNumber(3), 3},
+    {"TheGreatestNumber", TypeNumber(0xFFFF), 3},
     {"Simple", "SIMPLE_ACTIVATION", 0},
     {"GiftCard", "GIFT_CARD", 1},
     {"ReferAFriend", "REFER_A_FRIEND", 2},
@@ -374,6 +376,7 @@ TEST_F(TransactionCalls, AnUnknownActivationTypeIsTheEnginesToRefuse) {
   StartWithTransaction("http://127.0.0.1:1/a");
   EXPECT_EQ(ActivationProc("GIFT", nullptr, 1, "LOCAL", nullptr), -102);
   EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: Unknown enumiratoin for ActivationType [GIFT]\n"));
+  EXPECT_EQ(ActivationProc(TypeNumber(3), nullptr, 1, "LOCAL", nullptr), -102);
 }
 
 TEST_F(TransactionCalls, AnUnknownAccountTypeIsTheEnginesToRefuse) {

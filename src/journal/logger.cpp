@@ -27,8 +27,9 @@ const char *FindLineFeed(const char *from, const char *end) {
   return static_cast<const char *>(std::memchr(from, '\n', static_cast<size_t>(end - from)));
 }
 
-// Copies what lies behind the first `count` line feeds. A count of 0 or less copies all.
-void CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
+// Copies what lies behind the first `count` line feeds. A count of 0 or less copies all. False when not all
+// of it could be written.
+bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
   char chunk[kChunkBytes];
   uint32_t bytes = kChunkBytes;
   while (bytes == kChunkBytes) {
@@ -43,10 +44,12 @@ void CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
       }
       rest = line_feed + 1;
     }
-    if (rest != end) {
-      FileWrite(rest, 1, static_cast<uint32_t>(end - rest), to);
+    const uint32_t length = static_cast<uint32_t>(end - rest);
+    if (length != 0 && FileWrite(rest, 1, length, to) != length) {
+      return false;
     }
   }
+  return true;
 }
 
 void CloseOrTrace(HANDLE file, const char *message) {
@@ -76,12 +79,16 @@ int TrimThroughOldFile(int32_t count, const char *name, const char *old_name) {
   HANDLE old_file = FileOpen(old_name, "rb");
   HANDLE new_file = FileOpen(name, "wb");
   const bool both_open = FileIsValid(old_file) && FileIsValid(new_file);
-  if (both_open) {
-    CopyBehindLines(count, old_file, new_file);
-  }
+  const bool copied = both_open && CopyBehindLines(count, old_file, new_file);
   CloseOrTrace(old_file, "old file is NULL\n");
   CloseOrTrace(new_file, "new file is NULL\n");
   if (!both_open) {
+    return ERR_LOG_DELETE;
+  }
+  if (!copied) {
+    // The disk is full: better a log that is too long than one that lost its end.
+    FileDelete(name);
+    FileMove(old_name, name);
     return ERR_LOG_DELETE;
   }
   if (FileDelete(old_name) != 0) {

@@ -189,6 +189,14 @@ TEST_F(Append, ReportsARecordThatIsNotWrittenWhole) {
   }
 }
 
+TEST_F(Append, KeepsAFullLogWholeOnAFullDisk) {
+  lumo::SetLogSize(6);
+  folder.Write("LOG", Lines(1, 5));
+  test::LeaveDiskRoom(0);
+  EXPECT_EQ(lumo::AppendLogRecord("6"), -201);
+  EXPECT_EQ(folder.Read("LOG"), Lines(1, 5));
+}
+
 TEST_F(Append, EndsTheLineOfARecordThatCameShort) {
   test::CutNextWrite(3);
   EXPECT_EQ(lumo::AppendOfflineRecord("first"), -201);
@@ -357,6 +365,19 @@ TEST_F(Trim, SucceedsThoughTheCopyCannotBeDeleted) {
   EXPECT_EQ(folder.Trace(), "ERROR: file [J.old] is not removed!\n");
   EXPECT_EQ(folder.Read("J"), Lines(2, 5));
   EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
+}
+
+TEST_F(Trim, PutsTheFileBackWhenTheRestCannotBeWritten) {
+  folder.Write("J", Lines(1, 5));
+  for (const uint64_t room : {0U, 5U}) {
+    test::LeaveDiskRoom(room);
+    EXPECT_EQ(lumo::TrimOldestLines(2, "J"), -202) << room;
+    EXPECT_EQ(folder.Read("J"), Lines(1, 5)) << room;
+    EXPECT_FALSE(folder.Exists("J.old")) << room;
+  }
+  test::LeaveDiskRoom(6);
+  EXPECT_EQ(lumo::TrimOldestLines(2, "J"), 0);
+  EXPECT_EQ(folder.Read("J"), Lines(3, 5));
 }
 
 TEST_F(Trim, ThatFailsLetsTheNextAppendStartANewLog) {

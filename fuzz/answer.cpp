@@ -1,0 +1,16 @@
+// fuzz/answer.cpp: any bytes as the server's answer.
+#include "engine/transaction.h"
+#include "protocol/transaction_json.h"
+#include "target.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  fuzz::EmptyFolder();
+  const std::string answer(reinterpret_cast<const char *>(data), size);
+  lumo::Transaction *transaction = lumo::new_transaction();
+  const int code =
+      lumo::ParseOperationResponse(transaction, answer.c_str(), static_cast<uint32_t>(answer.size()));
+  fuzz::Promise(code <= 0, "a result code");
+  lumo::ParseHttpStatus(answer.c_str());
+  lumo::free_transaction(transaction);
+  return 0;
+}

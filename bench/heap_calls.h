@@ -8,4 +8,9 @@ namespace bench {
 // malloc, calloc and realloc since the process began.
 uint64_t HeapCalls();
 
+// Bytes in use now, and the most since ResetPeak.
+uint64_t HeapBytes();
+uint64_t HeapPeak();
+void ResetPeak();
+
 }  // namespace bench

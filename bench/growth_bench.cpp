@@ -1,0 +1,139 @@
+// bench/growth_bench.cpp: that time and memory grow no faster than the work: long texts, large bills, long
+// journals. Each row is one run in a folder of its own; the trace is written as in a shop.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "engine/bill_files.h"
+#include "engine/reports.h"
+#include "engine/transaction.h"
+#include "foundation/lumostring.h"
+#include "foundation/module_path.h"
+#include "heap_calls.h"
+#include "workloads.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Folder {
+ public:
+  Folder() {
+    std::random_device random;
+    do path_ = fs::temp_directory_path() / ("lumo-bench-" + std::to_string(random()));
+    while (!fs::create_directory(path_));
+    lumo::SetModuleDirectory((path_ / "").string<lumo::WCHAR>().c_str());
+  }
+  ~Folder() { fs::remove_all(path_); }
+  Folder(const Folder &) = delete;
+  Folder &operator=(const Folder &) = delete;
+
+  std::ofstream Create(const char *name) const { return std::ofstream(path_ / name, std::ios::binary); }
+  void RemoveTrace() const { fs::remove(path_ / "TRACE.TXT"); }
+
+ private:
+  fs::path path_;
+};
+
+// The most heap that a run has used beyond what was there before.
+class Peak {
+ public:
+  Peak() : before_(bench::HeapBytes()) { bench::ResetPeak(); }
+  void Show(benchmark::State &state) const {
+    state.counters["peak_KB"] = static_cast<double>(bench::HeapPeak() - before_) / 1000;
+  }
+
+ private:
+  uint64_t before_;
+};
+
+// Time for each of the state.range(0) bytes, goods or records.
+void ShowPerItem(benchmark::State &state) {
+  state.counters["per_item"] =
+      benchmark::Counter(static_cast<double>(state.range(0)),
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void AppendToString(benchmark::State &state) {
+  const auto bytes = static_cast<size_t>(state.range(0));
+  for (auto _ : state) {
+    lumo::String *text = lumo::StringCreate();
+    for (size_t at = 0; at < bytes; at += 10) lumo::StringAppendN(text, "0123456789", 10);
+    benchmark::DoNotOptimize(lumo::StringGetText(text));
+    lumo::StringFree(text);
+  }
+  ShowPerItem(state);
+}
+
+void ReadAndWriteBill(benchmark::State &state) {
+  Folder folder;
+  folder.Create("BILL") << bench::MakeBill(static_cast<int>(state.range(0)));
+  Peak peak;
+  for (auto _ : state) {
+    lumo::Transaction *transaction = lumo::new_transaction();
+    if (lumo::BillParse(transaction, "BILL", 1) != 0 || lumo::BillModify(transaction, "BILL") != 0)
+      std::abort();
+    lumo::free_transaction(transaction);
+    state.PauseTiming();
+    folder.RemoveTrace();
+    state.ResumeTiming();
+  }
+  peak.Show(state);
+  ShowPerItem(state);
+}
+
+// Payments and, in the same order, their confirmations.
+void WriteLog(const Folder &folder, int records) {
+  std::ofstream log = folder.Create("LOG");
+  for (int i = 0; i < records; ++i) {
+    const bool confirms = i >= records / 2;
+    char text[900];
+    std::snprintf(
+        text, sizeof text,
+        "{\"request\":{\"ver\":\"1.0\",\"type\":\"%s\",\"requestId\":\"00417240517%05d\",\"terminalId\":"
+        "\"00417\","
+        "\"requestDate\":\"2024-05-17T10:42:05Z\",\"employeeId\":\"7\",\"cardNum\":\"9000000000000001\","
+        "\"isOffline\":false,\"shiftId\":\"1\"},%s}\n",
+        confirms ? "PAYMENT_CONFIRM" : "PAYMENT", i % (records / 2),
+        confirms ? "\"paymentConfirm\":{\"isCancel\":false}"
+                 : "\"bill\":{\"totalSum\":12345,\"orderLen\":1,\"billNum\":\"1\",\"billDate\":\"2024-05-"
+                   "17T10:42:05Z\","
+                   "\"partnerFee\":1000,\"goodList\":{\"good\":[{\"title\":\"TOTAL_AMOUNT\",\"productCode\":"
+                   "\"008\","
+                   "\"positionCost\":12345,\"orderNum\":1,\"cnt\":1,\"bonus\":[{\"earned\":617,\"spend\":0,"
+                   "\"organizerFee\":61,\"accountType\":\"GLOBAL\"}]}]}}");
+    log << text;
+  }
+}
+
+void Report(benchmark::State &state, int (*generate)(const char *from, const char *to)) {
+  Folder folder;
+  WriteLog(folder, static_cast<int>(state.range(0)));
+  Peak peak;
+  for (auto _ : state) {
+    if (generate("2024-05-17T00:00:00Z", "2024-05-18T00:00:00Z") <= 0) std::abort();
+  }
+  peak.Show(state);
+  ShowPerItem(state);
+}
+
+void SummaryReport(benchmark::State &state) {
+  Report(state, lumo::GenerateSummaryReport);
+}
+void DetailedReport(benchmark::State &state) {
+  Report(state, lumo::GenerateReport);
+}
+
+BENCHMARK(AppendToString)->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(10000000);
+BENCHMARK(ReadAndWriteBill)->Arg(100)->Arg(1000)->Arg(10000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(SummaryReport)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(DetailedReport)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();

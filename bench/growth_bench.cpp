@@ -61,12 +61,14 @@ void ShowPerItem(benchmark::State &state) {
 
 void AppendToString(benchmark::State &state) {
   const auto bytes = static_cast<size_t>(state.range(0));
+  Peak peak;
   for (auto _ : state) {
     lumo::String *text = lumo::StringCreate();
     for (size_t at = 0; at < bytes; at += 10) lumo::StringAppendN(text, "0123456789", 10);
     benchmark::DoNotOptimize(lumo::StringGetText(text));
     lumo::StringFree(text);
   }
+  peak.Show(state);
   ShowPerItem(state);
 }
 

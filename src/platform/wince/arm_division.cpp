@@ -2,7 +2,7 @@
 // compiler calls for it, by the names and registers of the system's ABI. The divisor comes first; quotient
 // and remainder go back together. A division by zero never arrives here: the compiled code stops at an
 // undefined instruction first.
-#include <cstdint>
+#include <stdint.h>
 
 namespace {
 

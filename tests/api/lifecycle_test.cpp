@@ -148,7 +148,7 @@ TEST_F(Lifecycle, ANameTagsTheTraceFileAndNothingElse) {
   folder_.Write("CONFIG", "{}");
   EXPECT_EQ(LUMOInitExt("K2"), 0);
   EXPECT_FALSE(folder_.Exists("TRACE.TXT"));
-  EXPECT_THAT(folder_.Read("TRACE_K2.TXT"), testing::StartsWith("LUMOInit()\nLoadNewConfig\n"));
+  EXPECT_THAT(folder_.Trace("TRACE_K2.TXT"), testing::StartsWith("LUMOInit()\nLoadNewConfig\n"));
   EXPECT_TRUE(folder_.Exists("STATE"));
 }
 
@@ -160,11 +160,11 @@ TEST_F(Lifecycle, ANameMayBeAnyText) {
 TEST_F(Lifecycle, NullAndEmptyNamesMeanThePlainTraceFile) {
   LUMOInitExt("K2");
   EXPECT_EQ(LUMOInitExt(nullptr), -111);
-  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
   LUMOInitExt("K2");
   folder_.ClearTrace();
   EXPECT_EQ(LUMOInitExt(""), -111);
-  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
 }
 
 TEST_F(Lifecycle, LumoInitKeepsTheNameGivenLast) {
@@ -177,7 +177,7 @@ TEST_F(Lifecycle, ANameThatDoesNotFitMeansThePlainTraceFile) {
   LUMOInitExt("K2");
   const std::string long_name(259, 'x');
   EXPECT_EQ(LUMOInitExt(long_name.c_str()), -111);
-  EXPECT_THAT(folder_.Read("TRACE.TXT"), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
 }
 
 TEST_F(Lifecycle, CleaningOnlyTraces) {

@@ -210,8 +210,9 @@ TEST_F(TextBuffer, GrowthWithoutMemoryIsFatal) {
   EXPECT_EXIT(
       {
         test::PrintTraceAtExit(folder);
+        const std::string text(300, 'a');
         test::FailNextAllocation();
-        Append(300);
+        lumo::StringAppend(string, text.c_str());
       },
       test::EndedAsFatal,
       test::ContainsPattern(

@@ -72,9 +72,14 @@ void Folder::Remove(const std::string &name) const {
   fs::remove_all(Inside(path_, name));
 }
 
-std::string Folder::Trace() const {
-  std::ifstream file(Inside(path_, "TRACE.TXT"));
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+std::string Folder::Trace(const std::string &name) const {
+  std::ifstream file(Inside(path_, name));
+  std::string trace{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  const std::string seek = "SetFilePointer function failed with error ";
+  for (size_t at = 0; (at = trace.find(seek + "183\n", at)) != std::string::npos; at += seek.size()) {
+    trace.replace(at + seek.size(), 3, "0");
+  }
+  return trace;
 }
 
 void Folder::ClearTrace() const {

@@ -87,7 +87,10 @@ inline uint32_t JsonCopyHalfBlock(char *to, const char *from, uint32_t limit) {
 }
 #else
 inline bool JsonCopyBlock(char *to, const char *from, uint32_t *at) {
-  return JsonCopyWord<uint64_t>(to, from, at) || JsonCopyWord<uint64_t>(to, from, at);
+  for (int half = 0; half < 2; ++half) {
+    if (JsonCopyWord<uint64_t>(to, from, at)) return true;
+  }
+  return false;
 }
 
 inline uint32_t JsonCopyHalfBlock(char *to, const char *from, uint32_t limit) {

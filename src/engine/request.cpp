@@ -59,7 +59,7 @@ int FillRequest(Transaction *transaction, int32_t type) {
     return ERR_NO_TRANSACTION;
   }
   RequestBlock &request = transaction->request;
-  strcpy(request.requestDate, IsoTimestamp());  // both buffers have kDateBytes
+  strcpy(request.requestDate, IsoTimestamp());  // 21 bytes, 22 from the year 10000 on
   request.type = type;
   if (type == REQUEST_AD || type == REQUEST_LAST_RRN) {
     trans_strcpy(transaction, &request.requestId, kNoRrn);

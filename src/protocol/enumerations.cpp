@@ -97,8 +97,8 @@ template <size_t kCount>
 int32_t FindOrTrace(const char *const (&table)[kCount], const char *name, const char *text) {
   const int32_t value = Find(table, text);
   if (value == UnknownValue(table)) {
-    TraceError("Unknown enumiratoin for %s [%s]\n", name,
-               text);  // the spelling is what service staff search for
+    // The spelling is what service staff search for.
+    TraceError("Unknown enumiratoin for %s [%s]\n", name, text);
   }
   return value;
 }

@@ -701,8 +701,8 @@ int LoadLastRrn(Transaction *transaction, const JsonNode *node) {
 }
 
 int LoadAdvertising(Transaction *transaction, const JsonNode *node) {
-  if (LoadObject(transaction, transaction, kAdvertisingRules, "Last Rrn", node) ==
-      0) {  // deliberate: its name
+  // Deliberate: another part's name.
+  if (LoadObject(transaction, transaction, kAdvertisingRules, "Last Rrn", node) == 0) {
     Trace("ad.ad = (null)\n");
   }
   return 0;

@@ -341,6 +341,12 @@ TEST_F(Reports, APaymentWithoutAnRrnIsTracedAndCounted) {
   EXPECT_EQ(Summary(payment + confirm), PaymentBlock("ПОДТВЕРЖДЕННЫЕ ПЛАТЕЖИ:", 1, "2.00", "3.00", "4.00"));
 }
 
+TEST_F(Reports, AnEmptyRrnIsAnRrnLikeAnyOther) {
+  const std::string payment = "{" + Request("PAYMENT", "") + "," + Bill(10000, 200, 300, 400) + "}\n";
+  EXPECT_EQ(Summary(payment), PaymentBlock("НЕПОДТВЕРЖД. ПЛАТЕЖИ:", 1, "2.00", "3.00", "4.00"));
+  EXPECT_EQ(test::Count(folder.Trace(), "Payment without RRN"), 0U);
+}
+
 TEST_F(Reports, UnsupportedRecordsAreTracedAndNotCounted) {
   EXPECT_EQ(Summary("{" + Request("BALANCE", "A") + "}\n{" + Request("LINK", "A") + "}\n{" +
                     Request("EXCHANGE", "A") + "}\n{" + Request("SOMETHING", "A") + "}\n" +

@@ -9,9 +9,8 @@ using testing::HasSubstr;
 
 // Hosts are the register's to keep.
 const char *Kept(char *host) {
-  static char *kept[4];
-  static size_t count = 0;
-  kept[count++ % 4] = host;
+  static auto *const kept = new std::vector<char *>;
+  kept->push_back(host);
   return host;
 }
 

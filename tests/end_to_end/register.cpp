@@ -1,6 +1,22 @@
 #include "end_to_end/register.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace test {
+
+Forgetting::Forgetting() {
+#if defined(__SANITIZE_ADDRESS__)
+  __lsan_disable();
+#endif
+}
+
+Forgetting::~Forgetting() {
+#if defined(__SANITIZE_ADDRESS__)
+  __lsan_enable();
+#endif
+}
 
 std::string RequestPart(const std::string &type, const std::string &rrn, bool is_offline,
                         const std::string &shift_id) {

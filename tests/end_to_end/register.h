@@ -41,6 +41,15 @@ std::string Refusal(const std::string &name, const std::string &state_code,
 
 std::string State(const std::string &rrn = kFirstRrn, int offline = 0, int update = 0);
 
+// What the library allocates meanwhile is going to be forgotten, as it promises: no leak.
+class Forgetting {
+ public:
+  Forgetting();
+  ~Forgetting();
+  Forgetting(const Forgetting &) = delete;
+  Forgetting &operator=(const Forgetting &) = delete;
+};
+
 class Register : public testing::Test {
  protected:
   // Starts the shop with a server that gives these answers, one to each exchange, and creates a transaction.

@@ -58,6 +58,13 @@ TEST_P(Place, OfTheRegisterDoesNotMatter) {
   fs::current_path(before);
 }
 
+TEST_P(Place, StaysThatOfTheFileWhenItIsAttachedAgain) {
+  Shop shop(GetParam());
+  EXPECT_EQ(shop.DllAttach(shop.module()), 1);
+  EXPECT_EQ(shop.CreateAmountBill(1, "BILL.JSN"), 0);
+  EXPECT_TRUE(shop.Exists("BILL.JSN"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Every, Place, testing::ValuesIn(kFolders),
                          [](const auto &folder) { return "Folder" + std::to_string(folder.index); });
 

@@ -79,9 +79,9 @@ void Shop::LoadAgain() {
 void Shop::LoadCopy(const std::string &file_name) {
   const fs::path library = fs::u8path(folder_ + file_name);
   fs::copy_file(LUMO_LIBRARY_FILE, library);
-  void *module = Load(library);
-  if (module == nullptr) throw std::runtime_error("the library file does not load");
-#define SHOP_RESOLVE(name) Resolve(module, #name, name);
+  module_ = Load(library);
+  if (module_ == nullptr) throw std::runtime_error("the library file does not load");
+#define SHOP_RESOLVE(name) Resolve(module_, #name, name);
   SHOP_LUMO_CALLS(SHOP_RESOLVE)
 #undef SHOP_RESOLVE
 }

@@ -50,6 +50,9 @@ class Shop {
   // was not told.
   void LoadAgain();
 
+  void *module() const {
+    return module_;
+  }
   const std::string &folder() const {
     return folder_;
   }
@@ -66,6 +69,7 @@ class Shop {
 
   std::string root_;
   std::string folder_;
+  void *module_ = nullptr;
   int copies_ = 0;
 };
 

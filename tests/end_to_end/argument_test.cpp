@@ -367,23 +367,27 @@ bool EndedAsFatal(int status) {
         std::atexit(PrintTrace);      \
         statement;                    \
       },                              \
-      EndedAsFatal, testing::ContainsRegex(line))
+      EndedAsFatal, line)
 
 class Fatal : public test::Register {};
 
-constexpr char kLongLine[] = "ERROR: ASSERT IN .*receipt.* LINE [0-9]+: Stack overflow!\n\\]";
+// The last line of the trace.
+auto LongLine() {
+  return testing::AllOf(HasSubstr("\nERROR: ASSERT IN "), HasSubstr("receipt"),
+                        HasSubstr(": Stack overflow!\n]"));
+}
 
 TEST_F(Fatal, CardNumberOf1100Bytes) {
   shop.Start("http://127.0.0.1:1/");
   const std::string card(1100, '9');
-  EXPECT_FATAL(shop.CreateTransaction(card.c_str(), "7"), kLongLine);
+  EXPECT_FATAL(shop.CreateTransaction(card.c_str(), "7"), LongLine());
 }
 
 // Four blanks, the number and the line feed: 1023 bytes are a line, 1024 are none.
 TEST_F(Fatal, LineOfASlipHasAtMost1023Bytes) {
   shop.Start("http://127.0.0.1:1/");
   const std::string longest(1018, '9');
-  EXPECT_FATAL(shop.CreateTransaction((longest + "9").c_str(), "7"), kLongLine);
+  EXPECT_FATAL(shop.CreateTransaction((longest + "9").c_str(), "7"), LongLine());
   EXPECT_EQ(shop.CreateTransaction(longest.c_str(), "7"), 0);
   EXPECT_THAT(shop.getReceiptHeaderPtr(), HasSubstr("    " + longest + "\n"));
 }
@@ -391,18 +395,18 @@ TEST_F(Fatal, LineOfASlipHasAtMost1023Bytes) {
 TEST_F(Fatal, LinkedCardOf1100Bytes) {
   OpenAlone();
   const std::string card(1100, '9');
-  EXPECT_FATAL(shop.LinkCardProc(card.c_str()), kLongLine);
+  EXPECT_FATAL(shop.LinkCardProc(card.c_str()), LongLine());
 }
 
 TEST_F(Fatal, NameOfTheNetworkOf1100Bytes) {
   Open({Success("getBalanceResponse", R"("balance":{"account":[]})")},
        R"("retailNetworkName":")" + std::string(1100, 'N') + "\"");
-  EXPECT_FATAL(shop.BalanceProc(), kLongLine);
+  EXPECT_FATAL(shop.BalanceProc(), LongLine());
 }
 
 TEST_F(Fatal, HeaderOfTheSlipOf1100Bytes) {
   shop.Start("http://127.0.0.1:1/", R"("receiptHeader":")" + std::string(1100, 'H') + "\"");
-  EXPECT_FATAL(shop.CreateTransaction(kCard, "7"), kLongLine);
+  EXPECT_FATAL(shop.CreateTransaction(kCard, "7"), LongLine());
 }
 
 }  // namespace

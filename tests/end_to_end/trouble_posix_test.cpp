@@ -1,5 +1,5 @@
-// end_to_end/trouble_posix_test.cpp: files that somebody else holds, a disk that is full and a register that
-// is killed, as this host can show them.
+// end_to_end/trouble_posix_test.cpp: files that somebody else holds, a disk that is full, a connection that
+// is reset and a register that is killed, as this host can show them.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -155,6 +155,24 @@ TEST_F(Trouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
             "******* ДЕПОЗИТ *******\n"
             "RRN: 1234512120500009\n");
   EXPECT_EQ(shop.Read("STATE"), State(kSecondRrn));
+}
+
+TEST_F(Trouble, ResetConnectionIsNoAnswer) {
+  const std::string begin = R"({"putDepositResponse":{"response":{"requestState":"SUCCESS","message":")";
+  Open({Answer{{}, Answer::End::kReset},
+        Answer{{begin + std::string(500 - begin.size() - 4, 'm') + "\"}}}"}, Answer::End::kReset},
+        Answer{{Success("putDepositResponse", "", test::kThirdRrn)}}});
+  EXPECT_EQ(shop.DepositProc(0), -401);
+  EXPECT_THAT(shop.Trace(), HasSubstr("Receiving \n"
+                                      "ERROR: recv failed with error: 10054\n"
+                                      "ERROR: LUMO_Receive res -1\n"
+                                      "ERROR: LUMO_Receive error: -1\n"
+                                      "Disconnect\n"));
+  // Whole pieces that were received do not make an answer either.
+  EXPECT_EQ(shop.DepositProc(0), -401);
+  EXPECT_EQ(Body(), "");
+  EXPECT_FALSE(shop.Exists("LOG"));
+  EXPECT_EQ(shop.DepositProc(0), 0);
 }
 
 // The register is killed while it waits for the answer to a payment.

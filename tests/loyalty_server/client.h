@@ -9,6 +9,14 @@
 
 namespace bench {
 
+// Wine shuts a socket down before it closes it, whatever its linger option says: the end may arrive before
+// the reset.
+#if defined(_WIN32)
+constexpr bool kEndMayPrecedeReset = true;
+#else
+constexpr bool kEndMayPrecedeReset = false;
+#endif
+
 class Client {
  public:
   explicit Client(std::uint16_t port) : socket_(context_) {
@@ -44,7 +52,8 @@ class Client {
     try {
       for (;;) {
         const std::string piece = Receive();
-        if (piece.empty()) throw std::runtime_error("the connection ended in order");
+        if (piece.empty() && !kEndMayPrecedeReset) throw std::runtime_error("the connection ended in order");
+        if (piece.empty()) return bytes;
         bytes += piece;
       }
     } catch (const std::system_error &) {

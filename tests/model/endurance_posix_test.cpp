@@ -15,7 +15,7 @@
 #include "end_to_end/shop.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+extern "C" size_t __sanitizer_get_current_allocated_bytes();  // of the sanitizer's runtime
 #else
 #include <malloc.h>
 #endif
@@ -107,6 +107,7 @@ TEST(Endurance, MemoryAndHandlesStayFlatOverAnyNumberOfOperations) {
   shop.Start(server.address(), R"("logSize":100,"offlineMode":1,"serverAltAddr":"")");
   const std::string bill =
       R"({"totalSum":100,"goodList":{"good":[{"title":"Хлеб","productCode":"1","positionCost":100,"orderNum":1,"cnt":1}]}})";
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const int operations = Operations();
   size_t settled_heap = 0;
   int first_handle = 0;

@@ -15,7 +15,7 @@
 #include "loyalty_server/server.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+extern "C" size_t __sanitizer_get_current_allocated_bytes();  // of the sanitizer's runtime
 #elif defined(__GLIBC__)
 #include <malloc.h>
 #endif

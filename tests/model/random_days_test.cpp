@@ -757,6 +757,6 @@ TEST_P(RandomDays, KeepEveryRecordAndEveryPromise) {
   EXPECT_LT(HeapInUse(), settled + 8 * 1024 * 1024);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomDays, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomDays, testing::Range(1U, 17U));
 
 }  // namespace

@@ -31,15 +31,10 @@ struct StateRecord {
 StateRecord state;
 char *request_id_copy;  // owned; what CopyRequestId handed out last
 
-void FreeText(char **text) {
-  if (*text != nullptr) MemFree(*text, LUMO_HERE);
-  *text = nullptr;
-}
-
 // `source` may be the field's own text.
 void ReplaceText(char **field, const char *source) {
   char *copy = MemCopyText(source, LUMO_HERE);
-  FreeText(field);
+  MemFreeText(field);
   *field = copy;
 }
 
@@ -52,8 +47,8 @@ void ReplaceDate(char (&field)[kStateDateBytes], const char *source) {
 }
 
 void ClearState() {
-  FreeText(&state.reqId);
-  FreeText(&state.shiftId);
+  MemFreeText(&state.reqId);
+  MemFreeText(&state.shiftId);
   state = StateRecord{};
 }
 
@@ -204,7 +199,7 @@ int OpenShift(const char *shift_id) {
     SetShiftState(1);
     SetShiftOpenDate(IsoTimestamp());
   }
-  FreeText(&given_id);
+  MemFreeText(&given_id);
   return result;
 }
 

@@ -61,4 +61,9 @@ char *MemCopyText(const char *text, const char *file, int line) {
   return static_cast<char *>(std::memcpy(MemMalloc(size, file, line), text, size));
 }
 
+void MemFreeText(char **text) {
+  if (*text != nullptr) MemFree(*text, LUMO_HERE);
+  *text = nullptr;
+}
+
 }  // namespace lumo

@@ -20,4 +20,7 @@ void *MemReallocShort(void *pointer, size_t size);
 // A copy from MemMalloc, for the caller to free with MemFree; null for null.
 char *MemCopyText(const char *text, const char *file, int line);
 
+// Frees the text, if there is one, and leaves null.
+void MemFreeText(char **text);
+
 }  // namespace lumo

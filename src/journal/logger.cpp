@@ -180,18 +180,11 @@ RecordEntry *FirstRecord(const char *file_name) {
   return first;
 }
 
-void FreeText(RecordEntry *entry) {
-  if (entry->text != nullptr) {
-    MemFree(entry->text, LUMO_HERE);
-    entry->text = nullptr;
-  }
-}
-
 RecordEntry *NextRecord(RecordEntry *entry, const char *file_name) {
   if (entry == nullptr) {
     return nullptr;
   }
-  FreeText(entry);
+  MemFreeText(&entry->text);
   if (entry->next != nullptr) {
     LoadRecord(entry->next, file_name);
   }
@@ -246,7 +239,7 @@ RecordEntry *NextOfflineRecord(RecordEntry *entry) {
 void FreeRecordList(RecordEntry *first) {
   while (first != nullptr) {
     RecordEntry *next = first->next;
-    FreeText(first);
+    MemFreeText(&first->text);
     MemFree(first, LUMO_HERE);
     first = next;
   }

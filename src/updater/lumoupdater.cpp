@@ -20,15 +20,10 @@ bool KeyIs(const JsonMember &member, const char *name) {
   return strncmp(member.key, name, kComparedKeyBytes) == 0;
 }
 
-void FreeText(char **text) {
-  if (*text != nullptr) MemFree(*text, LUMO_HERE);
-  *text = nullptr;
-}
-
 void DestroyUpdateResponse(UpdateResponse *response) {
-  FreeText(&response->responseState);
-  FreeText(&response->responseStateCode);
-  FreeText(&response->message);
+  MemFreeText(&response->responseState);
+  MemFreeText(&response->responseStateCode);
+  MemFreeText(&response->message);
 }
 
 struct ResponseField {
@@ -46,7 +41,7 @@ void ReadResponseMember(UpdateResponse *response, const JsonMember &member) {
   if (member.value.type != JSON_STRING) return;
   for (const ResponseField &field : kResponseFields) {
     if (!KeyIs(member, field.key)) continue;
-    FreeText(&(response->*field.text));
+    MemFreeText(&(response->*field.text));
     response->*field.text = MemCopyText(JsonText(member.value), LUMO_HERE);
     Trace(" %s = \"%s\"\n", field.key, response->*field.text);
   }
@@ -131,8 +126,8 @@ int LoadGetUpdatePackReponse(UpdateResponse **holder, const JsonNode *root) {
 }
 
 void DestroyUpdateFile(UpdateFile *file) {
-  FreeText(&file->name);
-  FreeText(&file->path);
+  MemFreeText(&file->name);
+  MemFreeText(&file->path);
 }
 
 void DestroyUpdateFileList(UpdateFileList *list) {

@@ -128,4 +128,13 @@ TEST_F(Memory, CopyOfANullTextIsNull) {
   EXPECT_EQ(lumo::MemCopyText(nullptr, "a", 1), nullptr);
 }
 
+TEST_F(Memory, FreeingATextLeavesNullAndAMissingOneIsNoTrouble) {
+  char *text = lumo::MemCopyText("карта", "a", 1);
+  lumo::MemFreeText(&text);
+  EXPECT_EQ(text, nullptr);
+  lumo::MemFreeText(&text);
+  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(folder.Trace(), "");
+}
+
 }  // namespace

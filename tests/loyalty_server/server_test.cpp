@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <asio.hpp>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -67,6 +68,12 @@ class BenchServer : public testing::Test {
   std::condition_variable changed;
   std::vector<std::string> lines;
 };
+
+// Takes the port as a program would that shares it with nobody.
+void Claim(std::uint16_t port) {
+  asio::io_context context;
+  asio::ip::tcp::acceptor(context, {asio::ip::make_address("127.0.0.1"), port}, false);
+}
 
 const char *const kFirstAd =
     R"({"getAdResponse":{"response":{"ver":"1.0","requestId":"1234512120500001","responseId":"1",)"
@@ -283,10 +290,11 @@ TEST_F(BenchServer, StopsWithClientsInEveryState) {
 // --- Faults
 // -------------------------------------------------------------------------------------------------------------
 
-TEST_F(BenchServer, RefuseClosesThePortAndOffOpensItAgain) {
+TEST_F(BenchServer, RefuseTurnsClientsAwayKeepsThePortAndOffOpensIt) {
   for (int i = 0; i < 3; ++i) {
     server->SetFault(ParseFault("refuse"));
     EXPECT_THROW(Client{server->port()}, std::system_error);
+    EXPECT_THROW(Claim(server->port()), std::system_error) << "the port stays the server's";
     server->SetFault(ParseFault("refuse"));
     server->SetFault(ParseFault("off"));
     EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));

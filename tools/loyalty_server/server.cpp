@@ -30,11 +30,13 @@ struct Server::Impl {
         acceptor(context),
         accept_timer(context) {
     endpoint = tcp::endpoint(asio::ip::make_address(options.address), options.port);
-    Listen();
+    Bind();
     endpoint = acceptor.local_endpoint();
+    Listen();
     thread = std::thread([this] { context.run(); });
   }
 
+  void Bind();
   void Listen();
   void Accept();
   void SetFaultHere(const Fault &next);
@@ -52,7 +54,8 @@ struct Server::Impl {
   // Only in the server's thread from here on.
   asio::io_context context;
   asio::executor_work_guard<asio::io_context::executor_type> work = asio::make_work_guard(context);
-  tcp::acceptor acceptor;
+  tcp::acceptor acceptor;  // bound without listening while connections are refused: the port stays ours
+  bool is_listening = false;
   asio::steady_timer accept_timer;
   tcp::endpoint endpoint;
   std::set<std::shared_ptr<Session>> sessions;
@@ -263,7 +266,7 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
   bool is_ended_ = false;
 };
 
-void Server::Impl::Listen() {
+void Server::Impl::Bind() {
   acceptor.open(endpoint.protocol());
 #ifndef _WIN32
   // There the option would let two programs listen on one port; here it takes the port back from closed
@@ -272,22 +275,26 @@ void Server::Impl::Listen() {
 #endif
   try {
     acceptor.bind(endpoint);
-    acceptor.listen();
   } catch (...) {
     asio::error_code ignored;
     acceptor.close(ignored);
     throw;
   }
+}
+
+void Server::Impl::Listen() {
+  acceptor.listen();
+  is_listening = true;
   Accept();
 }
 
 void Server::Impl::Accept() {
   acceptor.async_accept([this](const asio::error_code &error, tcp::socket socket) {
-    if (error == asio::error::operation_aborted || !acceptor.is_open()) return;
+    if (error == asio::error::operation_aborted || !is_listening) return;
     if (error) {  // no descriptor left, or the client is gone already
       accept_timer.expires_after(kAcceptRetry);
       accept_timer.async_wait([this](const asio::error_code &waited) {
-        if (!waited && acceptor.is_open()) Accept();
+        if (!waited && is_listening) Accept();
       });
       return;
     }
@@ -314,12 +321,14 @@ Fault Server::Impl::TakeFault(const OperationNames *operation) {
 }
 
 void Server::Impl::SetFaultHere(const Fault &next) {
-  const bool is_listening = next.kind != FaultKind::kRefuse;
-  if (is_listening && !acceptor.is_open()) Listen();
-  if (!is_listening && acceptor.is_open()) {
+  const bool must_listen = next.kind != FaultKind::kRefuse;
+  if (!must_listen && is_listening) {
+    is_listening = false;
     accept_timer.cancel();
     acceptor.close();
   }
+  if (!acceptor.is_open()) Bind();
+  if (must_listen && !is_listening) Listen();
   const std::lock_guard<std::mutex> lock(mutex);
   fault = next;
 }

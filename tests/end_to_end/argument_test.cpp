@@ -1,8 +1,10 @@
 // end_to_end/argument_test.cpp: what a register can hand over by mistake, and calls in orders that make no
 // sense.
-#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
+#include <iterator>
 
 #include "end_to_end/register.h"
 
@@ -348,34 +350,44 @@ TEST_F(Order, AmountsMayHaveAnySize) {
 
 // ---- Texts that end the process
 
-// In the process that ends: its trace, in brackets, on the error stream.
-const Shop *ending_shop = nullptr;
+// The process that ends says where its shop is, and its trace is read from there: Windows CE runs no exit
+// handlers. A child that is not forked has a shop of its own.
+class Fatal : public test::Register {
+ protected:
+  ~Fatal() override {
+    std::error_code ignored;
+    if (!childs_folder.empty()) std::filesystem::remove_all(std::filesystem::u8path(childs_folder), ignored);
+  }
 
-void PrintTrace() {
-  std::cerr << "[" << ending_shop->Trace() << "]" << std::endl;
-}
+  std::string TraceOf(const std::string &said) {
+    const size_t from = said.rfind('[') + 1;
+    const std::string folder = said.substr(from, said.rfind(']') - from);
+    if (folder != shop.folder()) childs_folder = folder;
+    std::ifstream trace(std::filesystem::u8path(folder + "TRACE.TXT"));
+    return {std::istreambuf_iterator<char>(trace), std::istreambuf_iterator<char>()};
+  }
+
+  // The last line of the trace.
+  auto LongLine() {
+    return testing::ResultOf([this](const std::string &said) { return TraceOf(said); },
+                             testing::AllOf(HasSubstr("\nERROR: ASSERT IN "), HasSubstr("receipt"),
+                                            testing::EndsWith(": Stack overflow!\n")));
+  }
+
+  std::string childs_folder;
+};
 
 bool EndedAsFatal(int status) {
   return testing::ExitedWithCode(255)(status) || testing::ExitedWithCode(-1)(status);
 }
 
-// A child of the test runs the statement; where children are not forked, in a shop of its own.
-#define EXPECT_FATAL(statement, line) \
-  EXPECT_EXIT(                        \
-      {                               \
-        ending_shop = &shop;          \
-        std::atexit(PrintTrace);      \
-        statement;                    \
-      },                              \
+#define EXPECT_FATAL(statement, line)                          \
+  EXPECT_EXIT(                                                 \
+      {                                                        \
+        std::cerr << "[" << shop.folder() << "]" << std::endl; \
+        statement;                                             \
+      },                                                       \
       EndedAsFatal, line)
-
-class Fatal : public test::Register {};
-
-// The last line of the trace.
-auto LongLine() {
-  return testing::AllOf(HasSubstr("\nERROR: ASSERT IN "), HasSubstr("receipt"),
-                        HasSubstr(": Stack overflow!\n]"));
-}
 
 TEST_F(Fatal, CardNumberOf1100Bytes) {
   shop.Start("http://127.0.0.1:1/");

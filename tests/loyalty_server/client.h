@@ -6,16 +6,9 @@
 #include <string>
 
 #include "loyalty_server/server.h"
+#include "support/reset.h"
 
 namespace bench {
-
-// Wine shuts a socket down before it closes it, whatever its linger option says: the end may arrive before
-// the reset.
-#if defined(_WIN32)
-constexpr bool kEndMayPrecedeReset = true;
-#else
-constexpr bool kEndMayPrecedeReset = false;
-#endif
 
 class Client {
  public:
@@ -52,7 +45,8 @@ class Client {
     try {
       for (;;) {
         const std::string piece = Receive();
-        if (piece.empty() && !kEndMayPrecedeReset) throw std::runtime_error("the connection ended in order");
+        if (piece.empty() && !test::kEndMayPrecedeReset)
+          throw std::runtime_error("the connection ended in order");
         if (piece.empty()) return bytes;
         bytes += piece;
       }

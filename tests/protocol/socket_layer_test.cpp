@@ -5,6 +5,7 @@
 #include <string>
 
 #include "protocol/fixture.h"
+#include "support/reset.h"
 #include "support/scripted_server.h"
 
 namespace {
@@ -88,8 +89,13 @@ TEST_F(SocketLayer, ResetIsAReceiveError) {
   EXPECT_EQ(lumo::SocketConnect(kHost, server.port(), 10), 0);
   EXPECT_EQ(lumo::SocketSend(kRequest, kRequestLength), kRequestLength);
   char byte = 0;
-  EXPECT_LT(lumo::SocketReceive(&byte, 1), 0);
-  EXPECT_EQ(TakeTrace(), "ERROR: recv failed with error: 10054\n");
+  const int received = lumo::SocketReceive(&byte, 1);
+  if (test::kEndMayPrecedeReset && received == 0) {
+    EXPECT_EQ(TakeTrace(), "Connection closed\n");
+  } else {
+    EXPECT_LT(received, 0);
+    EXPECT_EQ(TakeTrace(), "ERROR: recv failed with error: 10054\n");
+  }
   lumo::SocketClose();
 }
 

@@ -141,7 +141,7 @@ int AppendRun(JsonParser *parser, const char **at, const char *end) {
     const uint32_t count = JsonCopyRun(parser->buffer + parser->bufferFill, *at, limit);
     parser->bufferFill += count;
     *at += count;
-    if (count < limit || *at == end || JsonEndsRun(static_cast<unsigned char>(**at))) return kJsonNoError;
+    if (count < limit || *at == end || ByteEndsRun(static_cast<unsigned char>(**at))) return kJsonNoError;
     const int error = GrowBuffer(parser);
     if (error != kJsonNoError) return error;
   }

@@ -53,7 +53,7 @@ void PutQuoted(JsonPrinter *printer, const char *text, uint32_t length) {
     const uint32_t run = JsonCopyRun(printer->buffer + printer->fill, text + done, rest < room ? rest : room);
     printer->fill += run;
     done += run;
-    if (done < length && JsonEndsRun(static_cast<unsigned char>(text[done]))) {
+    if (done < length && ByteEndsRun(static_cast<unsigned char>(text[done]))) {
       PutEscape(printer, static_cast<unsigned char>(text[done++]));
     }
   }

@@ -248,18 +248,14 @@ void PrintActivationBlock(const Transaction *record) {
 }
 
 // Deliberate: these lines, unlike the summary's, carry the blank flag.
-#if defined(__GNUC__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
-#endif
 void PrintBonusLines(const PaymentAmounts &amounts) {
   ReceiptPrintf(report_buffer, "Потрачено бнс:% 10s\n", FormatAmount(amounts.spent));
   ReceiptPrintf(report_buffer, "Начислено бнс:% 10s\n", FormatAmount(amounts.earned));
   ReceiptPrintf(report_buffer, "Скидка бнс:% 10s\n", FormatAmount(amounts.discount));
 }
-#if defined(__GNUC__)
 #pragma GCC diagnostic pop
-#endif
 
 void PrintPaymentBlock(const char *title, const Transaction *record) {
   BeginBlock(title, record);

@@ -3,12 +3,8 @@
 // "\n". A trace file that cannot be opened loses the line and nothing else. A null text prints as "(null)".
 #pragma once
 
-#if defined(__GNUC__)
 #define LUMO_PRINTF(format_index, first_argument) \
   __attribute__((format(printf, format_index, first_argument)))
-#else
-#define LUMO_PRINTF(format_index, first_argument)
-#endif
 
 namespace lumo {
 

@@ -13,7 +13,16 @@
 
 namespace {
 
-std::string Output(const std::string &command) {
+// A path as one word of a shell's command.
+std::string Quoted(const std::string &path) {
+  std::string quoted = "'";
+  for (const char byte : path) quoted += byte == '\'' ? "'\\''" : std::string(1, byte);
+  return quoted + "'";
+}
+
+// Of a program run with these options on the library file.
+std::string Output(const std::string &program, const std::string &options) {
+  const std::string command = Quoted(program) + " " + options + " " + Quoted(LUMO_LIBRARY_FILE);
   const std::unique_ptr<FILE, int (*)(FILE *)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
   char buffer[4096];
@@ -25,7 +34,7 @@ std::set<std::string> DeclaredCalls() {
   std::ifstream stream(LUMO_SOURCE_DIR "/include/lumo.h");
   const std::string header{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   std::set<std::string> names;
-  const std::regex declaration("LUMO_API\\s+[A-Za-z ]+[ *]([A-Za-z]+)\\(");
+  const std::regex declaration("LUMO_API\\s+[A-Za-z_ *]+[ *]([A-Za-z]+)\\(");
   for (auto match = std::sregex_iterator(header.begin(), header.end(), declaration);
        match != std::sregex_iterator(); ++match) {
     names.insert((*match)[1]);
@@ -35,8 +44,7 @@ std::set<std::string> DeclaredCalls() {
 
 TEST(LibraryFile, ExportsExactlyTheCallsOfItsHeader) {
   std::set<std::string> exported;
-  std::istringstream lines(
-      Output(std::string(LUMO_NM) + " -D --defined-only --format=posix " LUMO_LIBRARY_FILE));
+  std::istringstream lines(Output(LUMO_NM, "-D --defined-only --format=posix"));
   for (std::string line; std::getline(lines, line);) exported.insert(line.substr(0, line.find(' ')));
   EXPECT_EQ(exported, DeclaredCalls());
   EXPECT_EQ(exported.size(), 51U);
@@ -48,7 +56,7 @@ TEST(LibraryFile, NeedsOnlyTheCLibrary) {
 #else
   const std::string allowed = "libc\\.so.*|ld-linux.*\\.so.*";
 #endif
-  const std::string dynamic = Output(std::string(LUMO_READELF) + " -d " LUMO_LIBRARY_FILE);
+  const std::string dynamic = Output(LUMO_READELF, "-d");
   const std::regex needed("\\(NEEDED\\).*\\[(.*)\\]");
   int count = 0;
   for (auto match = std::sregex_iterator(dynamic.begin(), dynamic.end(), needed);

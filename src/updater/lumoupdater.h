@@ -1,38 +1,9 @@
-// updater/lumoupdater.h: the update calls, and the reader of the server's update package.
+// updater/lumoupdater.h: the update calls.
 #pragma once
-
-#include "foundation/lumojson.h"
 
 namespace lumo {
 
 int RunUpdater(const char *package);  // -1: updating is not part of this version
 int CommitUpdates();                  // -1
-
-struct UpdateResponse {
-  void (*destroy)(UpdateResponse *response);  // frees the three texts
-  char *responseState;                        // owned, like the next two
-  char *responseStateCode;
-  char *message;
-};
-
-// Reserved for the package's list of files; nothing fills them yet.
-struct UpdateFile {
-  void (*destroy)(UpdateFile *file);
-  char *name;
-  char *path;
-};
-
-struct UpdateFileList {
-  void (*destroy)(UpdateFileList *list);  // frees each entry through its own destroy, then the array
-  UpdateFile *files;
-  int32_t count;
-};
-
-// Always -402: the reader has no success result yet. What it read stays in *holder, for the caller to destroy
-// and free.
-int LoadGetUpdatePackReponse(UpdateResponse **holder, const JsonNode *root);
-
-void DestroyUpdateFile(UpdateFile *file);
-void DestroyUpdateFileList(UpdateFileList *list);
 
 }  // namespace lumo

@@ -3,15 +3,19 @@ set(lumo_attach platform/wince/wince_attach.cpp)
 
 # There is no C++ runtime and no start-up code of the C library. What a compiler adds on its own account and what would need
 # one is turned off; what is left of that fails to link. The definition of the first line takes the formatting from coredll.dll.
+set(CMAKE_CXX_IMPLICIT_LINK_LIBRARIES "")
 set(lumo_platform_options
   "SHELL:-D__USE_MINGW_ANSI_STDIO=0 -include stdio.h" -DLUMO_PLATFORM_WINCE -DUNDER_CE
   -fno-stack-protector -fno-asynchronous-unwind-tables -fno-unwind-tables -fno-ident -Wframe-larger-than=4000)
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL ARMv7)
-  list(APPEND lumo_platform_options -mno-stack-arg-probe)
+  # The system stops a program that reads a word from an odd address, and not every processor has the upper half of the
+  # floating-point registers.
+  list(APPEND lumo_platform_options -mno-stack-arg-probe -mno-unaligned-access -mfpu=vfpv3-d16)
   list(APPEND lumo_attach platform/wince/arm_division.cpp)
 else()
-  # For size: functions that nobody calls are left out, and a stack of four-byte steps is all that the system gives anyway.
-  list(APPEND lumo_platform_options -ffunction-sections -mpreferred-stack-boundary=2)
+  # The least processor that the system runs on. For size: functions that nobody calls are left out, and a stack of four-byte
+  # steps is all that the system gives anyway.
+  list(APPEND lumo_platform_options -march=i486 -mtune=generic -ffunction-sections -mpreferred-stack-boundary=2)
 endif()
 
 # Import libraries of just the functions that are used.

@@ -43,7 +43,7 @@ int ErrorUnless(BOOL succeeded) {
 }  // namespace
 
 // A name that makes no path is not refused here or below: the empty path lets the system's call fail, with
-// its error number.
+// its error number. A null name is a missing file.
 HANDLE FileOpen(const char *name, const char *mode) {
   HANDLE file = INVALID_HANDLE_VALUE;
   const OpenMode *row = FindMode(mode);
@@ -53,7 +53,8 @@ HANDLE FileOpen(const char *name, const char *mode) {
     file = CreateFileW(path, row->access, 0, nullptr, row->creation, FILE_ATTRIBUTE_NORMAL, nullptr);
   }
   if (file == INVALID_HANDLE_VALUE) {
-    TraceError("CreateFile function failed with error %d\n", static_cast<int>(GetLastError()));
+    const DWORD error = name != nullptr ? GetLastError() : ERROR_FILE_NOT_FOUND;
+    TraceError("CreateFile function failed with error %d\n", static_cast<int>(error));
   }
   return file;
 }

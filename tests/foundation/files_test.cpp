@@ -115,6 +115,11 @@ TEST_F(Files, OpenOfNamesThatMakeNoPathFailsWithATracedError) {
   }
 }
 
+TEST_F(Files, ANullNameIsAMissingFile) {
+  EXPECT_EQ(lumo::FileOpen(nullptr, "r"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(folder.Trace(), "ERROR: CreateFile function failed with error 2\n");
+}
+
 TEST_F(Files, OpenOfAFolderFails) {
   MakeFolder("SUB");
   EXPECT_EQ(lumo::FileOpen("SUB", "r"), INVALID_HANDLE_VALUE);

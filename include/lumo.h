@@ -17,8 +17,10 @@
  *   Times       UTC, from the device's clock, on slips too.
  *   Files       CONFIG.JSN, CONFIG, STATE, LOG, OFFLINE and TRACE.TXT lie beside the library file. None is
  *               kept open between calls.
- *   Fatal       Memory that runs out, and a text that makes a line of the slip 1024 bytes or longer (a card
- *               number, the shop's name), end the host process with status -1 after a line in the trace.
+ *   Fatal       Memory that runs out, a text that makes a line of the slip 1024 bytes or longer (a card
+ *               number, the shop's name), and a record to be written or sent whose type of operation is
+ *               unknown (from an answer or from OFFLINE) end the host process with status -1 after a line in
+ *               the trace.
  *
  * A SALE
  *
@@ -55,6 +57,9 @@
  *     -1                      the system's sockets do not start. Nothing was sent. It has no message of its
  *                             own.
  *
+ *   On Windows each ERR_REQUEST_SEND takes one WSAStartup of the process back too many. A register that has
+ *   sockets of its own calls WSAStartup twice when it starts, and once more after each.
+ *
  *   After each of them the operation has printed nothing on the slip and left no record in LOG. Its RRN is
  *   used up: the next operation takes the next one.
  *
@@ -71,10 +76,13 @@
 #ifndef LUMO_H
 #define LUMO_H
 
+/* LUMO_CALL: the C calling convention, whatever the register's compiler takes by default. */
 #if defined(_WIN32) || defined(UNDER_CE)
 #define LUMO_API
+#define LUMO_CALL __cdecl
 #else
 #define LUMO_API __attribute__((visibility("default")))
+#define LUMO_CALL
 #endif
 
 #ifdef __cplusplus
@@ -94,7 +102,7 @@ enum LumoResult {
   ERR_BILL_FORMAT = -106,           /* the bill is missing or damaged; nothing was sent */
   ERR_CONFIG_OPEN = -107,           /* not returned */
   ERR_STATE_LOAD = -108,            /* STATE is no state, or cannot be made */
-  ERR_STATE_CREATE = -109,          /* STATE is missing or damaged and cannot be made */
+  ERR_STATE_CREATE = -109,          /* STATE is missing or no JSON and cannot be made */
   ERR_STATE_OPEN = -110,            /* STATE cannot be written */
   ERR_CONFIG_LOAD = -111,           /* neither CONFIG.JSN nor CONFIG can be loaded */
   ERR_TRANSACTION_EXISTS = -112,    /* call CloseTransaction first */
@@ -144,43 +152,44 @@ enum LumoResult {
  * start. A transaction still open is forgotten, not closed: its memory is lost, and its texts stay valid.
  * Returns 0, or
  *   ERR_CONFIG_LOAD  neither file can be loaded
- *   ERR_STATE_LOAD   STATE holds something else than a state, or cannot be made. A missing or damaged one
- *                    is replaced by an empty one without an error: the shift then counts as closed.
+ *   ERR_STATE_LOAD   STATE is empty, is cut short or holds JSON that is no object, or it cannot be made. One
+ *                    that is missing or is no JSON is replaced by an empty one without an error: the shift
+ *                    then counts as closed.
  * After a failure run no operation: it would work with empty settings. */
-LUMO_API int LUMOInit(void);
+LUMO_API int LUMO_CALL LUMOInit(void);
 
 /* LUMOInit with a trace file of the caller's name: "TRACE_" + name + ".TXT". A null or empty name, or one
  * of more than 258 characters, means TRACE.TXT. The name changes nothing else. LUMOInit keeps the name
  * given last. */
-LUMO_API int LUMOInitExt(const char *name);
+LUMO_API int LUMO_CALL LUMOInitExt(const char *name);
 
 /* Leaves a line in the trace and returns 0. It frees, closes and saves nothing: everything is saved
  * already, and the library stays usable. */
-LUMO_API int LUMOClean(void);
+LUMO_API int LUMO_CALL LUMOClean(void);
 
 /* The message for the cashier that belongs to a result code, in Russian. Never null. A message of the table
  * lives as long as the library; the text for any other code ("Неизвестная ошибка" and the number) only
  * until the next such code is asked for. Deliberate: 0 has no message and counts as unknown. */
-LUMO_API const char *GetErrorMessage(int code);
+LUMO_API const char *LUMO_CALL GetErrorMessage(int code);
 
 /* Finds the folder of the library file, where all files lie. The library calls it itself when it is loaded.
  *   module  the system's handle of the library file
  * Returns 1; 0 when the file's name has no folder; else the system's error number. */
-LUMO_API int DllAttach(void *module);
+LUMO_API int LUMO_CALL DllAttach(void *module);
 
 /* ---- Settings --------------------------------------------------------------------------------------- */
 
 /* `terminalId` of CONFIG; null when it has none. Lives as long as the library. */
-LUMO_API const char *getTerminalId(void);
+LUMO_API const char *LUMO_CALL getTerminalId(void);
 
 /* Host and port of `serverAddr` and of `serverAltAddr`, for a register that wants to test the connection
  * itself. An address that is not "http://host:port/path" (there is no default port, and the "/" is
  * required) gives the empty text and 0. The host texts are the caller's for good: lumo never frees them and
  * makes a new one at each call. Ask once. */
-LUMO_API char *getPingAddress(void);
-LUMO_API int getPingPort(void);
-LUMO_API char *getPingAltAddress(void);
-LUMO_API int getPingAltPort(void);
+LUMO_API char *LUMO_CALL getPingAddress(void);
+LUMO_API int LUMO_CALL getPingPort(void);
+LUMO_API char *LUMO_CALL getPingAltAddress(void);
+LUMO_API int LUMO_CALL getPingAltPort(void);
 
 /* ---- Shifts and state ------------------------------------------------------------------------------- */
 /* STATE keeps the shift, the last RRN and two flags over restarts. It is read again before each use and
@@ -192,31 +201,31 @@ LUMO_API int getPingAltPort(void);
  *             when there was none
  * Returns 0, or ERR_SHIFT_ALREADY_OPEN, and the open shift stays as it is. A STATE that cannot be written
  * is not reported here: with `shiftMode` on, CreateTransaction then answers ERR_SHIFT_NOT_OPEN. */
-LUMO_API int OpenShift(const char *shift_id);
+LUMO_API int LUMO_CALL OpenShift(const char *shift_id);
 
 /* Closes the shift, now. Returns 0, also when no shift is open, or ERR_SHIFT_TRANSACTION_OPEN. */
-LUMO_API int CloseShift(void);
+LUMO_API int LUMO_CALL CloseShift(void);
 
 /* Reads STATE again. Returns 0, or
- *   ERR_STATE_LOAD    STATE is empty or holds JSON that is no object
- *   ERR_STATE_CREATE  STATE is missing or damaged, and an empty one cannot be written */
-LUMO_API int LoadState(void);
+ *   ERR_STATE_LOAD    STATE is empty, is cut short or holds JSON that is no object
+ *   ERR_STATE_CREATE  STATE is missing or is no JSON, and an empty one cannot be written */
+LUMO_API int LUMO_CALL LoadState(void);
 
 /* Empties the state in memory and returns 0. STATE stays as it is until something is saved: do not call
  * this between a load and a change. No register needs it. */
-LUMO_API int InitState(void);
+LUMO_API int LUMO_CALL InitState(void);
 
 /* The offline flag: 1 when the last attempt to reach the server failed and `offlineMode` is 1, and 0 again
  * after the next exchange that succeeds. The getter reads STATE again. The setter stores the number as
  * given and returns 0 or ERR_STATE_OPEN. The flag is information: it does not keep an operation from trying
  * the server. */
-LUMO_API int getOfflineState(void);
-LUMO_API int setOfflineState(int offline);
+LUMO_API int LUMO_CALL getOfflineState(void);
+LUMO_API int LUMO_CALL setOfflineState(int offline);
 
 /* 1 when the server's last answer asked the terminal to update. The getter returns the flag as held in
  * memory. The setter returns 0 or ERR_STATE_OPEN. */
-LUMO_API int getNeedUpdate(void);
-LUMO_API int setNeedUpdate(int need_update);
+LUMO_API int LUMO_CALL getNeedUpdate(void);
+LUMO_API int LUMO_CALL setNeedUpdate(int need_update);
 
 /* ---- The transaction -------------------------------------------------------------------------------- */
 
@@ -226,10 +235,10 @@ LUMO_API int setNeedUpdate(int need_update);
  * Returns 0, or
  *   ERR_SHIFT_NOT_OPEN      `shiftMode` of CONFIG is on and no shift is open
  *   ERR_TRANSACTION_EXISTS  the earlier transaction goes on as it was */
-LUMO_API int CreateTransaction(const char *card_num, const char *employee_id);
+LUMO_API int LUMO_CALL CreateTransaction(const char *card_num, const char *employee_id);
 
 /* Ends the transaction and frees its receipt texts. Returns 0, also when there is none. */
-LUMO_API int CloseTransaction(void);
+LUMO_API int LUMO_CALL CloseTransaction(void);
 
 /* ---- Operations ------------------------------------------------------------------------------------- */
 /* Each works on the current transaction and returns ERR_NO_TRANSACTION without one. A transaction takes any
@@ -250,12 +259,12 @@ LUMO_API int CloseTransaction(void);
  *   ERR_ACCOUNT_TYPE     unknown account of a gift card; nothing was sent
  *   ERR_OFFLINE_SAVE     ACTIVATED; the record is missing
  * After 0: GetActivationAmount. The slip of a gift card shows the amount that was sent. */
-LUMO_API int ActivationProc(const char *activation_type, const char *bill_path, int amount,
-                            const char *account_type, const char *refer_card_num);
+LUMO_API int LUMO_CALL ActivationProc(const char *activation_type, const char *bill_path, int amount,
+                                      const char *account_type, const char *refer_card_num);
 
 /* Asks for the card's accounts and prints them. Leaves no record in LOG. In an offline transaction it asks
  * nobody, prints nothing and returns 0. After 0: GetBalance. */
-LUMO_API int BalanceProc(void);
+LUMO_API int LUMO_CALL BalanceProc(void);
 
 /* Pays a bill with the card. It must still be confirmed, or cancelled: keep its RRN.
  *   amount     0: only earn bonuses. Anything else asks to spend bonuses as well: the request says that,
@@ -269,14 +278,14 @@ LUMO_API int BalanceProc(void);
  * 0 also when the record is missing from LOG. Completed without the server it spends NO bonuses, whatever
  * `amount` says, and the slip says "ОФФЛАЙН". After 0: getRRN, GetEarnBonusAmount, GetSpendBonusAmount,
  * GetDiscountAmount. */
-LUMO_API int PaymentProc(int amount, const char *bill_path);
+LUMO_API int LUMO_CALL PaymentProc(int amount, const char *bill_path);
 
 /* PaymentProc that needs no confirmation. Instead of ERR_BILL_FORMAT it tells what is wrong with the bill:
  *   ERR_JSON_FILE_OPEN      it cannot be opened; nothing was sent
  *   ERR_JSON_SYNTAX         it is no JSON document; nothing was sent. A damaged ANSWER has the same code:
  *                           look at the bill first.
  *   ERR_RESPONSE_STRUCTURE  it is no bill; nothing was sent. The same holds. */
-LUMO_API int PaymentAndConfirmProc(int amount, const char *bill_path);
+LUMO_API int LUMO_CALL PaymentAndConfirmProc(int amount, const char *bill_path);
 
 /* Confirm or cancel a payment of PaymentProc, in the same transaction or a later one.
  *   rrn  the payment's RRN
@@ -285,8 +294,8 @@ LUMO_API int PaymentAndConfirmProc(int amount, const char *bill_path);
  *   ERR_OFFLINE_SAVE  DONE at the server, or, without the server, not kept anywhere; nothing printed
  * Deliberate: both print the same lines, "ОТМЕНА ПОКУПКИ", that is: a cancellation. Do not print the slip
  * of a confirmation. They have an RRN of their own, which getRRN then returns. */
-LUMO_API int PaymentConfirmProc(const char *rrn);
-LUMO_API int PaymentCancelProc(const char *rrn);
+LUMO_API int LUMO_CALL PaymentConfirmProc(const char *rrn);
+LUMO_API int LUMO_CALL PaymentCancelProc(const char *rrn);
 
 /* Returns goods of a payment.
  *   rrn               the payment's RRN
@@ -295,32 +304,32 @@ LUMO_API int PaymentCancelProc(const char *rrn);
  *   ERR_RETURN_LIST_FORMAT  the list is missing or damaged; nothing was sent
  *   ERR_OFFLINE_SAVE        RETURNED; the record is missing
  * After 0: GetCashBackResult. A return list empties the bill that GetEarnBonusAmount and its kin count. */
-LUMO_API int CashBackProc(const char *rrn, const char *return_list_path);
+LUMO_API int LUMO_CALL CashBackProc(const char *rrn, const char *return_list_path);
 
 /* Puts money on the card.
  *   amount  in hundredths
  * Returns 0, or ERR_OFFLINE_SAVE: DEPOSITED, the record is missing. The last line of its slip has no line
  * feed. */
-LUMO_API int DepositProc(int amount);
+LUMO_API int LUMO_CALL DepositProc(int amount);
 
 /* Exchanges the transaction's card.
  *   token  as the customer received it
  * Returns 0, or ERR_OFFLINE_SAVE: EXCHANGED, the record is missing. */
-LUMO_API int ExchangeProc(const char *token);
+LUMO_API int LUMO_CALL ExchangeProc(const char *token);
 
 /* Links another card to the account of the transaction's card.
  *   card_num  the card to link
  * Deliberate: it asks the server only in an offline transaction. In every other it sends NOTHING, records
  * the request in LOG, prints "Карта активирована и присоединена" and returns 0. Returns 0 or
  * ERR_OFFLINE_SAVE: the record is missing. */
-LUMO_API int LinkCardProc(const char *card_num);
+LUMO_API int LUMO_CALL LinkCardProc(const char *card_num);
 
 /* Writes a bill with one position for a plain amount, for a register without a list of goods. It needs no
  * transaction.
  *   total_sum  in hundredths
  *   bill_path  created or overwritten; the path to give to PaymentProc
  * Returns 0 or ERR_BILL_OPEN. */
-LUMO_API int CreateAmountBill(int total_sum, const char *bill_path);
+LUMO_API int LUMO_CALL CreateAmountBill(int total_sum, const char *bill_path);
 
 /* ---- Results ---------------------------------------------------------------------------------------- */
 /* They tell of the current transaction and keep their values until an operation's answer brings new ones,
@@ -329,33 +338,33 @@ LUMO_API int CreateAmountBill(int total_sum, const char *bill_path);
 /* What the server answered: the state "OK", "SUCCESS", "PROCESSED", "ERROR" or "CANCELED", and the code,
  * "OK" or the reason, such as "LOCKED_CARD". Never null: the empty text without a transaction and for a
  * state or code that lumo does not know. Both are "OK" before the first answer. Valid for ever. */
-LUMO_API const char *getResponseState(void);
-LUMO_API const char *getResponseStateCode(void);
+LUMO_API const char *LUMO_CALL getResponseState(void);
+LUMO_API const char *LUMO_CALL getResponseStateCode(void);
 
 /* Deliberate: always the empty text. The cashier's messages come from GetErrorMessage. */
-LUMO_API const char *getResponseMessage(void);
+LUMO_API const char *LUMO_CALL getResponseMessage(void);
 
 /* The RRN of the last operation, 16 characters: the number to quote when a payment is confirmed, cancelled
  * or returned. It is the terminal's last one, with or without a transaction, and survives a restart; null
  * when there was none. Valid until the next getRRN. */
-LUMO_API const char *getRRN(void);
+LUMO_API const char *LUMO_CALL getRRN(void);
 
 /* The amount that the server granted for the last activation, by its type, in hundredths. Without a
  * transaction ERR_NO_TRANSACTION. */
-LUMO_API int GetActivationAmount(void);
+LUMO_API int LUMO_CALL GetActivationAmount(void);
 
 /* What the customer can spend: the sum of the available amounts of the GLOBAL and LOCAL accounts, as of the
  * last BalanceProc, in hundredths. DISCOUNT accounts are not counted. 0 without a transaction. */
-LUMO_API int GetBalance(void);
+LUMO_API int LUMO_CALL GetBalance(void);
 
 /* What the last CashBackProc gave back, in hundredths. Without a transaction ERR_NO_TRANSACTION. */
-LUMO_API int GetCashBackResult(void);
+LUMO_API int LUMO_CALL GetCashBackResult(void);
 
 /* The bonuses of the last paid bill, in hundredths: earned and spent on the GLOBAL and LOCAL accounts
  * together, and the discount taken. 0 without a transaction. */
-LUMO_API int GetEarnBonusAmount(void);
-LUMO_API int GetSpendBonusAmount(void);
-LUMO_API int GetDiscountAmount(void);
+LUMO_API int LUMO_CALL GetEarnBonusAmount(void);
+LUMO_API int LUMO_CALL GetSpendBonusAmount(void);
+LUMO_API int LUMO_CALL GetDiscountAmount(void);
 
 /* ---- Receipts --------------------------------------------------------------------------------------- */
 
@@ -363,14 +372,14 @@ LUMO_API int GetDiscountAmount(void);
  * and foot one after another. Head and foot are there from CreateTransaction on; the body grows with each
  * operation that succeeds. Valid until the next operation of this transaction or CloseTransaction. Null
  * without a transaction. */
-LUMO_API const char *getReceiptHeaderPtr(void);
-LUMO_API const char *getReceiptBodyPtr(void);
-LUMO_API const char *getReceiptFooterPtr(void);
+LUMO_API const char *LUMO_CALL getReceiptHeaderPtr(void);
+LUMO_API const char *LUMO_CALL getReceiptBodyPtr(void);
+LUMO_API const char *LUMO_CALL getReceiptFooterPtr(void);
 
 /* Copies the slip's body, with its terminating zero, to `buffer`, and returns its size in bytes, the zero
  * included. With a null buffer it only returns the size: ask first. Without a transaction
  * ERR_NO_TRANSACTION. */
-LUMO_API int getReceiptBody(char *buffer);
+LUMO_API int LUMO_CALL getReceiptBody(char *buffer);
 
 /* ---- Offline ---------------------------------------------------------------------------------------- */
 
@@ -379,7 +388,7 @@ LUMO_API int getReceiptBody(char *buffer);
  * records that failed. Deliberate: when none failed OFFLINE stays as it is, and the next call sends its
  * records again, with the same RRNs. getRRN may return another number afterwards: ask for a sale's RRN before
  * the call. */
-LUMO_API int SendOfflinePayments(void);
+LUMO_API int LUMO_CALL SendOfflinePayments(void);
 
 /* ---- Reports ---------------------------------------------------------------------------------------- */
 
@@ -389,18 +398,18 @@ LUMO_API int SendOfflinePayments(void);
  *   from, to  UTC, as "2012-12-05T10:00:00Z"; compared as texts. Null is the empty text, before all others.
  * Return the report's length in bytes, 0 when there is nothing to report, or ERR_REPORT_RANGE when `from`
  * is not before `to`; the previous report then stays. */
-LUMO_API int GenerateSummaryReport(const char *from, const char *to);
-LUMO_API int GenerateReport(const char *from, const char *to);
+LUMO_API int LUMO_CALL GenerateSummaryReport(const char *from, const char *to);
+LUMO_API int LUMO_CALL GenerateReport(const char *from, const char *to);
 
 /* The last report's text, laid out for 24 columns. Valid until the next report. Null before the first. */
-LUMO_API const char *GetReportPtr(void);
+LUMO_API const char *LUMO_CALL GetReportPtr(void);
 
 /* ---- Updates ---------------------------------------------------------------------------------------- */
 
 /* Not part of this version: both leave their name in the trace and return -1, which has no message of its
  * own. */
-LUMO_API int RunUpdater(const char *package);
-LUMO_API int CommitUpdates(void);
+LUMO_API int LUMO_CALL RunUpdater(const char *package);
+LUMO_API int LUMO_CALL CommitUpdates(void);
 
 #ifdef __cplusplus
 }

@@ -9,7 +9,7 @@
 
 #include "lumo.h"
 
-#if defined(_WIN32)
+#if defined(_WIN32) && !defined(UNDER_CE)
 #include <windows.h>
 static void PrepareConsole(void) {
   SetConsoleOutputCP(CP_UTF8);

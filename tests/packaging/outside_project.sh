@@ -27,6 +27,16 @@ case $way in
     program=sale ;;
 esac >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 
+# A distribution's folder of libraries may lie deeper: the header is still found.
+if [ "$way" = pkg-config ]; then
+  "$cmake" -S "$source" -B "$work/deep" -DCMAKE_INSTALL_LIBDIR=lib/some/where -DLUMO_TESTS=OFF -DLUMO_TOOLS=OFF >"$work/log" 2>&1 \
+    || { cat "$work/log"; exit 1; }
+  mkdir -p "$work/usr/lib/some/where/pkgconfig" "$work/usr/include"
+  cp "$work/deep/packaging/lumo.pc" "$work/usr/lib/some/where/pkgconfig/"
+  found=$(PKG_CONFIG_PATH="$work/usr/lib/some/where/pkgconfig" pkg-config --variable=includedir lumo)
+  [ "$found" -ef "$work/usr/include" ] || { echo "lumo.h is looked for in $found"; exit 1; }
+fi
+
 # The shop: the library file in a folder that it may write to.
 cp "$program" "$work/shop/sale"
 cp "$(find "$work/installed" -name liblumo.so)" "$work/shop/"

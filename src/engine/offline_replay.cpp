@@ -33,6 +33,8 @@ int OfflinePaymentsProcess() {
   Trace("OfflinePaymentsProcess\n");
   RecordEntry *records = GetOfflineRecords();
   int sent = 0;
+  // A replay that ended between the two steps of its commit left its records there and nowhere else.
+  const bool has_earlier_records = OfflineTmpExists();
   bool all_set_aside = true;
   for (RecordEntry *entry = records; entry != nullptr;) {
     Transaction *transaction = new_transaction();
@@ -47,8 +49,13 @@ int OfflinePaymentsProcess() {
   // Deliberate: only a record that failed makes the journal change. When all were sent it stays, and they are
   // offered again.
   // A record that could be neither sent nor set aside stays where it is, and so does the whole journal: the
-  // server tells what it has already taken by the request id.
-  const int result = all_set_aside ? CommitOfflineTmp() : 0;
+  // server tells what it has already taken by the request id. What was set aside is then there twice.
+  int result = 0;
+  if (all_set_aside) {
+    result = CommitOfflineTmp();
+  } else if (!has_earlier_records) {
+    DropOfflineTmp();
+  }
   if (result != 0) {
     TraceError("Records flush failed [%d]\n", result);
   }

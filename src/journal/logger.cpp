@@ -211,11 +211,19 @@ int AppendOfflineTmpRecord(const char *record) {
 }
 
 int CommitOfflineTmp() {
-  if (!FileExists(kOfflineTmp)) {
+  if (!OfflineTmpExists()) {
     return 0;
   }
   const int code = FileDelete(kOffline);
   return code != 0 ? code : FileMove(kOfflineTmp, kOffline);
+}
+
+bool OfflineTmpExists() {
+  return FileExists(kOfflineTmp) != 0;
+}
+
+void DropOfflineTmp() {
+  FileDelete(kOfflineTmp);
 }
 
 RecordEntry *GetLogRecords() {

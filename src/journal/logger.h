@@ -24,6 +24,8 @@ int AppendOfflineTmpRecord(const char *record);
 
 // Replaces OFFLINE by OFFLINE_TMP, when there is one. 0 or the system's error number.
 int CommitOfflineTmp();
+bool OfflineTmpExists();
+void DropOfflineTmp();
 
 // The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with
 // Next..., free the first entry with FreeRecordList. A trim makes the offsets stale.

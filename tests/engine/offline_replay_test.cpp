@@ -10,6 +10,7 @@
 
 #include "engine/shop.h"
 #include "engine/transaction.h"
+#include "support/file_traffic.h"
 #include "support/test_clock.h"
 
 namespace {
@@ -179,6 +180,29 @@ TEST_F(OfflineReplay, KeepsTheWholeJournalWhenAFailedRecordCannotBeSetAside) {
   EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
   EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
   EXPECT_THAT(folder.Trace(), Not(HasSubstr("Records flush failed")));
+}
+
+TEST_F(OfflineReplay, AFullDiskLeavesNoHalfRecordForTheNextReplay) {
+  StartServer({Refused(), Refused(), Taken(), Taken()});
+  Open(Record(1) + Record(2));
+  test::LeaveDiskRoom(0);
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
+  test::LeaveDiskRoom(UINT64_MAX);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
+  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 2);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
+}
+
+TEST_F(OfflineReplay, AFullDiskKeepsTheRecordsOfAReplayThatNeverEnded) {
+  StartServer({Refused()});
+  Open(Record(1));
+  folder.Write("OFFLINE_TMP", Record(3));
+  test::LeaveDiskRoom(0);
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
+  test::LeaveDiskRoom(UINT64_MAX);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(1));
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), Record(3));
 }
 
 TEST_F(OfflineReplay, TracesARecordsStepsInOrder) {

@@ -45,7 +45,7 @@ class Client {
     try {
       for (;;) {
         const std::string piece = Receive();
-        if (piece.empty() && !test::kEndMayPrecedeReset)
+        if (piece.empty() && !test::EndMayPrecedeReset())
           throw std::runtime_error("the connection ended in order");
         if (piece.empty()) return bytes;
         bytes += piece;

@@ -90,7 +90,7 @@ TEST_F(SocketLayer, ResetIsAReceiveError) {
   EXPECT_EQ(lumo::SocketSend(kRequest, kRequestLength), kRequestLength);
   char byte = 0;
   const int received = lumo::SocketReceive(&byte, 1);
-  if (test::kEndMayPrecedeReset && received == 0) {
+  if (test::EndMayPrecedeReset() && received == 0) {
     EXPECT_EQ(TakeTrace(), "Connection closed\n");
   } else {
     EXPECT_LT(received, 0);

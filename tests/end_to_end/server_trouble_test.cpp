@@ -1,5 +1,6 @@
 // end_to_end/server_trouble_test.cpp: everything that a server can do wrong, as the register sees it.
 #include "end_to_end/register.h"
+#include "support/reset.h"
 
 namespace {
 
@@ -197,6 +198,40 @@ TEST_F(AnyAnswer, MayHaveMoreThanItNeeds) {
       shop.Trace(),
       HasSubstr("ERROR: Unsupported part of activation [colour]\n"
                 "WARNING: Response has extra parts [0x0001 | 0x2001] [putDepositResponse]\nDisconnect\n"));
+}
+
+class Reset : public test::Register {
+ protected:
+  // True on a host where the reset may arrive as an ordinary end, when it has.
+  bool HasArrivedAsEnd() {
+    return test::EndMayPrecedeReset() && shop.Trace().find("Connection closed\n") != std::string::npos;
+  }
+};
+
+TEST_F(Reset, ConnectionIsNoAnswer) {
+  Open({Answer{{}, End::kReset}, Answer{{Success("putDepositResponse", "", kSecondRrn)}, End::kClose}});
+  EXPECT_EQ(shop.DepositProc(0), -401);
+  EXPECT_THAT(shop.Trace(), HasSubstr(HasArrivedAsEnd() ? "Receiving \n"
+                                                          "Connection closed\n"
+                                                          "ERROR: LUMO_Receive res 0\n"
+                                                          "ERROR: No data received\n"
+                                                          "Disconnect\n"
+                                                        : "Receiving \n"
+                                                          "ERROR: recv failed with error: 10054\n"
+                                                          "ERROR: LUMO_Receive res -1\n"
+                                                          "ERROR: LUMO_Receive error: -1\n"
+                                                          "Disconnect\n"));
+  EXPECT_EQ(Body(), "");
+  EXPECT_FALSE(shop.Exists("LOG"));
+  EXPECT_EQ(shop.DepositProc(0), 0);
+}
+
+// Whole pieces that were received do not make an answer either; the same ones are one when the server closes.
+TEST_F(Reset, BehindADocumentMakesItNoAnswer) {
+  Open({Answer{{AnswerOf(500)}, End::kReset}});
+  const int code = shop.DepositProc(0);
+  EXPECT_EQ(code, HasArrivedAsEnd() ? 0 : -401);
+  EXPECT_EQ(shop.Exists("LOG"), code == 0);
 }
 
 struct Address {

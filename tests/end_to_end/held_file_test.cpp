@@ -1,0 +1,141 @@
+// end_to_end/held_file_test.cpp: files that somebody else holds.
+#include <filesystem>
+
+#include "end_to_end/register.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using test::kFirstRrn;
+using test::kSecondRrn;
+using test::Record;
+using test::State;
+using test::Success;
+using testing::HasSubstr;
+
+// A file of the shop, open in another program that shares it with nobody.
+class Held {
+ public:
+  Held(const test::Shop &shop, const std::string &name);
+  ~Held();
+  Held(const Held &) = delete;
+  Held &operator=(const Held &) = delete;
+
+ private:
+#ifdef _WIN32
+  HANDLE handle_;
+#else
+  int descriptor_;
+#endif
+};
+
+#ifdef _WIN32
+Held::Held(const test::Shop &shop, const std::string &name)
+    : handle_(CreateFileW(std::filesystem::u8path(shop.folder() + name).c_str(), GENERIC_READ | GENERIC_WRITE,
+                          0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+  EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
+}
+Held::~Held() {
+  CloseHandle(handle_);
+}
+#else
+Held::Held(const test::Shop &shop, const std::string &name)
+    : descriptor_(open((shop.folder() + name).c_str(), O_RDWR | O_CREAT, 0600)) {
+  EXPECT_EQ(flock(descriptor_, LOCK_EX | LOCK_NB), 0);
+}
+Held::~Held() {
+  close(descriptor_);
+}
+#endif
+
+class HeldFile : public test::Register {};
+
+constexpr char kRefused[] = "ERROR: CreateFile function failed with error 32\n";
+
+TEST_F(HeldFile, ConfigIsAFailedStart) {
+  shop.Write("CONFIG", "{}");
+  {
+    const Held held(shop, "CONFIG");
+    EXPECT_EQ(shop.LUMOInit(), -111);
+  }
+  EXPECT_THAT(shop.Trace(), HasSubstr(std::string(kRefused) + "ERROR: parserJsonFile error [-307]\n"));
+  EXPECT_EQ(shop.LUMOInit(), 0);
+}
+
+TEST_F(HeldFile, StateStopsNoSale) {
+  Open({Success("cardExchangeResponse")});
+  {
+    const Held held(shop, "STATE");
+    EXPECT_EQ(shop.LoadState(), -109);
+    EXPECT_THAT(shop.Trace(), HasSubstr(kRefused));
+    shop.ClearTrace();
+    EXPECT_EQ(shop.setNeedUpdate(1), -110);
+    EXPECT_THAT(shop.Trace(), HasSubstr(kRefused));
+    EXPECT_EQ(shop.OpenShift("42"), 0);
+  }
+  EXPECT_EQ(shop.Read("STATE"), State("1234512120500007"));
+  EXPECT_EQ(shop.LoadState(), 0);
+  EXPECT_EQ(shop.ExchangeProc("t"), 0);
+  EXPECT_EQ(shop.Read("STATE"), State());
+}
+
+TEST_F(HeldFile, LogIsADoneOperationWithoutARecord) {
+  Open({Success("cardExchangeResponse"), Success("putDepositResponse", "", kSecondRrn)});
+  shop.Write("LOG", "1\n");
+  {
+    const Held held(shop, "LOG");
+    EXPECT_EQ(shop.ExchangeProc("t"), -201);
+    EXPECT_THAT(shop.Trace(), HasSubstr(kRefused));
+    EXPECT_EQ(Body(), "******** ЗАМЕНА ********\nRRN: 1234512120500008\n");
+    EXPECT_EQ(shop.GenerateReport("1", "3"), 0);
+  }
+  EXPECT_EQ(shop.DepositProc(0), 0);
+  EXPECT_EQ(shop.Read("LOG"), "1\n" + Record("DEPOSIT", R"("deposit":{"amount":0})", kSecondRrn));
+}
+
+TEST_F(HeldFile, OfflineIsNotReplayed) {
+  Open({Success("putDepositResponse")});
+  shop.Write("OFFLINE", Record("DEPOSIT", R"("deposit":{"amount":0})", kFirstRrn, true));
+  {
+    const Held held(shop, "OFFLINE");
+    EXPECT_EQ(shop.SendOfflinePayments(), 0);
+    EXPECT_THAT(shop.Trace(), HasSubstr(kRefused));
+    EXPECT_EQ(server->requests().size(), 0U);
+    EXPECT_FALSE(shop.Exists("OFFLINE_TMP"));
+  }
+  EXPECT_EQ(shop.SendOfflinePayments(), 1);
+}
+
+TEST_F(HeldFile, BillIsNotPaid) {
+  Open({Success("putPaymentResponse", "\"bill\":{}")});
+  ASSERT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
+  const std::string bill = shop.Read("BILL.JSN");
+  {
+    const Held held(shop, "BILL.JSN");
+    EXPECT_EQ(shop.PaymentProc(0, "BILL.JSN"), -106);
+    EXPECT_EQ(shop.PaymentAndConfirmProc(0, "BILL.JSN"), -307);
+    shop.ClearTrace();
+    EXPECT_EQ(shop.CreateAmountBill(200, "BILL.JSN"), -105);
+    EXPECT_EQ(shop.Trace(), std::string(kRefused) + "CreateAmountBill\n");
+  }
+  EXPECT_EQ(shop.Read("BILL.JSN"), bill);
+  EXPECT_EQ(server->requests().size(), 0U);
+}
+
+TEST_F(HeldFile, TraceIsLost) {
+  Open({Success("cardExchangeResponse")});
+  {
+    const Held held(shop, "TRACE.TXT");
+    EXPECT_EQ(shop.ExchangeProc("t"), 0);
+  }
+  EXPECT_EQ(shop.Trace(), "");
+}
+
+}  // namespace

@@ -30,7 +30,20 @@ fs::path FreshFolder() {
   }
 }
 
+size_t Units(const fs::path &path) {
+  return path.u16string().size();
+}
+
 #ifdef _WIN32
+// A path near the system's limit makes a folder only in this form, which knows no limit.
+void MakeFolders(const fs::path &folder) {
+  fs::path made = folder.root_path();
+  for (const fs::path &name : folder.relative_path()) {
+    made /= name;
+    made.make_preferred();
+    CreateDirectoryW((L"\\\\?\\" + made.wstring()).c_str(), nullptr);
+  }
+}
 void *Load(const fs::path &file) {
   return LoadLibraryW(file.c_str());
 }
@@ -38,6 +51,9 @@ void *Find(void *module, const char *name) {
   return reinterpret_cast<void *>(GetProcAddress(static_cast<HMODULE>(module), name));
 }
 #else
+void MakeFolders(const fs::path &folder) {
+  fs::create_directories(folder);
+}
 void *Load(const fs::path &file) {
   return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
@@ -54,6 +70,26 @@ void Resolve(void *module, const char *name, Function &function) {
 
 }  // namespace
 
+std::string LongPath(size_t units, const std::string &letter) {
+  constexpr size_t kNameUnits = 40;
+  const size_t letter_units = Units(fs::u8path(letter));
+  std::string path;
+  while (units != 0) {
+    // What is left for the names behind this one is a separator and more, or nothing.
+    const size_t name_units = units <= kNameUnits       ? units
+                              : units == kNameUnits + 1 ? kNameUnits - 1
+                                                        : kNameUnits;
+    for (size_t i = 0; i < name_units / letter_units; ++i) path += letter;
+    path += std::string(name_units % letter_units, 'x');
+    units -= name_units;
+    if (units != 0) {
+      path += '/';
+      --units;
+    }
+  }
+  return path;
+}
+
 Shop::Shop(const std::string &folder_name) {
   SetClock(2012, 12, 5, 10, 0, 0);
   const fs::path root = FreshFolder();
@@ -62,6 +98,19 @@ Shop::Shop(const std::string &folder_name) {
   fs::create_directories(folder);
   folder_ = folder.u8string() + "/";
   LoadCopy(fs::path(LUMO_LIBRARY_FILE).filename().u8string());
+}
+
+Shop::Shop(size_t folder_units, const std::string &letter) {
+  SetClock(2012, 12, 5, 10, 0, 0);
+  const fs::path root = fs::canonical(FreshFolder());
+  root_ = root.u8string();
+  // A separator is between the two and another one behind them.
+  const size_t root_units = Units(root) + 2;
+  if (folder_units <= root_units) throw std::runtime_error("the folder for temporary files is too deep");
+  const fs::path folder = root / fs::u8path(LongPath(folder_units - root_units, letter));
+  MakeFolders(folder);
+  folder_ = folder.u8string() + "/";
+  LoadCopy("l" + fs::path(LUMO_LIBRARY_FILE).extension().u8string());
 }
 
 // The library stays loaded until the process ends, as in a register; only its folder goes.
@@ -126,6 +175,16 @@ std::string Shop::Trace(const std::string &name) const {
   trace = std::regex_replace(trace, std::regex("(SetFilePointer function failed with error )[0-9]+"), "$010");
 #endif
   return trace;
+}
+
+std::set<std::string> Shop::Files() const {
+  std::set<std::string> files;
+  const fs::path folder = fs::u8path(folder_);
+  for (const fs::directory_entry &entry : fs::recursive_directory_iterator(fs::u8path(root_))) {
+    if (entry.is_directory() || entry.path().extension() == fs::path(LUMO_LIBRARY_FILE).extension()) continue;
+    files.insert(entry.path().lexically_relative(folder).generic_u8string());
+  }
+  return files;
 }
 
 void Shop::ClearTrace() const {

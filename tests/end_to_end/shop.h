@@ -3,6 +3,7 @@
 // register, and a shop started again is a register whose first process ended without a word.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "lumo.h"
@@ -29,11 +30,17 @@
 
 namespace test {
 
+// A relative path of so many UTF-16 units: folders whose names are this letter again and again.
+std::string LongPath(size_t units, const std::string &letter);
+
 class Shop {
  public:
   // The clock stands at 2012-12-05 10:00:00. With a name, the library lies in a folder of that name inside
   // the fresh one.
   explicit Shop(const std::string &folder_name = "");
+  // The library lies so deep that its folder's path, the last separator included, has so many UTF-16 units.
+  // Its own name is as short as it can be.
+  Shop(size_t folder_units, const std::string &letter);
   ~Shop();
   Shop(const Shop &) = delete;
   Shop &operator=(const Shop &) = delete;
@@ -60,6 +67,8 @@ class Shop {
   void Write(const std::string &name, const std::string &bytes) const;
   bool Exists(const std::string &name) const;
   void Remove(const std::string &name) const;
+  // All there are in the fresh folder, as seen from the library's, but for the library itself.
+  std::set<std::string> Files() const;
   // Of TRACE.TXT, lines ended by "\n"; "" without one.
   std::string Trace(const std::string &name = "TRACE.TXT") const;
   void ClearTrace() const;

@@ -1,5 +1,6 @@
 // end_to_end/argument_test.cpp: what a register can hand over by mistake, and calls in orders that make no
 // sense.
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -381,13 +382,15 @@ bool EndedAsFatal(int status) {
   return testing::ExitedWithCode(255)(status) || testing::ExitedWithCode(-1)(status);
 }
 
-#define EXPECT_FATAL(statement, line)                          \
+#define EXPECT_END(statement, how, said)                       \
   EXPECT_EXIT(                                                 \
       {                                                        \
         std::cerr << "[" << shop.folder() << "]" << std::endl; \
         statement;                                             \
       },                                                       \
-      EndedAsFatal, line)
+      how, said)
+
+#define EXPECT_FATAL(statement, line) EXPECT_END(statement, EndedAsFatal, line)
 
 TEST_F(Fatal, CardNumberOf1100Bytes) {
   shop.Start("http://127.0.0.1:1/");
@@ -414,6 +417,26 @@ TEST_F(Fatal, NameOfTheNetworkOf1100Bytes) {
   Open({Success("getBalanceResponse", R"("balance":{"account":[]})")},
        R"("retailNetworkName":")" + std::string(1100, 'N') + "\"");
   EXPECT_FATAL(shop.BalanceProc(), LongLine());
+}
+
+#ifdef _WIN32
+bool EndedInADebugCheck(int status) {
+  return static_cast<unsigned>(status) == 0x80000003U;
+}
+#else
+bool EndedInADebugCheck(int status) {
+  return testing::KilledBySignal(SIGTRAP)(status);
+}
+#endif
+
+// No debugger is attached, so the check that fails ends the process.
+TEST_F(Fatal, ReportOfAnActivationThatIsNone) {
+  shop.Start("http://127.0.0.1:1/");
+  shop.Write("LOG", Record("ACTIVATION", R"("activation":{"activationType":"OTHER","amount":100})"));
+  const auto trace = testing::ResultOf([this](const std::string &said) { return TraceOf(said); },
+                                       StartsWith("GenerateReport"));
+  EXPECT_END(shop.GenerateReport("2012", "2013"), EndedInADebugCheck,
+             testing::AllOf(HasSubstr("Unknown: DEBUGCHK failed in file transaction at line "), trace));
 }
 
 TEST_F(Fatal, HeaderOfTheSlipOf1100Bytes) {

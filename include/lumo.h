@@ -397,7 +397,9 @@ LUMO_API int LUMO_CALL SendOfflinePayments(void);
  * says; older ones are gone.
  *   from, to  UTC, as "2012-12-05T10:00:00Z"; compared as texts. Null is the empty text, before all others.
  * Return the report's length in bytes, 0 when there is nothing to report, or ERR_REPORT_RANGE when `from`
- * is not before `to`; the previous report then stays. */
+ * is not before `to`; the previous report then stays.
+ * An activation in LOG of a type unknown to lumo, which writes none, makes GenerateReport break into the
+ * debugger; without one that ends the process. */
 LUMO_API int LUMO_CALL GenerateSummaryReport(const char *from, const char *to);
 LUMO_API int LUMO_CALL GenerateReport(const char *from, const char *to);
 

@@ -1,6 +1,6 @@
 // end_to_end/server_trouble_test.cpp: everything that a server can do wrong, as the register sees it.
 #include "end_to_end/register.h"
-#include "support/reset.h"
+#include "support/wine.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "loyalty_server/server.h"
-#include "support/reset.h"
+#include "support/wine.h"
 
 namespace bench {
 

@@ -6,7 +6,7 @@
 
 #include "platform/client.h"
 #include "platform/peer.h"
-#include "support/reset.h"
+#include "support/wine.h"
 
 namespace lumo {
 namespace {

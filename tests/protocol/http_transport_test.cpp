@@ -9,8 +9,8 @@
 #include "protocol/enumerations.h"
 #include "protocol/fixture.h"
 #include "protocol/full_record.h"
-#include "support/reset.h"
 #include "support/scripted_server.h"
+#include "support/wine.h"
 
 namespace {
 

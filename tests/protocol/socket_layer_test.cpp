@@ -5,8 +5,8 @@
 #include <string>
 
 #include "protocol/fixture.h"
-#include "support/reset.h"
 #include "support/scripted_server.h"
+#include "support/wine.h"
 
 namespace {
 

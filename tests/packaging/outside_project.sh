@@ -7,6 +7,7 @@ way=$1 build=$2 server=$3 cmake=$4 cc=$5
 source=$(cd "$(dirname "$0")/../.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+export CMAKE_GENERATOR=Ninja  # which the machine has, being the project's own
 
 "$cmake" --install "$build" --prefix "$work/first" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 # An installed folder may be moved.
@@ -16,15 +17,15 @@ cp "$source"/examples/c/* "$work/project/"
 cd "$work/project"
 case $way in
   cmake)
-    "$cmake" -S . -B build -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_C_COMPILER="$cc" -DCMAKE_BUILD_TYPE=Release
-    "$cmake" --build build
-    program=build/sale ;;
+    program=build/sale
+    "$cmake" -S . -B build -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_C_COMPILER="$cc" -DCMAKE_BUILD_TYPE=Release \
+      && "$cmake" --build build ;;
   pkg-config)
+    program=sale
     pc=$(find "$work/installed" -name lumo.pc)
-    flags=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs lumo)
     # shellcheck disable=SC2086
-    "$cc" -std=c99 -Wall -Wextra -Wpedantic -Werror sale.c $flags -o sale
-    program=sale ;;
+    flags=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs lumo) \
+      && "$cc" -std=c99 -Wall -Wextra -Wpedantic -Werror sale.c $flags -o sale ;;
 esac >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 
 # A distribution's folder of libraries may lie deeper: the header is still found.

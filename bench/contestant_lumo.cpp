@@ -2,11 +2,11 @@
 #include <cstdlib>
 
 #include "contestants.h"
-#include "foundation/json_parser.h"
-#include "foundation/json_printer.h"
-#include "foundation/lumojson.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
+#include "json/json_parser.h"
+#include "json/json_printer.h"
+#include "json/lumojson.h"
 
 namespace bench {
 namespace {

@@ -15,7 +15,7 @@
 #include <cstdlib>
 
 #include "contestants.h"
-#include "foundation/json_event.h"
+#include "json/json_event.h"
 
 namespace bench {
 namespace {

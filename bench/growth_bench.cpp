@@ -11,10 +11,10 @@
 
 #include "engine/bill_files.h"
 #include "engine/reports.h"
-#include "engine/transaction.h"
 #include "foundation/lumostring.h"
 #include "foundation/module_path.h"
 #include "heap_calls.h"
+#include "record/transaction.h"
 #include "workloads.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // fuzz/answer.cpp: any bytes as the server's answer.
-#include "engine/transaction.h"
 #include "protocol/transaction_json.h"
+#include "record/transaction.h"
 #include "target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

@@ -1,6 +1,6 @@
 // fuzz/bill.cpp: any bytes as a bill file and as a list of returned goods.
 #include "engine/bill_files.h"
-#include "engine/transaction.h"
+#include "record/transaction.h"
 #include "target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

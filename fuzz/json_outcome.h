@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/json_parser.h"
+#include "json/json_parser.h"
 
 namespace fuzz {
 

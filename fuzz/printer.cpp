@@ -1,5 +1,5 @@
 // fuzz/printer.cpp: what the printer writes reads back as the same events.
-#include "foundation/json_printer.h"
+#include "json/json_printer.h"
 #include "json_outcome.h"
 #include "target.h"
 

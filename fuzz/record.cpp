@@ -1,6 +1,6 @@
 // fuzz/record.cpp: any text as a journal record.
-#include "engine/transaction.h"
 #include "protocol/transaction_json.h"
+#include "record/transaction.h"
 #include "target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

@@ -76,6 +76,11 @@
 #ifndef LUMO_H
 #define LUMO_H
 
+/* The version of this header; lumoVersion() tells that of the library file. */
+#define LUMO_VERSION_MAJOR 1
+#define LUMO_VERSION_MINOR 1
+#define LUMO_VERSION_PATCH 0
+
 /* LUMO_CALL: the C calling convention, whatever the register's compiler takes by default. */
 #if defined(_WIN32) || defined(UNDER_CE)
 #define LUMO_API
@@ -412,6 +417,26 @@ LUMO_API const char *LUMO_CALL GetReportPtr(void);
  * own. */
 LUMO_API int LUMO_CALL RunUpdater(const char *package);
 LUMO_API int LUMO_CALL CommitUpdates(void);
+
+/* ---- Beyond the published calls --------------------------------------------------------------------- */
+/* Calls that other libraries of this interface lack. They change nothing in those above. */
+
+/* The version of the library file, such as "1.1.0". Valid for ever. */
+LUMO_API const char *LUMO_CALL lumoVersion(void);
+
+/* 1 when the current transaction is an offline one: its payment or confirmation was completed without the
+ * server and waits in OFFLINE. 0 otherwise, and without a transaction. */
+LUMO_API int LUMO_CALL lumoIsOffline(void);
+
+/* How many records OFFLINE holds, 0 or more; 0 too when there is no OFFLINE. A record that the server has
+ * taken counts until OFFLINE is cleared. ERR_JSON_FILE_OPEN when OFFLINE cannot be opened or read. */
+LUMO_API int LUMO_CALL lumoOfflineCount(void);
+
+/* Removes OFFLINE when it holds exactly `expected` records: the number that SendOfflinePayments returned,
+ * when it equals what lumoOfflineCount told before. Returns 0, or ERR_LOG_DELETE: OFFLINE holds another
+ * number of records, or cannot be read or removed, and is left as it was. Without an OFFLINE only 0 is
+ * expected. */
+LUMO_API int LUMO_CALL lumoClearOffline(int expected);
 
 #ifdef __cplusplus
 }

@@ -8,15 +8,15 @@
 #include "engine/offline_payment.h"
 #include "engine/offline_replay.h"
 #include "engine/payment_operations.h"
-#include "engine/receipt.h"
-#include "engine/transaction.h"
 #include "engine/transaction_receipt.h"
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "lumo.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
 
 using lumo::currentTransaction;
 using lumo::Trace;

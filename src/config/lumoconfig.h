@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "foundation/lumojson.h"
+#include "json/lumojson.h"
 
 namespace lumo {
 

@@ -5,10 +5,10 @@
 #include "foundation/dates.h"
 #include "foundation/file_sink.h"
 #include "foundation/files.h"
-#include "foundation/lumojson.h"
 #include "foundation/memory.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
+#include "json/lumojson.h"
 
 namespace lumo {
 

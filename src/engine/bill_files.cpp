@@ -2,16 +2,16 @@
 
 #include <cstdarg>
 
-#include "engine/transaction.h"
 #include "foundation/dates.h"
 #include "foundation/file_sink.h"
 #include "foundation/files.h"
-#include "foundation/lumojson.h"
 #include "foundation/trace.h"
+#include "json/lumojson.h"
 #include "lumo.h"
 #include "platform/platform.h"
 #include "protocol/transaction_json.h"
 #include "protocol/transaction_request_json.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

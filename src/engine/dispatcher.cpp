@@ -2,11 +2,11 @@
 
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
-#include "engine/transaction.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "protocol/enumerations.h"
 #include "protocol/http_transport.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

@@ -2,11 +2,11 @@
 
 #include <cstring>
 
-#include "engine/transaction.h"
 #include "foundation/arithmetic.h"
 #include "foundation/trace.h"
 #include "lumo.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

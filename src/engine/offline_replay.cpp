@@ -1,11 +1,11 @@
 #include "engine/offline_replay.h"
 
 #include "engine/dispatcher.h"
-#include "engine/transaction.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
 #include "lumo.h"
 #include "protocol/transaction_json.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

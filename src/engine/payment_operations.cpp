@@ -5,15 +5,15 @@
 #include "engine/card_operations.h"
 #include "engine/dispatcher.h"
 #include "engine/offline_payment.h"
-#include "engine/receipt.h"
 #include "engine/request.h"
-#include "engine/transaction.h"
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "protocol/enumerations.h"
 #include "protocol/transaction_json.h"
+#include "record/enumerations.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

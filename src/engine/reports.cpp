@@ -4,16 +4,16 @@
 
 #include "engine/offline_payment.h"
 #include "engine/payment_stack.h"
-#include "engine/receipt.h"
-#include "engine/transaction.h"
 #include "foundation/arithmetic.h"
 #include "foundation/debug_check.h"
 #include "foundation/format.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
 #include "lumo.h"
-#include "protocol/enumerations.h"
 #include "protocol/transaction_json.h"
+#include "record/enumerations.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

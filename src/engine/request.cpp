@@ -5,13 +5,13 @@
 
 #include "config/lumostate.h"
 #include "engine/dispatcher.h"
-#include "engine/transaction.h"
 #include "foundation/dates.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

@@ -1,9 +1,9 @@
 #include "engine/transaction_receipt.h"
 
-#include "engine/receipt.h"
-#include "engine/transaction.h"
 #include "foundation/trace.h"
 #include "lumo.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
 
 namespace lumo {
 

@@ -226,6 +226,17 @@ void DropOfflineTmp() {
   FileDelete(kOfflineTmp);
 }
 
+int32_t CountOfflineRecords() {
+  return FileExists(kOffline) != 0 ? CountLines(kOffline) : 0;
+}
+
+int ClearOffline(int32_t expected) {
+  if (CountOfflineRecords() != expected) {
+    return ERR_LOG_DELETE;
+  }
+  return FileExists(kOffline) == 0 || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;
+}
+
 RecordEntry *GetLogRecords() {
   Trace("GetLogRecords()\n");
   return FirstRecord(kLog);

@@ -27,6 +27,11 @@ int CommitOfflineTmp();
 bool OfflineTmpExists();
 void DropOfflineTmp();
 
+// How many records OFFLINE holds; 0 when there is none, -307 when it cannot be opened or read.
+int32_t CountOfflineRecords();
+// Deletes OFFLINE when it holds exactly so many records; -202 otherwise.
+int ClearOffline(int32_t expected);
+
 // The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with
 // Next..., free the first entry with FreeRecordList. A trim makes the offsets stale.
 RecordEntry *GetLogRecords();

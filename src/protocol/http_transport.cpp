@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "config/server_address.h"
-#include "engine/transaction.h"
 #include "foundation/format.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
@@ -13,6 +12,7 @@
 #include "protocol/socket_layer.h"
 #include "protocol/transaction_json.h"
 #include "protocol/transaction_request_json.h"
+#include "record/transaction.h"
 
 namespace lumo {
 namespace {

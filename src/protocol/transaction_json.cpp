@@ -3,15 +3,15 @@
 #include <cstddef>
 #include <cstring>
 
-#include "engine/transaction.h"
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
 #include "foundation/lumostring.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
 #include "lumo.h"
-#include "protocol/enumerations.h"
 #include "protocol/transaction_request_json.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 namespace lumo {
 namespace {

@@ -2,12 +2,12 @@
 
 #include <cstddef>
 
-#include "engine/transaction.h"
-#include "foundation/lumojson.h"
 #include "foundation/lumostring.h"
 #include "foundation/trace.h"
+#include "json/lumojson.h"
 #include "lumo.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 namespace lumo {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "foundation/json_printer.h"
+#include "json/json_printer.h"
 
 namespace lumo {
 

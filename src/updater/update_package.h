@@ -2,7 +2,7 @@
 // of the library file.
 #pragma once
 
-#include "foundation/lumojson.h"
+#include "json/lumojson.h"
 
 namespace lumo {
 

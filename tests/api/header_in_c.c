@@ -53,6 +53,10 @@ typedef struct Calls {
   const char *(*get_report_ptr)(void);
   int (*run_updater)(const char *);
   int (*commit_updates)(void);
+  const char *(*version)(void);
+  int (*is_offline)(void);
+  int (*offline_count)(void);
+  int (*clear_offline)(int);
 } Calls;
 
 static const Calls kCalls = {
@@ -107,6 +111,10 @@ static const Calls kCalls = {
     GetReportPtr,
     RunUpdater,
     CommitUpdates,
+    lumoVersion,
+    lumoIsOffline,
+    lumoOfflineCount,
+    lumoClearOffline,
 };
 
 /* The number of calls, and what one of them returns when C calls it. */

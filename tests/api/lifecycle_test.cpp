@@ -9,9 +9,9 @@
 #include "api/context.h"
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
-#include "engine/transaction.h"
 #include "journal/logger.h"
 #include "lumo.h"
+#include "record/transaction.h"
 #include "support/folder.h"
 
 namespace {

@@ -25,7 +25,8 @@
   CALL(GetEarnBonusAmount) CALL(GetSpendBonusAmount) CALL(GetDiscountAmount)                       \
   CALL(getReceiptHeaderPtr) CALL(getReceiptBodyPtr) CALL(getReceiptFooterPtr) CALL(getReceiptBody) \
   CALL(SendOfflinePayments) CALL(GenerateSummaryReport) CALL(GenerateReport) CALL(GetReportPtr)    \
-  CALL(RunUpdater) CALL(CommitUpdates)
+  CALL(RunUpdater) CALL(CommitUpdates) CALL(lumoVersion) CALL(lumoIsOffline)                       \
+  CALL(lumoOfflineCount) CALL(lumoClearOffline)
 // clang-format on
 
 namespace test {

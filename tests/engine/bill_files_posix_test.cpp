@@ -5,7 +5,7 @@
 #include <string>
 
 #include "engine/bill_files.h"
-#include "engine/shop.h"
+#include "support/shop.h"
 
 namespace {
 

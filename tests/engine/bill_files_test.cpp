@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/shop.h"
-#include "engine/transaction.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

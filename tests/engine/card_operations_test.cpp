@@ -11,8 +11,8 @@
 
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

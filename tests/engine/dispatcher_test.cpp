@@ -9,8 +9,8 @@
 
 #include "config/lumostate.h"
 #include "engine/request.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "engine/shop.h"
-#include "engine/transaction.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 #include "support/folder.h"
+#include "support/shop.h"
 
 namespace {
 

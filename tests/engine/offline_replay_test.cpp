@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/transaction.h"
 #include "support/file_traffic.h"
+#include "support/shop.h"
 #include "support/test_clock.h"
 
 namespace {

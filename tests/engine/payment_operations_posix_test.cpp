@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "engine/payment_operations.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "engine/card_operations.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

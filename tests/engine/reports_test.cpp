@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/shop.h"
 #include "lumo.h"
+#include "support/shop.h"
 
 namespace {
 

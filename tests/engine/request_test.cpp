@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "config/lumostate.h"
-#include "engine/receipt.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 #include "support/test_clock.h"
 
 namespace {

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/receipt.h"
-#include "engine/shop.h"
-#include "engine/transaction.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
+#include "support/shop.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string>
 
-#include "engine/transaction.h"
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
+#include "record/transaction.h"
 
 #define FULL_ACTIVATION                                                         \
   "{\"activationType\":\"REFER_A_FRIEND\",\"amount\":15000,\"type\":\"LOCAL\"," \

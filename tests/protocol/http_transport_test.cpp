@@ -6,9 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "protocol/enumerations.h"
-#include "protocol/fixture.h"
 #include "protocol/full_record.h"
+#include "record/enumerations.h"
+#include "support/record_fixture.h"
 #include "support/scripted_server.h"
 #include "support/wine.h"
 

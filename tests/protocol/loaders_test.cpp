@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "protocol/enumerations.h"
-#include "protocol/fixture.h"
 #include "protocol/transaction_json.h"
+#include "record/enumerations.h"
+#include "support/record_fixture.h"
 
 namespace {
 

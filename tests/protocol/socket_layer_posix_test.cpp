@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "protocol/enumerations.h"
-#include "protocol/fixture.h"
 #include "protocol/http_transport.h"
 #include "protocol/socket_layer.h"
 #include "protocol/transaction_json.h"
+#include "record/enumerations.h"
+#include "support/record_fixture.h"
 #include "support/scripted_server.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "protocol/fixture.h"
+#include "support/record_fixture.h"
 #include "support/scripted_server.h"
 #include "support/wine.h"
 

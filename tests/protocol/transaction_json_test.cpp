@@ -11,9 +11,9 @@
 #include <utility>
 
 #include "journal/logger.h"
-#include "protocol/enumerations.h"
-#include "protocol/fixture.h"
 #include "protocol/full_record.h"
+#include "record/enumerations.h"
+#include "support/record_fixture.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <utility>
 
 #include "foundation/lumostring.h"
-#include "protocol/enumerations.h"
-#include "protocol/fixture.h"
 #include "protocol/full_record.h"
 #include "protocol/transaction_json.h"
+#include "record/enumerations.h"
+#include "support/record_fixture.h"
 
 namespace {
 

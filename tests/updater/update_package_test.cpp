@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <string>
 
-#include "foundation/lumojson.h"
 #include "foundation/memory.h"
+#include "json/lumojson.h"
 #include "support/folder.h"
 
 namespace {

@@ -1,7 +1,7 @@
-// foundation/json_printer.h: events in, JSON text out through a sink.
+// json/json_printer.h: events in, JSON text out through a sink.
 #pragma once
 
-#include "foundation/json_event.h"
+#include "json/json_event.h"
 
 namespace lumo {
 

@@ -1,9 +1,9 @@
-#include "foundation/json_printer.h"
+#include "json/json_printer.h"
 
 #include <cstdarg>
 #include <cstring>
 
-#include "foundation/json_scan.h"
+#include "json/json_scan.h"
 
 namespace lumo {
 namespace {

@@ -1,4 +1,4 @@
-// engine/shop.h: a shop of a test's own: folder, clock, settings, state, server and one card transaction.
+// support/shop.h: a shop of a test's own: folder, clock, settings, state, server and one card transaction.
 #pragma once
 
 #include <gmock/gmock.h>

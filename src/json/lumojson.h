@@ -1,9 +1,9 @@
-// foundation/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the
+// json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the
 // whole tree.
 #pragma once
 
-#include "foundation/json_event.h"
-#include "foundation/json_printer.h"
+#include "json/json_event.h"
+#include "json/json_printer.h"
 
 namespace lumo {
 

@@ -1,4 +1,4 @@
-#include "protocol/enumerations.h"
+#include "record/enumerations.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,4 +1,4 @@
-// foundation/json_scan.h: the inner loops of parser, printer and tree. Two thirds of a bill are string bytes,
+// json/json_scan.h: the inner loops of parser, printer and tree. Two thirds of a bill are string bytes,
 // so the bytes that stand for themselves are copied in runs and not looked at one by one. Nothing here reads
 // or writes beyond the lengths given: the last bytes are done once more together with those before them.
 #pragma once

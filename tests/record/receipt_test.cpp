@@ -1,5 +1,5 @@
-// tests/engine/receipt_test.cpp: the buffers that slips and reports are built in.
-#include "engine/receipt.h"
+// tests/record/receipt_test.cpp: the buffers that slips and reports are built in.
+#include "record/receipt.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <string>
 
-#include "engine/shop.h"
-#include "engine/transaction.h"
 #include "foundation/lumostring.h"
+#include "record/transaction.h"
 #include "support/fatal.h"
+#include "support/shop.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// engine/transaction.h: the record of one card transaction: what is asked, what was answered, and the
+// record/transaction.h: the record of one card transaction: what is asked, what was answered, and the
 // receipt. All texts of the record are its own copies; nothing is freed before the record is.
 #pragma once
 

@@ -1,15 +1,15 @@
-#include "foundation/lumojson.h"
+#include "json/lumojson.h"
 
 #include <cstdio>
 #include <cstring>
 
 #include "foundation/arithmetic.h"
 #include "foundation/files.h"
-#include "foundation/json_dom.h"
-#include "foundation/json_parser.h"
-#include "foundation/json_scan.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
+#include "json/json_dom.h"
+#include "json/json_parser.h"
+#include "json/json_scan.h"
 
 namespace lumo {
 

@@ -1,9 +1,9 @@
-#include "foundation/json_parser.h"
+#include "json/json_parser.h"
 
 #include <cstring>
 
-#include "foundation/json_scan.h"
 #include "foundation/memory.h"
+#include "json/json_scan.h"
 
 namespace lumo {
 namespace {

@@ -1,5 +1,5 @@
-// tests/engine/transaction_test.cpp: the record, its memory and what every transaction starts with.
-#include "engine/transaction.h"
+// tests/record/transaction_test.cpp: the record, its memory and what every transaction starts with.
+#include "record/transaction.h"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "config/lumoconfig.h"
-#include "engine/receipt.h"
-#include "engine/shop.h"
+#include "record/receipt.h"
 #include "support/allocations.h"
+#include "support/shop.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// tests/foundation/json_reference_posix_test.cpp: our parser against another one, on random texts. The other
+// tests/json/json_reference_posix_test.cpp: our parser against another one, on random texts. The other
 // parser's headers are there on the host only.
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "foundation/json_parser.h"
-#include "foundation/lumojson.h"
+#include "json/json_parser.h"
+#include "json/lumojson.h"
 
 using namespace lumo;
 

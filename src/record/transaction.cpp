@@ -1,14 +1,14 @@
-#include "engine/transaction.h"
+#include "record/transaction.h"
 
 #include <cstring>
 
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
-#include "engine/receipt.h"
 #include "foundation/dates.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
+#include "record/receipt.h"
 
 namespace lumo {
 

@@ -1,4 +1,4 @@
-// engine/receipt.h: the slip's text, UTF-8, laid out for 24 columns, in three pieces; and the buffer reports
+// record/receipt.h: the slip's text, UTF-8, laid out for 24 columns, in three pieces; and the buffer reports
 // are built in.
 #pragma once
 

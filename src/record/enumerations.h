@@ -1,4 +1,4 @@
-// protocol/enumerations.h: the closed vocabularies of the protocol. A value is its text's place in the table;
+// record/enumerations.h: the closed vocabularies of the protocol. A value is its text's place in the table;
 // one past the last is the unknown value.
 #pragma once
 

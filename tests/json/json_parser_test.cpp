@@ -1,5 +1,5 @@
-// tests/foundation/json_parser_test.cpp: JSON text in, events out.
-#include "foundation/json_parser.h"
+// tests/json/json_parser_test.cpp: JSON text in, events out.
+#include "json/json_parser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "engine/shop.h"
+#include "support/shop.h"
 
 #include <filesystem>
 
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
-#include "engine/receipt.h"
-#include "engine/transaction.h"
 #include "journal/logger.h"
+#include "record/receipt.h"
+#include "record/transaction.h"
 #include "support/test_clock.h"
 
 namespace test {

@@ -1,4 +1,4 @@
-// foundation/json_event.h: the events that a JSON text is made of, shared by parser, printer and tree.
+// json/json_event.h: the events that a JSON text is made of, shared by parser, printer and tree.
 #pragma once
 
 #include <cstddef>

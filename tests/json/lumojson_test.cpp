@@ -1,5 +1,5 @@
-// tests/foundation/lumojson_test.cpp: a JSON file or text as a tree.
-#include "foundation/lumojson.h"
+// tests/json/lumojson_test.cpp: a JSON file or text as a tree.
+#include "json/lumojson.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// tests/foundation/json_printer_test.cpp: events in, JSON text out.
-#include "foundation/json_printer.h"
+// tests/json/json_printer_test.cpp: events in, JSON text out.
+#include "json/json_printer.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/json_parser.h"
+#include "json/json_parser.h"
 
 using namespace lumo;
 

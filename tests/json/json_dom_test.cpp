@@ -1,6 +1,6 @@
-// tests/foundation/json_dom_test.cpp: events in, calls that build a tree out. The tree here writes down what
+// tests/json/json_dom_test.cpp: events in, calls that build a tree out. The tree here writes down what
 // it is asked.
-#include "foundation/json_dom.h"
+#include "json/json_dom.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-// foundation/json_parser.h: JSON text in, events out. The text is fed in pieces that may be cut anywhere; the
+// json/json_parser.h: JSON text in, events out. The text is fed in pieces that may be cut anywhere; the
 // parser knows no file and no tree. The grammar is RFC 8259, byte by byte; bytes of 127 and above pass
 // through strings unchanged.
 #pragma once
 
-#include "foundation/json_event.h"
+#include "json/json_event.h"
 
 namespace lumo {
 

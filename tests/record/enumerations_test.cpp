@@ -1,11 +1,11 @@
-// tests/protocol/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
-#include "protocol/enumerations.h"
+// tests/record/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
+#include "record/enumerations.h"
 
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "protocol/fixture.h"
+#include "support/record_fixture.h"
 
 namespace {
 

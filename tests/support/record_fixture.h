@@ -1,4 +1,4 @@
-// protocol/fixture.h: one record in a folder of its own, and JSON texts as the loaders take them.
+// support/record_fixture.h: one record in a folder of its own, and JSON texts as the loaders take them.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "engine/transaction.h"
-#include "foundation/lumojson.h"
+#include "json/lumojson.h"
+#include "record/transaction.h"
 #include "support/folder.h"
 
 // A JSON text as a tree.

@@ -1,10 +1,10 @@
-// foundation/json_dom.h: turns the parser's events into calls that build a tree, whatever the tree is made
+// json/json_dom.h: turns the parser's events into calls that build a tree, whatever the tree is made
 // of.
 #pragma once
 
-#include "foundation/json_event.h"
-#include "foundation/json_parser.h"
 #include "foundation/memory.h"
+#include "json/json_event.h"
+#include "json/json_parser.h"
 
 namespace lumo {
 

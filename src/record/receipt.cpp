@@ -1,4 +1,4 @@
-#include "engine/receipt.h"
+#include "record/receipt.h"
 
 #include <cstdarg>
 

@@ -1,5 +1,6 @@
 // fuzz/answer.cpp: any bytes as the server's answer.
-#include "protocol/transaction_json.h"
+#include "protocol/answer.h"
+
 #include "record/transaction.h"
 #include "target.h"
 

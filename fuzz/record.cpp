@@ -1,5 +1,5 @@
 // fuzz/record.cpp: any text as a journal record.
-#include "protocol/transaction_json.h"
+#include "protocol/journal_record.h"
 #include "record/transaction.h"
 #include "target.h"
 

@@ -1,34 +1,19 @@
 #include "engine/card_operations.h"
 
-#include <cstring>
-
-#include "config/lumoconfig.h"
 #include "engine/bill_files.h"
+#include "engine/completion.h"
 #include "engine/dispatcher.h"
 #include "engine/request.h"
+#include "engine/slip.h"
 #include "foundation/arithmetic.h"
-#include "foundation/format.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "protocol/transaction_json.h"
 #include "record/enumerations.h"
-#include "record/receipt.h"
 #include "record/transaction.h"
 
 namespace lumo {
 
 namespace {
-
-// Journals the operation and marks it done, whatever the journal answers. Returns the journal's result.
-int CompleteOperation(Transaction *transaction, CompletedOperation operation) {
-  const int result = WriteTransactionRecord(transaction);
-  transaction->completedOperations |= operation;
-  return result;
-}
-
-void PrintTitle(Transaction *transaction, const char *title) {
-  ReceiptPrintf(transaction->body, "%s\n", title);
-}
 
 // 0, -102 or -103.
 int FillActivation(Transaction *transaction, const char *activation_type, int32_t amount,
@@ -51,98 +36,7 @@ int FillActivation(Transaction *transaction, const char *activation_type, int32_
   return 0;
 }
 
-void PrintActivation(Transaction *transaction, const char *activation_type) {
-  ReceiptBuffer *body = transaction->body;
-  if (strcmp(activation_type, "GIFT_CARD") == 0) {
-    PrintTitle(transaction, "*** ПОДАРОЧНАЯ КАРТА ***");
-    PrintRrn(transaction);
-    ReceiptPrintf(body, "Начислено (бнс.):\n");
-    ReceiptPrintf(body, "%24s\n", FormatAmount(transaction->activation.amount));
-  } else if (strcmp(activation_type, "REFER_A_FRIEND") == 0) {
-    PrintTitle(transaction, "**** ПРИВЕДИ ДРУГА *****");
-    PrintRrn(transaction);
-    ReceiptPrintf(body, "        Успешно!        \n");
-    ReceiptPrintf(body, "***  КАРТА РЕФЕРЕНТА ***\n");
-    ReceiptPrintf(body, "    %s\n", TextOrEmpty(transaction->activation.referParentCardNum));
-  } else {
-    PrintTitle(transaction, "****** АКТИВАЦИЯ *******");
-    PrintRrn(transaction);
-    ReceiptPrintf(body, "        Успешно!        \n");
-  }
-}
-
-struct BalanceTotals {
-  int32_t earnedGlobal;
-  int32_t earnedLocal;
-  int32_t availableGlobal;
-  int32_t availableLocal;
-  int32_t availableDiscount;
-};
-
-void AddTo(int32_t *total, int32_t amount) {
-  *total = WrapAdd(*total, amount);
-}
-
-BalanceTotals SumBalance(const BalanceBlock &balance) {
-  BalanceTotals totals = {};
-  for (int32_t i = 0; i < balance.count; ++i) {
-    const BalanceAccount &account = balance.accounts[i];
-    Trace("Amount [%d] Available [%d]\n", account.amount, account.availableAmount);
-    switch (account.accountType) {
-      case ACCOUNT_GLOBAL:
-        AddTo(&totals.earnedGlobal, account.amount);
-        AddTo(&totals.availableGlobal, account.availableAmount);
-        break;
-      case ACCOUNT_LOCAL:
-        AddTo(&totals.earnedLocal, account.amount);
-        AddTo(&totals.availableLocal, account.availableAmount);
-        break;
-      case ACCOUNT_DISCOUNT:
-        // Deliberate: a discount account's amount counts as available local bonuses; the slip's earned
-        // discount line shows that total.
-        AddTo(&totals.availableLocal, account.amount);
-        AddTo(&totals.availableDiscount, account.availableAmount);
-        break;
-      default:
-        break;
-    }
-  }
-  return totals;
-}
-
-void PrintBonuses(ReceiptBuffer *body, int32_t amount) {
-  ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(amount));
-}
-
-void PrintBalance(ReceiptBuffer *body, const BalanceTotals &totals) {
-  const char *network = TextOrEmpty(Settings().retailNetworkName);
-  ReceiptPrintf(body, "**** ИНФО ПО КАРТЕ ****\n");
-  ReceiptPrintf(body, "Начислено всего:\n");
-  PrintBonuses(body, totals.earnedGlobal);
-  ReceiptPrintf(body, "Начислено всего\n");
-  ReceiptPrintf(body, "%s:\n", network);
-  PrintBonuses(body, WrapAdd(totals.earnedGlobal, totals.earnedLocal));
-  ReceiptPrintf(body, "Начислено скид бон \n");
-  ReceiptPrintf(body, "%s:\n", network);
-  PrintBonuses(body, totals.availableLocal);
-  ReceiptPrintf(body, "************************\n");
-  ReceiptPrintf(body, "Доступно всего:\n");
-  PrintBonuses(body, totals.availableGlobal);
-  ReceiptPrintf(body, "Доступно всего\n");
-  ReceiptPrintf(body, "%s:\n", network);
-  PrintBonuses(body, WrapAdd(totals.availableGlobal, totals.availableLocal));
-  ReceiptPrintf(body, "Доступно скид бон \n");
-  ReceiptPrintf(body, "%s:\n", network);
-  ReceiptPrintf(body, "%19s ски.\n", FormatAmount(totals.availableDiscount));
-}
-
 }  // namespace
-
-void PrintRrn(Transaction *transaction) {
-  if (transaction->request.requestId != nullptr) {
-    ReceiptPrintf(transaction->body, "RRN: %16s\n", transaction->request.requestId);
-  }
-}
 
 int ActivationProcess(Transaction *transaction, const char *activation_type, const char *bill_path,
                       int32_t amount, const char *account_type, const char *refer_card_num) {
@@ -163,12 +57,14 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
   if (result != 0) {
     return result;
   }
+  // The answer may say otherwise; the slip shows what was asked for.
+  const auto type = static_cast<ActivationType>(transaction->activation.activationType);
   result = TransactionProcess(transaction);
   if (result != 0) {
     return result;
   }
   result = CompleteOperation(transaction, COMPLETED_ACTIVATION);
-  PrintActivation(transaction, activation_type);
+  PrintActivation(transaction, type);
   return result;
 }
 
@@ -204,8 +100,7 @@ int BalanceProcess(Transaction *transaction) {
     return result;
   }
   transaction->completedOperations |= COMPLETED_BALANCE;
-  Trace("Balance has %d accounts\n", transaction->balance.count);
-  PrintBalance(transaction->body, SumBalance(transaction->balance));
+  PrintBalance(transaction);
   return 0;
 }
 
@@ -219,7 +114,7 @@ int SumBalanceAmounts(const Transaction *transaction) {
     switch (account.accountType) {
       case ACCOUNT_GLOBAL:
       case ACCOUNT_LOCAL:
-        AddTo(&sum, account.availableAmount);
+        sum = WrapAdd(sum, account.availableAmount);
         break;
       case ACCOUNT_DISCOUNT:
         Trace("Ignore DISCOUNT %d\n", account.availableAmount);
@@ -252,12 +147,7 @@ int LinkCardProcess(Transaction *transaction, const char *card_num) {
     }
   }
   result = CompleteOperation(transaction, COMPLETED_LINK);
-  PrintTitle(transaction, "**** ПРИСОЕДИНЕНИЕ *****");
-  PrintRrn(transaction);
-  ReceiptPrintf(transaction->body, "Карта  активирована   и\n");
-  ReceiptPrintf(transaction->body, "присоединена  к  счету\n");
-  ReceiptPrintf(transaction->body, "карты:\n");
-  ReceiptPrintf(transaction->body, "    %s\n", TextOrEmpty(transaction->linkedCardNum));
+  PrintLink(transaction);
   return result;
 }
 
@@ -273,13 +163,7 @@ int DepositProcess(Transaction *transaction, int32_t amount) {
     return result;
   }
   result = CompleteOperation(transaction, COMPLETED_DEPOSIT);
-  PrintTitle(transaction, "******* ДЕПОЗИТ *******");
-  PrintRrn(transaction);
-  if (amount != 0) {
-    ReceiptPrintf(transaction->body, "Зачислено (бнс.):\n");
-    // Deliberate: no line end.
-    ReceiptPrintf(transaction->body, "%24s", FormatAmount(amount));
-  }
+  PrintDeposit(transaction, amount);
   return result;
 }
 
@@ -295,8 +179,7 @@ int ExchangeProcess(Transaction *transaction, const char *token) {
     return result;
   }
   result = CompleteOperation(transaction, COMPLETED_EXCHANGE);
-  PrintTitle(transaction, "******** ЗАМЕНА ********");
-  PrintRrn(transaction);
+  PrintExchange(transaction);
   return result;
 }
 

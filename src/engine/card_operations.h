@@ -12,18 +12,6 @@ namespace lumo {
 
 struct Transaction;
 
-// Bits of Transaction::completedOperations.
-enum CompletedOperation : uint32_t {
-  COMPLETED_PAYMENT = 0x01,
-  COMPLETED_CONFIRM = 0x02,
-  COMPLETED_BALANCE = 0x04,
-  COMPLETED_CASHBACK = 0x08,
-  COMPLETED_ACTIVATION = 0x10,
-  COMPLETED_DEPOSIT = 0x20,
-  COMPLETED_LINK = 0x40,
-  COMPLETED_EXCHANGE = 0x80,
-};
-
 // With a bill the amount is the bill's total and `amount` is passed over. -102 or -103 for an unknown text,
 // -106 for a bill that cannot be read.
 int ActivationProcess(Transaction *transaction, const char *activation_type, const char *bill_path,
@@ -41,8 +29,5 @@ int LinkCardProcess(Transaction *transaction, const char *card_num);
 int DepositProcess(Transaction *transaction, int32_t amount);
 int ExchangeProcess(Transaction *transaction, const char *token);
 int GetAdProcess(Transaction *transaction);  // the text lands in adText; no journal, no receipt
-
-// "RRN: " and the request's id; nothing when there is none.
-void PrintRrn(Transaction *transaction);
 
 }  // namespace lumo

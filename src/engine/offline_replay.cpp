@@ -4,7 +4,7 @@
 #include "foundation/trace.h"
 #include "journal/logger.h"
 #include "lumo.h"
-#include "protocol/transaction_json.h"
+#include "protocol/journal_record.h"
 #include "record/transaction.h"
 
 namespace lumo {

@@ -2,15 +2,13 @@
 
 #include "config/lumoconfig.h"
 #include "engine/bill_files.h"
-#include "engine/card_operations.h"
+#include "engine/completion.h"
 #include "engine/dispatcher.h"
 #include "engine/offline_payment.h"
 #include "engine/request.h"
-#include "foundation/arithmetic.h"
-#include "foundation/format.h"
+#include "engine/slip.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "protocol/transaction_json.h"
 #include "record/enumerations.h"
 #include "record/receipt.h"
 #include "record/transaction.h"
@@ -19,77 +17,9 @@ namespace lumo {
 
 namespace {
 
-constexpr const char *kSeparator = "************************\n";
-
 // The shop goes on selling when neither server can be reached and the settings allow it.
 bool FallsBackOffline(int result) {
   return result == ERR_CONNECT && Settings().offlineMode == 1;
-}
-
-// "Сумма ..." and the amount over the slip's whole width; nothing for 0.
-void PrintSum(ReceiptBuffer *body, const char *title, int32_t amount) {
-  if (amount != 0) {
-    ReceiptPrintf(body, "%s\n", title);
-    ReceiptPrintf(body, "%24s\n", FormatAmount(amount));
-  }
-}
-
-void PrintEarned(ReceiptBuffer *body, const BonusTotals &totals) {
-  const char *network = TextOrEmpty(Settings().retailNetworkName);
-  if (totals.earnedGlobal != 0) {
-    ReceiptPrintf(body, "Начислено всего:\n");
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.earnedGlobal));
-  }
-  const int32_t earned = WrapAdd(totals.earnedGlobal, totals.earnedLocal);
-  if (earned != 0) {
-    ReceiptPrintf(body, "Начислено всего\n");
-    ReceiptPrintf(body, "%s:\n", network);
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(earned));
-  }
-  if (totals.earnedDiscount != 0) {
-    ReceiptPrintf(body, "Начислено скид бон в\n");
-    ReceiptPrintf(body, "%s:\n", network);
-    ReceiptPrintf(body, "%19s ски.\n", FormatAmount(totals.earnedDiscount));
-  }
-  if (totals.organizerFee != 0) {
-    ReceiptPrintf(body, "Вознаграждение \n");
-    ReceiptPrintf(body, "организатора:\n");
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.organizerFee));
-  }
-}
-
-BonusTotals CountAndTraceBonuses(const Transaction *transaction) {
-  BonusTotals totals = {};
-  CountBonuses(transaction, &totals);
-  Trace("earnedLocal = %d\n", totals.earnedLocal);
-  Trace("earnedGlobal = %d\n", totals.earnedGlobal);
-  Trace("earnedDiscount = %d\n", totals.earnedDiscount);
-  Trace("spendLocal = %d\n", totals.spendLocal);
-  Trace("spendGlobal = %d\n", totals.spendGlobal);
-  Trace("spendDiscount = %d\n", totals.spendDiscount);
-  return totals;
-}
-
-void PrintPaymentReceipt(Transaction *transaction) {
-  ReceiptBuffer *body = transaction->body;
-  ReceiptPrintf(body, "******* ПОКУПКА ********\n");
-  ReceiptPrintf(body, "  Полагающиеся бонусы   \n");
-  ReceiptPrintf(body, "  будут перечислены в   \n");
-  ReceiptPrintf(body, "      Клуб Тавиро       \n");
-  ReceiptPrintf(body, "%s", kSeparator);
-  if (isOffline(transaction) == 1) {
-    ReceiptPrintf(body, "        ОФФЛАЙН\n");
-    ReceiptPrintf(body, "%s", kSeparator);
-  }
-  PrintRrn(transaction);
-  const BonusTotals totals = CountAndTraceBonuses(transaction);
-  const int32_t spent = WrapAdd(totals.spendLocal, totals.spendGlobal);
-  const int32_t cash = WrapSubtract(WrapSubtract(transaction->bill.totalSum, spent), totals.spendDiscount);
-  PrintSum(body, "Сумма (нал.):", cash);
-  PrintSum(body, "Сумма (бнс.):", spent);
-  PrintSum(body, "Скидка (бнс.):", totals.spendDiscount);
-  ReceiptPrintf(body, "%s", kSeparator);
-  PrintEarned(body, totals);
 }
 
 // Fills the bill from the register's file. What the customer asks to spend is stored whatever came of it.
@@ -114,31 +44,9 @@ int Pay(Transaction *transaction, const char *bill_path) {
   WriteTransactionRecord(transaction);
   result = BillModify(transaction, bill_path);
   transaction->completedOperations |= COMPLETED_PAYMENT;
-  PrintPaymentReceipt(transaction);
+  PrintPayment(transaction);
   Trace("Bill:\n%s\n", ReceiptGetText(transaction->body));
   return result;
-}
-
-void PrintConfirmReceipt(Transaction *transaction) {
-  // Deliberate: a confirmation prints the slip of a cancellation.
-  ReceiptPrintf(transaction->body, "**** ОТМЕНА ПОКУПКИ ****\n");
-  PrintRrn(transaction);
-  ReceiptPrintf(transaction->body, "    ПОКУПКА ОТМЕНЕНА    \n");
-  if (isOffline(transaction) != 0) {
-    ReceiptPrintf(transaction->body, "    В РЕЖИМЕ ОФФЛАЙН!   \n");
-  }
-}
-
-void PrintCashBackReceipt(Transaction *transaction) {
-  ReceiptBuffer *body = transaction->body;
-  ReceiptPrintf(body, "**** ВОЗВРАТ ТОВАРА ****\n");
-  PrintRrn(transaction);
-  if (transaction->cashBack.cashBackType == CASHBACK_FULL) {
-    ReceiptPrintf(body, "     ПОЛНЫЙ ВОЗВРАТ     \n");
-  } else if (transaction->cashBack.cashBackType == CASHBACK_SEQ) {
-    ReceiptPrintf(body, "   ЧАСТИЧНЫЙ ВОЗВРАТ    \n");
-  }
-  PrintSum(body, "Возвращено (бнс.):", transaction->returnedSum);
 }
 
 // Names the goods that come back: those of the list, or all without one.
@@ -206,7 +114,7 @@ int PaymentConfirmProcess(Transaction *transaction, int32_t is_confirm, const ch
     return result;
   }
   transaction->completedOperations |= COMPLETED_CONFIRM;
-  PrintConfirmReceipt(transaction);
+  PrintConfirm(transaction);
   return 0;
 }
 
@@ -227,9 +135,8 @@ int CashBackProcess(Transaction *transaction, const char *rrn, const char *retur
       return result;
     }
   }
-  result = WriteTransactionRecord(transaction);
-  transaction->completedOperations |= COMPLETED_CASHBACK;
-  PrintCashBackReceipt(transaction);
+  result = CompleteOperation(transaction, COMPLETED_CASHBACK);
+  PrintCashBack(transaction);
   return result;
 }
 

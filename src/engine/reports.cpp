@@ -10,7 +10,7 @@
 #include "foundation/trace.h"
 #include "journal/logger.h"
 #include "lumo.h"
-#include "protocol/transaction_json.h"
+#include "protocol/journal_record.h"
 #include "record/enumerations.h"
 #include "record/receipt.h"
 #include "record/transaction.h"

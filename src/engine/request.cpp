@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "config/lumoconfig.h"
 #include "config/lumostate.h"
 #include "engine/dispatcher.h"
+#include "engine/slip.h"
 #include "foundation/dates.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
@@ -52,6 +54,18 @@ void BuildFirstRrn(const Transaction *transaction, char (&rrn)[kRrnBytes]) {
 }
 
 }  // namespace
+
+int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id) {
+  RequestBlock &request = transaction->request;
+  trans_strcpy(transaction, &request.cardNum, card_num);
+  trans_strcpy(transaction, &request.employeeId, employee_id);
+  trans_strcpy(transaction, &request.terminalId, Settings().terminalId);
+  trans_strcpy(transaction, &request.ver, Settings().protocolVersion);
+  trans_strcpy(transaction, &request.shiftId, GetShiftId());
+  PrintSlipHeader(transaction, card_num);
+  PrintSlipFooter(transaction);
+  return 0;
+}
 
 int FillRequest(Transaction *transaction, int32_t type) {
   Trace("FillRequest(%s)\n", RequestTypeToString(type));

@@ -14,6 +14,10 @@ namespace lumo {
 
 struct Transaction;
 
+// Copies the card, the cashier and the settings' identity into the request block and prints the slip's header
+// and footer. Returns 0.
+int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id);
+
 // Stamps the record for one operation. The new id is the persistent one before anything is sent, so that a
 // request that fails never gives its number to another one. 0 or -100.
 int FillRequest(Transaction *transaction, int32_t type);

@@ -42,6 +42,28 @@ int32_t JsonInt32(const JsonNode &node);
 inline bool JsonIsNumber(const JsonNode &node) {
   return node.type == JSON_INT || node.type == JSON_FLOAT;
 }
+inline bool JsonIsObject(const JsonNode &node) {
+  return node.type == JSON_OBJECT_BEGIN;
+}
+
+// The items of a structure, for range loops.
+template <typename Item>
+struct JsonItems {
+  const Item *first;
+  uint32_t count;
+  const Item *begin() const { return first; }
+  const Item *end() const { return first + count; }
+};
+
+// None when the node is absent or of another kind.
+inline JsonItems<JsonMember> JsonMembers(const JsonNode *node) {
+  const bool has_members = node != nullptr && JsonIsObject(*node) && node->count > 0;
+  return has_members ? JsonItems<JsonMember>{node->members, node->count} : JsonItems<JsonMember>{nullptr, 0};
+}
+inline JsonItems<JsonNode> JsonElements(const JsonNode &node) {
+  const bool has_elements = node.type == JSON_ARRAY_BEGIN && node.count > 0;
+  return has_elements ? JsonItems<JsonNode>{node.elements, node.count} : JsonItems<JsonNode>{nullptr, 0};
+}
 
 // True when the first `key_length` bytes of `name` equal the member's key. Deliberate: a key that is the
 // beginning of a known name, the empty key included, is taken as that name. A key with a zero byte compares

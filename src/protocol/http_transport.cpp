@@ -9,8 +9,8 @@
 #include "foundation/memory.h"
 #include "foundation/trace.h"
 #include "lumo.h"
+#include "protocol/answer.h"
 #include "protocol/socket_layer.h"
-#include "protocol/transaction_json.h"
 #include "protocol/transaction_request_json.h"
 #include "record/transaction.h"
 

@@ -3,48 +3,18 @@
 #include <cstddef>
 #include <cstring>
 
-#include "foundation/arithmetic.h"
-#include "foundation/format.h"
-#include "foundation/lumostring.h"
 #include "foundation/trace.h"
-#include "journal/logger.h"
 #include "lumo.h"
-#include "protocol/transaction_request_json.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"
 
 namespace lumo {
 namespace {
 
-constexpr uint32_t kLongestName = 100;  // of a response and of a part
-
-// The items of a structure, for range loops; none when the node is absent or of another kind.
-template <typename Item>
-struct Items {
-  const Item *first;
-  uint32_t count;
-  const Item *begin() const { return first; }
-  const Item *end() const { return first + count; }
-};
-
-Items<JsonMember> MembersOf(const JsonNode *node) {
-  const bool is_object = node != nullptr && node->type == JSON_OBJECT_BEGIN && node->count > 0;
-  return is_object ? Items<JsonMember>{node->members, node->count} : Items<JsonMember>{nullptr, 0};
-}
-
-Items<JsonNode> ElementsOf(const JsonNode &node) {
-  const bool is_array = node.type == JSON_ARRAY_BEGIN && node.count > 0;
-  return is_array ? Items<JsonNode>{node.elements, node.count} : Items<JsonNode>{nullptr, 0};
-}
-
-bool IsObject(const JsonNode &node) {
-  return node.type == JSON_OBJECT_BEGIN;
-}
-
 // Room for one entry for each element of the list, null for none.
 template <typename Entry>
 Entry *AllocateFor(Transaction *transaction, const JsonNode &list) {
-  const size_t count = ElementsOf(list).count;
+  const size_t count = JsonElements(list).count;
   return count > 0 ? static_cast<Entry *>(trans_alloc(transaction, count * sizeof(Entry))) : nullptr;
 }
 
@@ -165,7 +135,7 @@ template <size_t kCount>
 uint32_t LoadObject(Transaction *transaction, void *block, const Rules<kCount> &rules, const char *subject,
                     const JsonNode *node) {
   uint32_t loaded = 0;
-  for (const JsonMember &member : MembersOf(node)) {
+  for (const JsonMember &member : JsonMembers(node)) {
     if (LoadMember(transaction, block, rules, member)) {
       ++loaded;
     } else {
@@ -320,7 +290,7 @@ constexpr Rules<1> kAdvertisingRules = {
     Style::kPart, {{"text", Field::kText, offsetof(Transaction, adText), "ad.ad", nullptr}}};
 
 void LoadBonus(Transaction *transaction, Bonus *bonus, const JsonNode &node) {
-  for (const JsonMember &member : MembersOf(&node)) {
+  for (const JsonMember &member : JsonMembers(&node)) {
     if (!LoadMember(transaction, bonus, kBonusRules, member)) {
       TraceWarning("Unsupported BONUS element [%.*s]\n", TracedKeyLength(member), member.key);
     }
@@ -330,15 +300,15 @@ void LoadBonus(Transaction *transaction, Bonus *bonus, const JsonNode &node) {
 void LoadBonuses(Transaction *transaction, Good *good, const JsonNode &list) {
   good->bonusCount = 0;
   good->bonuses = AllocateFor<Bonus>(transaction, list);
-  for (const JsonNode &element : ElementsOf(list)) {
-    if (IsObject(element)) {
+  for (const JsonNode &element : JsonElements(list)) {
+    if (JsonIsObject(element)) {
       LoadBonus(transaction, &good->bonuses[good->bonusCount++], element);
     }
   }
 }
 
 void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int load_bonuses) {
-  for (const JsonMember &member : MembersOf(&node)) {
+  for (const JsonMember &member : JsonMembers(&node)) {
     if (KeyEquals(member, "bonus")) {
       if (load_bonuses != 0) {
         LoadBonuses(transaction, good, member.value);
@@ -358,8 +328,8 @@ int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) 
   BillBlock &bill = transaction->bill;
   bill.goodCount = 0;
   bill.goods = AllocateFor<Good>(transaction, list);
-  for (const JsonNode &element : ElementsOf(list)) {
-    if (!IsObject(element)) {
+  for (const JsonNode &element : JsonElements(list)) {
+    if (!JsonIsObject(element)) {
       TraceError("Good is not an object\n");
       return ERR_RESPONSE_STRUCTURE;
     }
@@ -370,11 +340,11 @@ int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) 
 
 // 0 or -402.
 int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuses) {
-  if (!IsObject(node)) {
+  if (!JsonIsObject(node)) {
     TraceError("Goods list is not an object\n");
     return ERR_RESPONSE_STRUCTURE;
   }
-  for (const JsonMember &member : MembersOf(&node)) {
+  for (const JsonMember &member : JsonMembers(&node)) {
     if (!KeyEquals(member, "good")) {
       TraceError("not a good element [%.*s]\n", TracedKeyLength(member), member.key);
       continue;
@@ -391,8 +361,8 @@ void LoadAccounts(Transaction *transaction, const JsonNode &list) {
   BalanceBlock &balance = transaction->balance;
   balance.count = 0;
   balance.accounts = AllocateFor<BalanceAccount>(transaction, list);
-  for (const JsonNode &element : ElementsOf(list)) {
-    if (IsObject(element)) {
+  for (const JsonNode &element : JsonElements(list)) {
+    if (JsonIsObject(element)) {
       LoadObject(transaction, &balance.accounts[balance.count++], kAccountRules, "balance account", &element);
     }
   }
@@ -402,8 +372,8 @@ void LoadCashBackGoods(Transaction *transaction, const JsonNode &list) {
   CashBackBlock &cash_back = transaction->cashBack;
   cash_back.goodCount = 0;
   cash_back.goods = AllocateFor<CashBackGood>(transaction, list);
-  for (const JsonNode &element : ElementsOf(list)) {
-    if (IsObject(element)) {
+  for (const JsonNode &element : JsonElements(list)) {
+    if (JsonIsObject(element)) {
       LoadObject(transaction, &cash_back.goods[cash_back.goodCount++], kCashBackGoodRules, "CashBack Good",
                  &element);
     }
@@ -446,135 +416,11 @@ const PartLoader *FindPartLoader(const JsonMember &member) {
   return nullptr;
 }
 
-struct ResponseForm {
-  const char *name;
-  uint32_t parts;
-};
-
-constexpr ResponseForm kResponses[] = {
-    {"cardActivationResponse", PART_RESPONSE | PART_ACTIVATION_RESULT},
-    {"getBalanceResponse", PART_RESPONSE | PART_BALANCE},
-    {"putPaymentResponse", PART_RESPONSE | PART_BILL},
-    {"putPaymentConfirmResponse", PART_RESPONSE},
-    {"putDepositResponse", PART_RESPONSE},
-    {"cardExchangeResponse", PART_RESPONSE},
-    {"putCashBackResponse", PART_RESPONSE | PART_CASH_BACK_RESULT},
-    {"putPaymentAndConfirmResponse", PART_RESPONSE | PART_BILL},
-    {"linkedCardResponse", PART_RESPONSE},
-    {"getAdResponse", PART_RESPONSE | PART_AD},
-    {"getLastRrnResponse", PART_RESPONSE | PART_RRN},
-};
-
-// The record as one line of JSON: 0 or -305.
-int PrintRecord(const Transaction *transaction, String *output) {
-  JsonPrinter printer;
-  const int result = JsonPrinterInit(&printer, AppendToString, output);
-  if (result != 0) {
-    TraceError("Create operation request JSON printer init failed [%d]", result);
-    return ERR_JSON_PRINTER_INIT;
-  }
-  JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
-  WriteKey(&printer, "request");
-  WriteRequestPart(&printer, transaction);
-  if (!WriteOperationRecordParts(&printer, transaction)) {
-    Fatal("Unhandled request type!", LUMO_HERE);
-  }
-  JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
-  JsonPrinterFree(&printer);
-  return 0;
-}
-
 }  // namespace
-
-int WriteTransactionRecord(const Transaction *transaction) {
-  String *record = StringCreate();
-  int result = PrintRecord(transaction, record);
-  if (result == 0) {
-    result = AppendLogRecord(StringGetText(record));
-    if (isOffline(transaction) != 0) {
-      // Deliberate: the offline journal's result takes the place of the log's.
-      result = AppendOfflineRecord(StringGetText(record));
-    }
-  }
-  StringFree(record);
-  return result;
-}
-
-int LoadLogRecord(Transaction *transaction, const char *record) {
-  JsonReader *reader = JsonReaderCreate();
-  Trace("LoadLogRecord\n");
-  const int result = parseJsonText(reader, TextOrEmpty(record));
-  if (result == 0) {
-    LoadParts(transaction, JsonReaderRoot(reader));
-  }
-  JsonReaderDestroy(reader);
-  return result;
-}
-
-int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t /*length*/) {
-  Trace("ParseOperationResponse\n");
-  const int status = ParseHttpStatus(answer);
-  if (status != 0) {
-    TraceError("HTTP status %d\n", status);
-    if (status == 400) {
-      return ERR_SERVER_REJECTED;
-    }
-    if (status == 500) {
-      return ERR_SERVER_FAILURE;
-    }
-  }
-  JsonReader *reader = JsonReaderCreate();
-  int result = parseJsonText(reader, TextOrEmpty(answer));
-  if (result == 0) {
-    result = CheckDataIntegrity(transaction, JsonReaderRoot(reader));
-  }
-  JsonReaderDestroy(reader);
-  return result;
-}
-
-int CheckDataIntegrity(Transaction *transaction, const JsonNode *root) {
-  if (root == nullptr) {
-    TraceError("no root element in json response\n");
-    return ERR_RESPONSE_STRUCTURE;
-  }
-  if (!IsObject(*root)) {
-    TraceError("root element is not an object\n");
-    return ERR_RESPONSE_STRUCTURE;
-  }
-  if (root->count == 0) {
-    TraceError("root element is empty!\n");
-    return ERR_RESPONSE_STRUCTURE;
-  }
-  const JsonMember &response = root->members[0];
-  uint32_t expected = ResponsePartsMask(response.key);
-  if (expected == 0) {
-    TraceError("No parts in transaction [%s]\n", response.key);
-    return ERR_RESPONSE_TYPE;
-  }
-  const uint32_t found = LoadParts(transaction, &response.value);
-  const bool success = transaction->response.requestState == STATE_SUCCESS;
-  if (!success) {
-    expected &= PART_RESPONSE;
-  }
-  if ((found & expected) != expected) {
-    TraceError("Response is not full [0x%04X | 0x%04X] [%s]\n", expected, found, response.key);
-    return ERR_RESPONSE_CONTENT;
-  }
-  if ((found & ~expected) != 0) {
-    TraceWarning("Response has extra parts [0x%04X | 0x%04X] [%s]\n", expected, found, response.key);
-  }
-  return success ? 0 : ERR_SERVER_ERROR;
-}
-
-int ParseHttpStatus(const char *answer) {
-  constexpr char kTitle[] = "HTTP Status";
-  const char *title = std::strstr(TextOrEmpty(answer), kTitle);
-  return title != nullptr ? ParseInt32(title + sizeof kTitle - 1) : 0;
-}
 
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
   uint32_t found = 0;
-  for (const JsonMember &member : MembersOf(node)) {
+  for (const JsonMember &member : JsonMembers(node)) {
     if (member.key == nullptr || member.key_length > kLongestName) {
       return 0;
     }
@@ -587,19 +433,6 @@ uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
     }
   }
   return found;
-}
-
-uint32_t ResponsePartsMask(const char *response_name) {
-  if (response_name == nullptr || std::strlen(response_name) > kLongestName) {
-    return 0;
-  }
-  for (const ResponseForm &response : kResponses) {
-    if (std::strcmp(response.name, response_name) == 0) {
-      return response.parts;
-    }
-  }
-  TraceWarning("Unsupport Response Name: %s\n", response_name);
-  return 0;
 }
 
 int LoadRequest(Transaction *transaction, const JsonNode *node) {
@@ -617,11 +450,11 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
     TraceError("root element is NULL\n");
     return ERR_RESPONSE_STRUCTURE;
   }
-  if (!IsObject(*node)) {
+  if (!JsonIsObject(*node)) {
     TraceError("root element is not an object\n");
     return ERR_RESPONSE_STRUCTURE;
   }
-  for (const JsonMember &member : MembersOf(node)) {
+  for (const JsonMember &member : JsonMembers(node)) {
     if (KeyEquals(member, "goodList")) {
       const int result = LoadGoodList(transaction, member.value, load_bonuses);
       if (result != 0) {
@@ -641,7 +474,7 @@ int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node) {
 
 int LoadBalance(Transaction *transaction, const JsonNode *node) {
   transaction->balance = BalanceBlock{};
-  for (const JsonMember &member : MembersOf(node)) {
+  for (const JsonMember &member : JsonMembers(node)) {
     if (IsList(member, "account")) {
       LoadAccounts(transaction, member.value);
     } else {
@@ -655,10 +488,10 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
   CashBackBlock &cash_back = transaction->cashBack;
   cash_back.goodCount = 0;
   cash_back.goods = nullptr;
-  if (node == nullptr || !IsObject(*node)) {
+  if (node == nullptr || !JsonIsObject(*node)) {
     return ERR_RESPONSE_STRUCTURE;
   }
-  for (const JsonMember &member : MembersOf(node)) {
+  for (const JsonMember &member : JsonMembers(node)) {
     if (IsList(member, "cashBackGood")) {
       LoadCashBackGoods(transaction, member.value);
     } else if (!LoadMember(transaction, &cash_back, kCashBackRules, member)) {

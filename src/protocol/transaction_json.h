@@ -1,5 +1,5 @@
-// protocol/transaction_json.h: JSON into a transaction: the server's answer and journal records; and the
-// journal record's writer, their other half.
+// protocol/transaction_json.h: JSON into a transaction, part by part, as answers, journal records and the
+// register's files hold them.
 #pragma once
 
 #include <cstdint>
@@ -10,18 +10,9 @@ namespace lumo {
 
 struct Transaction;
 
-// Appends the operation's record to LOG, and to OFFLINE when the operation was completed offline: 0, -201 or
-// -305.
-int WriteTransactionRecord(const Transaction *transaction);
+constexpr uint32_t kLongestName = 100;  // of an answer and of a part
 
-// Fills the record from one journal record's text; the result of the JSON parse.
-int LoadLogRecord(Transaction *transaction, const char *record);
-
-int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t length);
-int CheckDataIntegrity(Transaction *transaction, const JsonNode *root);
-int ParseHttpStatus(const char *answer);  // the number after "HTTP Status"; 0 without one
-
-// The parts of an answer or record, as bits of LoadParts and ResponsePartsMask.
+// The parts of an answer or record, as bits.
 enum PartBit : uint32_t {
   PART_RESPONSE = 0x0001,
   PART_REQUEST = 0x0002,
@@ -37,8 +28,9 @@ enum PartBit : uint32_t {
   PART_AD = 0x2000,
 };
 
+// Loads the parts that are members of the object; returns their bits. A key longer than kLongestName ends the
+// walk, and the result is 0.
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node);
-uint32_t ResponsePartsMask(const char *response_name);
 
 // Loaders, one a part. `LoadBill` reads the goods' bonuses only when `load_bonuses` is not 0.
 int LoadRequest(Transaction *transaction, const JsonNode *node);

@@ -3,9 +3,6 @@
 #include <cstring>
 
 #include "config/lumoconfig.h"
-#include "config/lumostate.h"
-#include "foundation/dates.h"
-#include "foundation/format.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
 #include "record/receipt.h"
@@ -47,15 +44,6 @@ void FreeChunks(TransactionMemory *chunk) {
     MemFree(chunk, LUMO_HERE);
     chunk = next;
   }
-}
-
-void FillHeaderReceipt(Transaction *transaction, const char *card_num) {
-  ReceiptBuffer *header = transaction->header;
-  ReceiptPrintf(header, "%s\n", TextOrEmpty(Settings().receiptHeader));
-  ReceiptPrintf(header, "%s\n", ReceiptTimestamp());
-  ReceiptPrintf(header, "Терминал %14s\n", TextOrEmpty(Settings().terminalId));
-  ReceiptPrintf(header, "     *** КАРТА ***\n");
-  ReceiptPrintf(header, "    %s\n", TextOrEmpty(card_num));
 }
 
 }  // namespace
@@ -119,18 +107,6 @@ const char *trans_strcpy(Transaction *transaction, const char **field, const cha
   memcpy(copy, source, bytes);
   *field = copy;
   return copy;
-}
-
-int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id) {
-  RequestBlock &request = transaction->request;
-  trans_strcpy(transaction, &request.cardNum, card_num);
-  trans_strcpy(transaction, &request.employeeId, employee_id);
-  trans_strcpy(transaction, &request.terminalId, Settings().terminalId);
-  trans_strcpy(transaction, &request.ver, Settings().protocolVersion);
-  trans_strcpy(transaction, &request.shiftId, GetShiftId());
-  FillHeaderReceipt(transaction, card_num);
-  ReceiptPrintf(transaction->footer, "%s\n", TextOrEmpty(Settings().receiptFooter));
-  return 0;
 }
 
 int32_t isOffline(const Transaction *transaction) {

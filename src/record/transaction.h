@@ -108,6 +108,18 @@ struct ActivationResultBlock {
   int32_t giftSumType;
 };
 
+// The operations that succeeded on a record, one bit each.
+enum CompletedOperation : uint32_t {
+  COMPLETED_PAYMENT = 0x01,
+  COMPLETED_CONFIRM = 0x02,
+  COMPLETED_BALANCE = 0x04,
+  COMPLETED_CASHBACK = 0x08,
+  COMPLETED_ACTIVATION = 0x10,
+  COMPLETED_DEPOSIT = 0x20,
+  COMPLETED_LINK = 0x40,
+  COMPLETED_EXCHANGE = 0x80,
+};
+
 struct Transaction {
   RequestBlock request;
   ResponseBlock response;
@@ -129,7 +141,7 @@ struct Transaction {
   int32_t timeout;  // seconds
   int32_t sslMode;
 
-  uint32_t completedOperations;  // one bit for each operation that succeeded on this record
+  uint32_t completedOperations;  // CompletedOperation bits
   ReceiptBuffer *header;
   ReceiptBuffer *body;
   ReceiptBuffer *footer;
@@ -145,10 +157,6 @@ void *trans_alloc(Transaction *transaction, size_t size);
 // Stores a copy of `source` in `field` and returns it. A null source stores null and traces an error, which
 // is no failure.
 const char *trans_strcpy(Transaction *transaction, const char **field, const char *source);
-
-// Copies the card, the cashier and the settings' identity into the request block and prints the receipt's
-// header and footer. Returns 0.
-int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id);
 
 int32_t isOffline(const Transaction *transaction);
 

@@ -170,23 +170,6 @@ TEST_P(Question, LeavesNoRecord) {
 
 INSTANTIATE_TEST_SUITE_P(Operations, Question, testing::ValuesIn(Those(false)), test::CaseName());
 
-// ---------------------------------------------------------------- the RRN line
-
-TEST_F(CardOperation, RrnLineIsRightAlignedIn16Columns) {
-  OpenShop();
-  OpenCard();
-  lumo::trans_strcpy(card, &card->request.requestId, "123");
-  lumo::PrintRrn(card);
-  lumo::trans_strcpy(card, &card->request.requestId, "TERM0121205100000");
-  lumo::PrintRrn(card);
-  lumo::trans_strcpy(card, &card->request.requestId, "");
-  lumo::PrintRrn(card);
-  EXPECT_EQ(Body(),
-            "RRN:              123\n"
-            "RRN: TERM0121205100000\n"
-            "RRN:                 \n");
-}
-
 TEST_F(CardOperation, WithoutAnIdThereIsNoRrnLine) {
   StartServer({Reply("getLastRrnResponse", R"("rrn":{})", R"({"requestState":"SUCCESS"})"),
                Reply("putDepositResponse")});

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "config/lumoconfig.h"
 #include "config/lumostate.h"
 #include "record/receipt.h"
 #include "record/transaction.h"
@@ -25,6 +26,73 @@ using testing::StartsWith;
 
 std::string RrnReply(const std::string &rr_number) {
   return Reply("getLastRrnResponse", R"("rrn":{"rrNumber":")" + rr_number + R"("})");
+}
+
+// ---------------------------------------------------------------- identity
+
+class Identity : public test::Shop {
+ protected:
+  std::string Header() const { return lumo::ReceiptGetText(card->header); }
+  std::string Footer() const { return lumo::ReceiptGetText(card->footer); }
+};
+
+TEST_F(Identity, FillsTheRequestBlock) {
+  OpenShop();
+  OpenCard();
+  EXPECT_STREQ(card->request.cardNum, "9643001234567890");
+  EXPECT_STREQ(card->request.employeeId, "cashier7");
+  EXPECT_STREQ(card->request.terminalId, "TERM0001");
+  EXPECT_STREQ(card->request.ver, "1.0");
+  EXPECT_STREQ(card->request.shiftId, "12");
+  EXPECT_EQ(card->request.requestId, nullptr);
+}
+
+TEST_F(Identity, TheShiftIsReadFromItsFile) {
+  OpenShop();
+  folder.Write("STATE", R"({"reqId":"1","shiftId":"13"})");
+  card = lumo::new_transaction();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, test::kCard, test::kCashier), 0);
+  EXPECT_STREQ(card->request.shiftId, "13");
+  EXPECT_EQ(folder.Trace(), test::kStateReload);
+}
+
+TEST_F(Identity, ANullCardAndCashierStayNull) {
+  OpenShop();
+  card = lumo::new_transaction();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, nullptr, nullptr), 0);
+  EXPECT_EQ(card->request.cardNum, nullptr);
+  EXPECT_EQ(card->request.employeeId, nullptr);
+  EXPECT_EQ(
+      folder.Trace(),
+      std::string("ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n") + test::kStateReload);
+  EXPECT_EQ(Header(),
+            "МАГАЗИН\n"
+            "2012/12/05      10:00:00\n"
+            "Терминал       TERM0001\n"
+            "     *** КАРТА ***\n"
+            "    \n");
+}
+
+TEST_F(Identity, AbsentSettingsPrintEmptyAndStayNull) {
+  folder.Write("CONFIG", "{}");
+  ASSERT_EQ(lumo::LoadConfig(), 0);
+  SetState(R"({"reqId":"1"})");
+  card = lumo::new_transaction();
+  folder.ClearTrace();
+  EXPECT_EQ(lumo::FillTransactionHeader(card, "1", "2"), 0);
+  EXPECT_EQ(card->request.terminalId, nullptr);
+  EXPECT_EQ(card->request.ver, nullptr);
+  EXPECT_EQ(card->request.shiftId, nullptr);
+  EXPECT_EQ(folder.Trace(), std::string("ERROR: trans_strcpy src == NULL\n"
+                                        "ERROR: trans_strcpy src == NULL\n") +
+                                test::kStateReload + "ERROR: trans_strcpy src == NULL\n");
+  EXPECT_EQ(Header(),
+            "\n"
+            "2012/12/05      10:00:00\n"
+            "Терминал               \n"
+            "     *** КАРТА ***\n"
+            "    1\n");
+  EXPECT_EQ(Footer(), "\n");
 }
 
 // ---------------------------------------------------------------- filling

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "engine/completion.h"
 #include "platform/platform.h"
 #include "protocol/http_transport.h"
 #include "protocol/socket_layer.h"
-#include "protocol/transaction_json.h"
 #include "record/enumerations.h"
 #include "support/record_fixture.h"
 #include "support/scripted_server.h"

@@ -1,17 +1,12 @@
-// tests/protocol/transaction_json_test.cpp: the server's answer and journal records into the record, and
-// journal records out of it.
+// tests/protocol/transaction_json_test.cpp: parts into the record, member by member.
 #include "protocol/transaction_json.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <ostream>
 #include <string>
 #include <utility>
+#include <vector>
 
-#include "journal/logger.h"
-#include "protocol/full_record.h"
 #include "record/enumerations.h"
 #include "support/record_fixture.h"
 
@@ -19,284 +14,771 @@ namespace {
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::StartsWith;
 
-class AnswerReader : public ProtocolTest {
+using Load = int (*)(lumo::Transaction *transaction, const lumo::JsonNode *node);
+
+// A value of each JSON kind, with the kind's number in trace lines.
+struct Kind {
+  const char *json;
+  int number;
+};
+const Kind kKinds[] = {{"[]", 1},    {"{}", 2},   {"12", 5},     {"1.5", 6},
+                       {"\"x\"", 7}, {"true", 9}, {"false", 10}, {"null", 11}};
+
+enum class Takes { kText, kNumber, kFlag, kList };
+
+bool IsTaken(Takes takes, int kind) {
+  switch (takes) {
+    case Takes::kText:
+      return kind == 7;
+    case Takes::kNumber:
+      return kind == 5 || kind == 6;
+    case Takes::kFlag:
+      return kind == 9 || kind == 10;
+    default:
+      return kind == 1;
+  }
+}
+
+struct Member {
+  const char *key;
+  Takes takes;
+  const char *value;  // in JSON
+  const char *trace;  // the line it leaves
+};
+
+struct Part {
+  const char *name;
+  Load load;
+  const char *before;  // around the object in question
+  const char *after;
+  const char *unknown;          // the subject of the warning
+  std::vector<Member> members;  // in the order of comparison
+};
+
+std::ostream &operator<<(std::ostream &out, const Part &part) {
+  return out << part.name;
+}
+
+const Part kParts[] = {
+    {"Request",
+     lumo::LoadRequest,
+     "",
+     "",
+     "Unsupported request element",
+     {{"ver", Takes::kText, "\"1.2\"", "request.ver = 1.2\n"},
+      {"type", Takes::kText, "\"DEPOSIT\"", "request.type = DEPOSIT\n"},
+      {"requestId", Takes::kText, "\"R1\"", "request.requestId = R1\n"},
+      {"terminalId", Takes::kText, "\"T1\"", "request.terminalId = T1\n"},
+      {"requestDate", Takes::kText, "\"D1\"", "request.requestDate = D1\n"},
+      {"employeeId", Takes::kText, "\"E1\"", "request.employeeId = E1\n"},
+      {"cardNum", Takes::kText, "\"C1\"", "request.cardNum = C1\n"},
+      {"shiftId", Takes::kText, "\"S1\"", "request.shiftId = S1\n"},
+      {"isOffline", Takes::kFlag, "true", "request.offline = 1\n"}}},
+    {"Response",
+     lumo::LoadResponse,
+     "",
+     "",
+     "Unsupported response element",
+     {{"ver", Takes::kText, "\"1.2\"", "response.ver = 1.2\n"},
+      {"requestId", Takes::kText, "\"R1\"", "response.requestId = R1\n"},
+      {"responseId", Takes::kText, "\"P1\"", "response.responseId = P1\n"},
+      {"responseDate", Takes::kText, "\"D1\"", "response.responseDate = D1\n"},
+      {"requestState", Takes::kText, "\"CANCELED\"", "response.state = CANCELED\n"},
+      {"requestStateCode", Takes::kText, "\"LOCKED_CARD\"", "response.stateCode = LOCKED_CARD\n"},
+      {"message", Takes::kText, "\"Карта\"", "response.message = Карта\n"},
+      {"isNeedUpdate", Takes::kFlag, "true", "response.needUpdate = 1\n"}}},
+    {"PaymentConfirm",
+     lumo::LoadPaymentConfirm,
+     "",
+     "",
+     "Unsupported Payment Confirm element",
+     {{"isConfirm", Takes::kFlag, "true", "confirm.isConfirm = 1\n"},
+      {"requestId", Takes::kText, "\"R1\"", "confirm.requestId = R1\n"}}},
+    {"Account",
+     lumo::LoadBalance,
+     "{\"account\":[",
+     "]}",
+     "Unsupported balance account element",
+     {{"accountType", Takes::kText, "\"LOCAL\"", "balance.account = LOCAL\n"},
+      {"availableAmount", Takes::kNumber, "70", "balance.availableAmount = 70\n"},
+      {"amount", Takes::kNumber, "-80", "balance.amount = -80\n"}}},
+    {"CashBack",
+     lumo::LoadCashBack,
+     "",
+     "",
+     "Unsupported Activation element",
+     {{"cashBackType", Takes::kText, "\"SEQ\"", "cashback.cashBackType = SEQ\n"},
+      {"requestId", Takes::kText, "\"R1\"", "cashback.requestId = R1\n"},
+      {"cashBackGood", Takes::kList, "[]", ""}}},
+    {"CashBackGood",
+     lumo::LoadCashBack,
+     "{\"cashBackGood\":[",
+     "]}",
+     "Unsupported CashBack Good element",
+     {{"pos", Takes::kNumber, "1", "cbgood.pos = 1\n"},
+      {"sum", Takes::kNumber, "2", "activation.sum = 2\n"},
+      {"cnt", Takes::kNumber, "3", "activation.cnt = 3\n"}}},
+    {"CashBackResult",
+     lumo::LoadCashBackResult,
+     "",
+     "",
+     "Unsupported Cashback Result element",
+     {{"returnedSum", Takes::kNumber, "990", "cashbackResult.returnedSum = 990\n"}}},
+    {"Activation",
+     lumo::LoadActivation,
+     "",
+     "",
+     "Unsupported Activation element",
+     {{"activationType", Takes::kText, "\"GIFT_CARD\"", "activation.activationType = GIFT_CARD\n"},
+      {"type", Takes::kText, "\"LOCAL\"", "activation.accountType = LOCAL\n"},
+      {"referParentCardNum", Takes::kText, "\"C2\"", "activation.referParentCardNum = C2\n"},
+      {"amount", Takes::kNumber, "15000", "activation.amount = 15000\n"}}},
+    {"ActivationResult",
+     lumo::LoadActivationResult,
+     "",
+     "",
+     "Unsupported Activation Result element",
+     {{"activationSumType", Takes::kText, "\"LOCAL\"", "activationResult.activationSumType = LOCAL\n"},
+      {"referralSumType", Takes::kText, "\"GLOBAL\"", "activationResult.referralSumType = GLOBAL\n"},
+      {"giftSumType", Takes::kText, "\"DISCOUNT\"", "activationResult.giftSumType = DISCOUNT\n"},
+      {"activationSum", Takes::kNumber, "1", "activationResult.activationSum = 1\n"},
+      {"referralSum", Takes::kNumber, "2", "activationResult.referralSum = 2\n"},
+      {"giftSum", Takes::kNumber, "3", "activationResult.giftSum = 3\n"}}},
+    {"Deposit",
+     lumo::LoadDeposit,
+     "",
+     "",
+     "Unsupported Deposit element",
+     {{"amount", Takes::kNumber, "7500", "deposit.amount = 7500\n"}}},
+    {"CardExchange",
+     lumo::LoadCardExchange,
+     "",
+     "",
+     "Unsupported Card Exchange element",
+     {{"token", Takes::kText, "\"tok\"", "exchange.token = tok\n"}}},
+    {"LastRrn",
+     lumo::LoadLastRrn,
+     "",
+     "",
+     "Unsupported Last Rrn element",
+     {{"rrNumber", Takes::kText, "\"N1\"", "last_rrn.last_rrn = N1\n"}}},
+    {"Advertising",
+     lumo::LoadAdvertising,
+     "",
+     "",
+     "Unsupported Last Rrn element",
+     {{"text", Takes::kText, "\"Скидки\"", "ad.ad = Скидки\n"}}},
+};
+
+class Loader : public ProtocolTest, public ::testing::WithParamInterface<Part> {
  protected:
-  int Parse(const std::string &answer) {
+  // The trace of loading the part's object with one member.
+  std::string TraceOf(const std::string &key, const std::string &value) {
+    const Document document(GetParam().before + std::string("{\"") + key + "\":" + value + "}" +
+                            GetParam().after);
     folder.ClearTrace();
-    return lumo::ParseOperationResponse(record, answer.c_str(), static_cast<uint32_t>(answer.size()));
+    EXPECT_EQ(GetParam().load(record, document.root()), 0);
+    return TakeTrace();
+  }
+
+  std::string Warning(int kind, const std::string &key) const {
+    return std::string("WARNING: ") + GetParam().unknown + " [" + std::to_string(kind) + "] [" + key + "]\n";
+  }
+
+  // What the two loaders of one text add when it is absent.
+  std::string AbsentLine() const {
+    if (GetParam().load == lumo::LoadLastRrn) return "last_rrn.last_rrn = (null)\n";
+    if (GetParam().load == lumo::LoadAdvertising) return "ad.ad = (null)\n";
+    return "";
   }
 };
 
-std::string Response(const std::string &state) {
-  return "\"response\":{\"requestState\":\"" + state + "\"}";
+TEST_P(Loader, TracesEachMemberItKnows) {
+  std::string members;
+  std::string expected;
+  for (const Member &member : GetParam().members) {
+    EXPECT_EQ(TraceOf(member.key, member.value), member.trace);
+    members += std::string(members.empty() ? "{\"" : ",\"") + member.key + "\":" + member.value;
+    expected += member.trace;
+  }
+  const Document document(GetParam().before + members + "}" + GetParam().after);
+  EXPECT_EQ(GetParam().load(record, document.root()), 0);
+  EXPECT_EQ(TakeTrace(), expected);
 }
 
-std::string AnswerOf(const std::string &name, const std::string &parts) {
-  return "{\"" + name + "\":{" + parts + "}}";
+TEST_P(Loader, TakesAKeyOnlyWithItsKindOfValue) {
+  for (const Member &member : GetParam().members) {
+    for (const Kind &kind : kKinds) {
+      if (IsTaken(member.takes, kind.number)) continue;
+      // A shorter key of the part may begin the way this one does; only the same key of another kind counts
+      // here.
+      bool other = false;
+      for (const Member &rule : GetParam().members) {
+        other =
+            other || (std::string(rule.key).rfind(member.key, 0) == 0 && IsTaken(rule.takes, kind.number));
+      }
+      if (other) continue;
+      EXPECT_EQ(TraceOf(member.key, kind.json), Warning(kind.number, member.key) + AbsentLine())
+          << member.key << " " << kind.json;
+    }
+  }
 }
 
-struct AnswerCase {
-  const char *name;
-  const char *mask;  // as the trace shows it
-  const char *part;  // beside the response; null for none
-};
-
-std::ostream &operator<<(std::ostream &out, const AnswerCase &answer) {
-  return out << answer.name;
+TEST_P(Loader, TakesABeginningOfAKeyAsTheFirstSuchKeyOfTheKind) {
+  for (const Member &member : GetParam().members) {
+    for (size_t length = 0; length <= std::strlen(member.key); ++length) {
+      const std::string beginning(member.key, length);
+      const Member *first = nullptr;
+      for (const Member &rule : GetParam().members) {
+        const bool fits = rule.takes == member.takes && std::string(rule.key).rfind(beginning, 0) == 0;
+        if (fits && first == nullptr) first = &rule;
+      }
+      ASSERT_NE(first, nullptr);
+      EXPECT_EQ(TraceOf(beginning, first->value), first->trace) << beginning << " for " << first->key;
+    }
+  }
 }
 
-const AnswerCase kAnswers[] = {
-    {"cardActivationResponse", "0x0101", "\"activationResult\":{}"},
-    {"getBalanceResponse", "0x0011", "\"balance\":{}"},
-    {"putPaymentResponse", "0x0005", "\"bill\":{}"},
-    {"putPaymentConfirmResponse", "0x0001", nullptr},
-    {"putDepositResponse", "0x0001", nullptr},
-    {"cardExchangeResponse", "0x0001", nullptr},
-    {"putCashBackResponse", "0x0041", "\"cashBackResult\":{}"},
-    {"putPaymentAndConfirmResponse", "0x0005", "\"bill\":{}"},
-    {"linkedCardResponse", "0x0001", nullptr},
-    {"getAdResponse", "0x2001", "\"ad\":{}"},
-    {"getLastRrnResponse", "0x1001", "\"rrn\":{}"},
-};
+TEST_P(Loader, WarnsOfAKeyItDoesNotKnow) {
+  for (const Member &member : GetParam().members) {
+    const std::string longer = std::string(member.key) + "X";
+    EXPECT_EQ(TraceOf(longer, "\"x\""), Warning(7, longer) + AbsentLine());
+  }
+  for (const Kind &kind : kKinds) {
+    EXPECT_EQ(TraceOf("Nobody", kind.json), Warning(kind.number, "Nobody") + AbsentLine());
+  }
+}
 
-class Answer : public AnswerReader, public ::testing::WithParamInterface<AnswerCase> {
+TEST_P(Loader, CutsAnUnknownKeyTo40Bytes) {
+  const std::string key(41, 'k');
+  EXPECT_EQ(TraceOf(key.substr(0, 39), "1"), Warning(5, key.substr(0, 39)) + AbsentLine());
+  EXPECT_EQ(TraceOf(key.substr(0, 40), "1"), Warning(5, key.substr(0, 40)) + AbsentLine());
+  EXPECT_EQ(TraceOf(key, "1"), Warning(5, key.substr(0, 40)) + AbsentLine());
+  EXPECT_EQ(TraceOf(std::string(100000, 'k'), "1"), Warning(5, key.substr(0, 40)) + AbsentLine());
+}
+
+TEST_P(Loader, ComparesAKeyUpToItsZeroByte) {
+  const Member &member = GetParam().members[0];
+  EXPECT_EQ(TraceOf(std::string(member.key) + "\\u0000tail", member.value), member.trace);
+}
+
+TEST_P(Loader, ClampsNumbersAndDropsFractions) {
+  for (const Member &member : GetParam().members) {
+    if (member.takes != Takes::kNumber) continue;
+    const char *const equals = std::strchr(member.trace, '=');
+    const std::string line(member.trace, equals + 2);
+    EXPECT_EQ(TraceOf(member.key, "2147483647"), line + "2147483647\n");
+    EXPECT_EQ(TraceOf(member.key, "-2147483648"), line + "-2147483648\n");
+    EXPECT_EQ(TraceOf(member.key, "99999999999999999999"), line + "2147483647\n");
+    EXPECT_EQ(TraceOf(member.key, "-99999999999999999999"), line + "-2147483648\n");
+    EXPECT_EQ(TraceOf(member.key, "12.99"), line + "12\n");
+    EXPECT_EQ(TraceOf(member.key, "-7e3"), line + "-7\n");
+  }
+}
+
+TEST_P(Loader, TakesTextsOfAnyLength) {
+  const std::string text(20000, 't');
+  for (const Member &member : GetParam().members) {
+    if (member.takes == Takes::kText) {
+      EXPECT_THAT(TraceOf(member.key, "\"" + text + "\""), EndsWith("\n"));
+      EXPECT_THAT(TraceOf(member.key, "\"\""), EndsWith("= \n"));
+    }
+  }
+}
+
+TEST_P(Loader, PassesOverAnEmptyObject) {
+  const Document document(GetParam().before + std::string("{}") + GetParam().after);
+  EXPECT_EQ(GetParam().load(record, document.root()), 0);
+  EXPECT_EQ(TakeTrace(), AbsentLine());
+}
+
+TEST_P(Loader, WarnsOfADeepValueOnlyOnce) {
+  const std::string deep = std::string(200, '[') + std::string(200, ']');
+  EXPECT_EQ(TraceOf("Nobody", deep), Warning(1, "Nobody") + AbsentLine());
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, Loader, ::testing::ValuesIn(kParts),
+                         [](const auto &test_case) { return std::string(test_case.param.name); });
+
+class WholePart : public ProtocolTest {
  protected:
-  std::string Part() const { return GetParam().part != nullptr ? std::string(",") + GetParam().part : ""; }
+  void LoadFrom(Load load, const std::string &json) {
+    const Document document(json);
+    EXPECT_EQ(load(record, document.root()), 0);
+  }
 };
 
-TEST_P(Answer, IsCompleteWithItsParts) {
-  EXPECT_EQ(Parse(AnswerOf(GetParam().name, Response("SUCCESS") + Part())), 0);
-  EXPECT_THAT(TakeTrace(), Not(HasSubstr("Response ")));
-  EXPECT_EQ(lumo::ResponsePartsMask(GetParam().name), std::strtoul(GetParam().mask, nullptr, 16));
+TEST_F(WholePart, RequestFillsItsBlock) {
+  LoadFrom(lumo::LoadRequest,
+           "{\"shiftId\":\"S\",\"isOffline\":true,\"cardNum\":\"C\",\"employeeId\":\"E\",\"requestDate\":"
+           "\"2012-12-05T10:00:00Z\",\"terminalId\":\"T\",\"requestId\":\"R\",\"type\":\"LAST_RRN\",\"ver\":"
+           "\"V\"}");
+  const lumo::RequestBlock &request = record->request;
+  EXPECT_STREQ(request.ver, "V");
+  EXPECT_EQ(request.type, 10);
+  EXPECT_STREQ(request.requestId, "R");
+  EXPECT_STREQ(request.terminalId, "T");
+  EXPECT_STREQ(request.requestDate, "2012-12-05T10:00:00Z");
+  EXPECT_STREQ(request.employeeId, "E");
+  EXPECT_STREQ(request.cardNum, "C");
+  EXPECT_STREQ(request.shiftId, "S");
+  EXPECT_EQ(request.isOffline, 1);
+  LoadFrom(lumo::LoadRequest, "{\"isOffline\":false}");
+  EXPECT_EQ(request.isOffline, 0);
 }
 
-TEST_P(Answer, WithoutItsPartIsNotFull) {
-  if (GetParam().part == nullptr) return;
-  EXPECT_EQ(Parse(AnswerOf(GetParam().name, Response("SUCCESS"))), -404);
-  EXPECT_THAT(TakeTrace(), EndsWith(std::string("ERROR: Response is not full [") + GetParam().mask +
-                                    " | 0x0001] [" + GetParam().name + "]\n"));
+TEST_F(WholePart, ResponseFillsItsBlock) {
+  LoadFrom(
+      lumo::LoadResponse,
+      "{\"isNeedUpdate\":true,\"message\":\"M\",\"requestStateCode\":\"SMS_AUTH_FAILED\",\"requestState\":"
+      "\"SUCCESS\",\"responseDate\":\"2012-12-05T10:00:01Z\",\"responseId\":\"P\",\"requestId\":\"R\","
+      "\"ver\":"
+      "\"V\"}");
+  const lumo::ResponseBlock &response = record->response;
+  EXPECT_STREQ(response.ver, "V");
+  EXPECT_STREQ(response.requestId, "R");
+  EXPECT_STREQ(response.responseId, "P");
+  EXPECT_STREQ(response.responseDate, "2012-12-05T10:00:01Z");
+  EXPECT_EQ(response.requestState, 1);
+  EXPECT_EQ(response.requestStateCode, 32);
+  EXPECT_STREQ(response.message, "M");
+  EXPECT_EQ(response.isNeedUpdate, 1);
 }
 
-TEST_P(Answer, WithoutResponseIsNotFull) {
-  EXPECT_EQ(Parse(AnswerOf(GetParam().name, "\"deposit\":{}")), -404);
-  EXPECT_THAT(TakeTrace(), EndsWith(std::string("ERROR: Response is not full [0x0001 | 0x0200] [") +
-                                    GetParam().name + "]\n"));
+TEST_F(WholePart, EchoedEmptyTextIsNotNull) {
+  LoadFrom(lumo::LoadResponse, "{\"requestId\":\"\"}");
+  EXPECT_STREQ(record->response.requestId, "");
 }
 
-TEST_P(Answer, OfAnotherStateNeedsTheResponseAlone) {
-  for (const char *state : {"OK", "PROCESSED", "ERROR", "CANCELED", "unheard of"}) {
-    EXPECT_EQ(Parse(AnswerOf(GetParam().name, Response(state))), -405) << state;
-    EXPECT_THAT(TakeTrace(), Not(HasSubstr("Response ")));
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Answers, Answer, ::testing::ValuesIn(kAnswers),
-                         [](const auto &test_case) { return std::string(test_case.param.name); });
-
-TEST_F(AnswerReader, LoadsAWholePaymentAnswer) {
-  EXPECT_EQ(
-      Parse("{\"putPaymentResponse\":{\"response\":{\"ver\":\"1.2\",\"requestId\":\"T000112120500001\","
-            "\"responseId\":\"P-1\",\"responseDate\":\"2012-12-05T10:00:01Z\",\"requestState\":\"SUCCESS\","
-            "\"requestStateCode\":\"OK\",\"message\":\"Спасибо\",\"isNeedUpdate\":false},\"bill\":{"
-            "\"totalSum\":10000,\"billNum\":\"B-1\",\"orderLen\":1,\"billDate\":\"2012-12-05T09:59:00Z\","
-            "\"partnerFee\":250,\"goodList\":{\"good\":[{\"title\":\"Чай\",\"productCode\":\"008\","
-            "\"positionCost\":10000,\"orderNum\":1,\"cnt\":1,\"bonus\":[{\"earned\":300,\"spend\":0,"
-            "\"organizerFee\":100,\"accountType\":\"GLOBAL\"}]}]}}}}"),
-      0);
-  EXPECT_EQ(
-      TakeTrace(),
-      "ParseOperationResponse\n"
-      "response.ver = 1.2\nresponse.requestId = T000112120500001\nresponse.responseId = P-1\n"
-      "response.responseDate = 2012-12-05T10:00:01Z\nresponse.state = SUCCESS\nresponse.stateCode = OK\n"
-      "response.message = Спасибо\nresponse.needUpdate = 0\n"
-      " totalSum [10000]\n billNum [B-1]\n orderLen [1]\n billDate [2012-12-05T09:59:00Z]\n"
-      " partnerFee [250]\n title [Чай]\n productCode [008]\n positionCost [10000]\n orderNum [1]\n cnt [1]\n"
-      "  earned [300]\n  spend [0]\n  organizerFee [100]\n  accountType [0]\n");
-  EXPECT_STREQ(record->response.requestId, "T000112120500001");
-  EXPECT_EQ(record->response.requestState, 1);
-  ASSERT_EQ(record->bill.goodCount, 1);
-  ASSERT_EQ(record->bill.goods[0].bonusCount, 1);
-  EXPECT_EQ(record->bill.goods[0].bonuses[0].earned, 300);
-}
-
-TEST_F(AnswerReader, NameNeedNotBelongToTheRequest) {
-  record->request.type = lumo::REQUEST_PAYMENT;
-  EXPECT_EQ(Parse(AnswerOf("putDepositResponse", Response("SUCCESS"))), 0);
-}
-
-TEST_F(AnswerReader, ExtraPartIsWarnedOfAndLoaded) {
-  EXPECT_EQ(
-      Parse(AnswerOf("putPaymentResponse", Response("SUCCESS") + ",\"bill\":{},\"ad\":{\"text\":\"A\"}")), 0);
-  EXPECT_THAT(
-      TakeTrace(),
-      EndsWith("ad.ad = A\nWARNING: Response has extra parts [0x0005 | 0x2005] [putPaymentResponse]\n"));
-  EXPECT_STREQ(record->adText, "A");
-}
-
-TEST_F(AnswerReader, RefusedAnswerWithItsPartHasItAsExtra) {
-  EXPECT_EQ(Parse(AnswerOf("putPaymentResponse", Response("ERROR") + ",\"bill\":{\"totalSum\":7}")), -405);
-  EXPECT_THAT(TakeTrace(),
-              EndsWith("WARNING: Response has extra parts [0x0001 | 0x0005] [putPaymentResponse]\n"));
-  EXPECT_EQ(record->bill.totalSum, 7);
-}
-
-TEST_F(AnswerReader, RefusalLeavesStateCodeAndMessage) {
-  EXPECT_EQ(Parse("{\"getBalanceResponse\":{\"response\":{\"requestState\":\"ERROR\",\"requestStateCode\":"
-                  "\"LOCKED_CARD\",\"message\":\"Карта заблокирована\"}}}"),
-            -405);
-  EXPECT_EQ(record->response.requestState, 3);
-  EXPECT_EQ(record->response.requestStateCode, 9);
-  EXPECT_STREQ(record->response.message, "Карта заблокирована");
-}
-
-TEST_F(AnswerReader, IncompleteAnswerLeavesWhatItHeld) {
-  EXPECT_EQ(Parse("{\"putPaymentResponse\":{\"response\":{\"requestState\":\"SUCCESS\",\"message\":\"M\"}}}"),
-            -404);
-  EXPECT_EQ(record->response.requestState, 1);
-  EXPECT_STREQ(record->response.message, "M");
-}
-
-TEST_F(AnswerReader, StaleSuccessDoesNotReplaceAMissingResponse) {
-  record->response.requestState = lumo::STATE_SUCCESS;
-  EXPECT_EQ(Parse(AnswerOf("putDepositResponse", "")), -404);
+TEST_F(WholePart, UnknownEnumerationTextIsStoredAsTheUnknownValue) {
+  LoadFrom(lumo::LoadResponse, "{\"requestState\":\"FINE\",\"requestStateCode\":\"fine\"}");
+  EXPECT_EQ(record->response.requestState, 5);
+  EXPECT_EQ(record->response.requestStateCode, 33);
   EXPECT_EQ(TakeTrace(),
-            "ParseOperationResponse\nERROR: Response is not full [0x0001 | 0x0000] [putDepositResponse]\n");
+            "ERROR: Unknown enumiratoin for RequestState [FINE]\nresponse.state = FINE\n"
+            "ERROR: Unknown enumiratoin for RequestStateCode [fine]\nresponse.stateCode = fine\n");
 }
 
-TEST_F(AnswerReader, BillThatCannotBeReadStillCountsAsThere) {
-  EXPECT_EQ(Parse(AnswerOf("putPaymentResponse", Response("SUCCESS") + ",\"bill\":[]")), 0);
-  EXPECT_THAT(TakeTrace(), EndsWith("ERROR: root element is not an object\n"));
+TEST_F(WholePart, DatesAreCutTo31Bytes) {
+  const std::string date = "2012-12-05T10:00:00Z and then a tail";
+  const std::string cut = "2012-12-05T10:00:00Z and then a";
+  ASSERT_EQ(cut.size(), 31U);
+  LoadFrom(lumo::LoadRequest, "{\"requestDate\":\"" + date + "\",\"cardNum\":\"C\"}");
+  LoadFrom(lumo::LoadResponse, "{\"responseDate\":\"" + date + "\"}");
+  EXPECT_EQ(record->request.requestDate, cut);
+  EXPECT_EQ(record->response.responseDate, cut);
+  EXPECT_STREQ(record->request.cardNum, "C");
+  EXPECT_EQ(record->response.requestState, 0);
+  LoadFrom(lumo::LoadRequest, "{\"requestDate\":\"short\"}");
+  EXPECT_STREQ(record->request.requestDate, "short");
 }
 
-TEST_F(AnswerReader, ResponseThatIsNoObjectIsFoundEmpty) {
-  EXPECT_EQ(Parse(AnswerOf("putDepositResponse", "\"response\":null")), -405);
+TEST_F(WholePart, TextIsCutAtAZeroByte) {
+  LoadFrom(lumo::LoadResponse, "{\"message\":\"first\\u0000second\"}");
+  EXPECT_STREQ(record->response.message, "first");
+  EXPECT_EQ(TakeTrace(), "response.message = first\n");
 }
 
-struct FailureCase {
+TEST_F(WholePart, LaterMemberOverwritesAnEarlierOne) {
+  LoadFrom(lumo::LoadCardExchange, "{\"token\":\"one\",\"tok\":\"two\"}");
+  EXPECT_STREQ(record->exchangeToken, "two");
+}
+
+TEST_F(WholePart, ConfirmationFillsItsBlock) {
+  LoadFrom(lumo::LoadPaymentConfirm, "{\"requestId\":\"R\",\"isConfirm\":true}");
+  EXPECT_STREQ(record->paymentConfirm.requestId, "R");
+  EXPECT_EQ(record->paymentConfirm.isConfirm, 1);
+}
+
+TEST_F(WholePart, BalanceListsItsAccounts) {
+  LoadFrom(lumo::LoadBalance,
+           "{\"account\":[{\"accountType\":\"GLOBAL\",\"availableAmount\":1,\"amount\":2},7,"
+           "{\"amount\":4,\"availableAmount\":3,\"accountType\":\"DISCOUNT\"},[],{\"accountType\":\"?\"}]}");
+  ASSERT_EQ(record->balance.count, 3);
+  EXPECT_EQ(record->balance.accounts[0].accountType, 0);
+  EXPECT_EQ(record->balance.accounts[0].availableAmount, 1);
+  EXPECT_EQ(record->balance.accounts[0].amount, 2);
+  EXPECT_EQ(record->balance.accounts[1].accountType, 2);
+  EXPECT_EQ(record->balance.accounts[1].availableAmount, 3);
+  EXPECT_EQ(record->balance.accounts[1].amount, 4);
+  EXPECT_EQ(record->balance.accounts[2].accountType, 3);
+  EXPECT_EQ(TakeTrace(),
+            "balance.account = GLOBAL\nbalance.availableAmount = 1\nbalance.amount = 2\nbalance.amount = 4\n"
+            "balance.availableAmount = 3\nbalance.account = DISCOUNT\n"
+            "ERROR: Unknown enumiratoin for AccountType [?]\nbalance.account = ?\n");
+}
+
+TEST_F(WholePart, BalanceReplacesTheAccountsOfAnEarlierOne) {
+  LoadFrom(lumo::LoadBalance, "{\"account\":[{},{}]}");
+  EXPECT_EQ(record->balance.count, 2);
+  LoadFrom(lumo::LoadBalance, "{\"account\":[{\"amount\":9}]}");
+  ASSERT_EQ(record->balance.count, 1);
+  EXPECT_EQ(record->balance.accounts[0].amount, 9);
+  LoadFrom(lumo::LoadBalance, "{}");
+  EXPECT_EQ(record->balance.count, 0);
+}
+
+TEST_F(WholePart, BalanceOfTwoListsKeepsTheSecond) {
+  LoadFrom(lumo::LoadBalance, "{\"account\":[{},{},{}],\"acc\":[{\"amount\":1}]}");
+  EXPECT_EQ(record->balance.count, 1);
+}
+
+TEST_F(WholePart, BalanceWarnsOfEverythingButItsList) {
+  LoadFrom(lumo::LoadBalance, "{\"account\":{},\"total\":[],\"acc\":1}");
+  EXPECT_EQ(TakeTrace(),
+            "WARNING: Unsupported balance account element [2] [account]\n"
+            "WARNING: Unsupported balance account element [1] [total]\n"
+            "WARNING: Unsupported balance account element [5] [acc]\n");
+}
+
+TEST_F(WholePart, ReturnListFillsItsBlock) {
+  LoadFrom(lumo::LoadCashBack,
+           "{\"cashBackGood\":[{\"pos\":1,\"sum\":2,\"cnt\":3},null,{\"cnt\":6,\"sum\":5,\"pos\":4}],"
+           "\"requestId\":\"R\",\"cashBackType\":\"FULL\"}");
+  EXPECT_EQ(record->cashBack.cashBackType, 0);
+  EXPECT_STREQ(record->cashBack.requestId, "R");
+  ASSERT_EQ(record->cashBack.goodCount, 2);
+  EXPECT_EQ(record->cashBack.goods[0].pos, 1);
+  EXPECT_EQ(record->cashBack.goods[0].sum, 2);
+  EXPECT_EQ(record->cashBack.goods[0].cnt, 3);
+  EXPECT_EQ(record->cashBack.goods[1].pos, 4);
+  EXPECT_EQ(record->cashBack.goods[1].sum, 5);
+  EXPECT_EQ(record->cashBack.goods[1].cnt, 6);
+}
+
+TEST_F(WholePart, ReturnListKeepsTypeAndRrnItDoesNotName) {
+  record->cashBack.cashBackType = 1;
+  Store(&record->cashBack.requestId, "R");
+  LoadFrom(lumo::LoadCashBack, "{\"cashBackGood\":[{}]}");
+  EXPECT_EQ(record->cashBack.cashBackType, 1);
+  EXPECT_STREQ(record->cashBack.requestId, "R");
+  EXPECT_EQ(record->cashBack.goodCount, 1);
+}
+
+TEST_F(WholePart, ReturnListStartsEmpty) {
+  LoadFrom(lumo::LoadCashBack, "{\"cashBackGood\":[{},{}]}");
+  LoadFrom(lumo::LoadCashBack, "{\"requestId\":\"R\"}");
+  EXPECT_EQ(record->cashBack.goodCount, 0);
+}
+
+TEST_F(WholePart, ReturnListMustBeAnObject) {
+  EXPECT_EQ(lumo::LoadCashBack(record, nullptr), -402);
+  const Document list("[{\"pos\":1}]");
+  EXPECT_EQ(lumo::LoadCashBack(record, list.root()), -402);
+  EXPECT_EQ(TakeTrace(), "");
+}
+
+TEST_F(WholePart, ActivationFillsItsBlock) {
+  LoadFrom(lumo::LoadActivation,
+           "{\"activationType\":\"REFER_A_FRIEND\",\"amount\":7,\"type\":\"DISCOUNT\",\"referParentCardNum\":"
+           "\"C\"}");
+  EXPECT_EQ(record->activation.activationType, 2);
+  EXPECT_EQ(record->activation.amount, 7);
+  EXPECT_EQ(record->activation.type, 2);
+  EXPECT_STREQ(record->activation.referParentCardNum, "C");
+}
+
+TEST_F(WholePart, ActivationResultFillsItsBlock) {
+  LoadFrom(lumo::LoadActivationResult,
+           "{\"activationSum\":1,\"activationSumType\":\"LOCAL\",\"referralSum\":2,\"referralSumType\":"
+           "\"DISCOUNT\","
+           "\"giftSum\":3,\"giftSumType\":\"GLOBAL\"}");
+  const lumo::ActivationResultBlock &result = record->activationResult;
+  EXPECT_EQ(result.activationSum, 1);
+  EXPECT_EQ(result.activationSumType, 1);
+  EXPECT_EQ(result.referralSum, 2);
+  EXPECT_EQ(result.referralSumType, 2);
+  EXPECT_EQ(result.giftSum, 3);
+  EXPECT_EQ(result.giftSumType, 0);
+}
+
+TEST_F(WholePart, SingleValuesFillTheirFields) {
+  LoadFrom(lumo::LoadCashBackResult, "{\"returnedSum\":990}");
+  LoadFrom(lumo::LoadDeposit, "{\"amount\":7500}");
+  LoadFrom(lumo::LoadCardExchange, "{\"token\":\"tok\"}");
+  LoadFrom(lumo::LoadLastRrn, "{\"rrNumber\":\"9999912120500007\"}");
+  LoadFrom(lumo::LoadAdvertising, "{\"text\":\"Скидки!\"}");
+  EXPECT_EQ(record->returnedSum, 990);
+  EXPECT_EQ(record->depositAmount, 7500);
+  EXPECT_STREQ(record->exchangeToken, "tok");
+  EXPECT_STREQ(record->rrNumber, "9999912120500007");
+  EXPECT_STREQ(record->adText, "Скидки!");
+}
+
+TEST_F(WholePart, NodeThatIsNoObjectHoldsNoMembers) {
+  const Load loads[] = {lumo::LoadRequest,        lumo::LoadResponse,   lumo::LoadPaymentConfirm,
+                        lumo::LoadBalance,        lumo::LoadActivation, lumo::LoadActivationResult,
+                        lumo::LoadCashBackResult, lumo::LoadDeposit,    lumo::LoadCardExchange};
+  const Document list("[\"ver\",{\"amount\":1}]");
+  for (const Load load : loads) {
+    EXPECT_EQ(load(record, nullptr), 0);
+    EXPECT_EQ(load(record, list.root()), 0);
+    EXPECT_EQ(load(record, &list.root()->elements[0]), 0);
+  }
+  EXPECT_EQ(TakeTrace(), "");
+  EXPECT_EQ(lumo::LoadLastRrn(record, nullptr), 0);
+  EXPECT_EQ(lumo::LoadAdvertising(record, list.root()), 0);
+  EXPECT_EQ(TakeTrace(), "last_rrn.last_rrn = (null)\nad.ad = (null)\n");
+}
+
+class Bill : public ProtocolTest {
+ protected:
+  int LoadFrom(const std::string &json, int load_bonuses = 1) {
+    const Document document(json);
+    folder.ClearTrace();
+    return lumo::LoadBill(record, document.root(), load_bonuses);
+  }
+};
+
+TEST_F(Bill, FillsTheBlockAndItsGoods) {
+  EXPECT_EQ(
+      LoadFrom(
+          "{\"totalSum\":10000,\"orderLen\":2,\"billNum\":\"B-1\",\"billDate\":\"2012-12-05T09:59:00Z\","
+          "\"partnerFee\":250,\"goodList\":{\"good\":["
+          "{\"title\":\"Чай\",\"productCode\":\"008\",\"positionCost\":7500,\"orderNum\":1,\"cnt\":3,"
+          "\"bonus\":[{\"earned\":225,\"spend\":10,\"organizerFee\":5,\"accountType\":\"LOCAL\"},"
+          "{\"accountType\":\"DISCOUNT\"}]},"
+          "{\"title\":\"Cup\",\"productCode\":\"009\",\"positionCost\":2500,\"orderNum\":2,\"cnt\":1}]}}"),
+      0);
+  const lumo::BillBlock &bill = record->bill;
+  EXPECT_EQ(bill.totalSum, 10000);
+  EXPECT_EQ(bill.orderLen, 2);
+  EXPECT_STREQ(bill.billNum, "B-1");
+  EXPECT_STREQ(bill.billDate, "2012-12-05T09:59:00Z");
+  EXPECT_EQ(bill.partnerFee, 250);
+  ASSERT_EQ(bill.goodCount, 2);
+  EXPECT_STREQ(bill.goods[0].title, "Чай");
+  EXPECT_STREQ(bill.goods[0].productCode, "008");
+  EXPECT_EQ(bill.goods[0].positionCost, 7500);
+  EXPECT_EQ(bill.goods[0].orderNum, 1);
+  EXPECT_EQ(bill.goods[0].cnt, 3);
+  ASSERT_EQ(bill.goods[0].bonusCount, 2);
+  EXPECT_EQ(bill.goods[0].bonuses[0].earned, 225);
+  EXPECT_EQ(bill.goods[0].bonuses[0].spend, 10);
+  EXPECT_EQ(bill.goods[0].bonuses[0].organizerFee, 5);
+  EXPECT_EQ(bill.goods[0].bonuses[0].accountType, 1);
+  EXPECT_EQ(bill.goods[0].bonuses[1].accountType, 2);
+  EXPECT_STREQ(bill.goods[1].title, "Cup");
+  EXPECT_EQ(bill.goods[1].bonusCount, 0);
+  EXPECT_EQ(TakeTrace(),
+            " totalSum [10000]\n orderLen [2]\n billNum [B-1]\n billDate [2012-12-05T09:59:00Z]\n partnerFee "
+            "[250]\n"
+            " title [Чай]\n productCode [008]\n positionCost [7500]\n orderNum [1]\n cnt [3]\n"
+            "  earned [225]\n  spend [10]\n  organizerFee [5]\n  accountType [1]\n  accountType [2]\n"
+            " title [Cup]\n productCode [009]\n positionCost [2500]\n orderNum [2]\n cnt [1]\n");
+}
+
+struct MisshapenBill {
   const char *name;
-  const char *answer;
+  const char *json;  // null: no node at all
   int code;
-  const char *trace;  // after the function's own line
+  const char *trace;
+  int goods;
 };
 
-std::ostream &operator<<(std::ostream &out, const FailureCase &failure) {
-  return out << failure.name;
+std::ostream &operator<<(std::ostream &out, const MisshapenBill &bill) {
+  return out << bill.name;
 }
 
-const FailureCase kFailures[] = {
-    {"Empty", "", -402, "ERROR: no root element in json response\n"},
-    {"WhiteSpace", " \r\n\t ", -402, "ERROR: no root element in json response\n"},
-    {"Scalar", "17", -402, "ERROR: no root element in json response\n"},
-    {"List", "[{}]", -402, "ERROR: root element is not an object\n"},
-    {"EmptyRoot", "{}", -402, "ERROR: root element is empty!\n"},
-    {"UnknownName", "{\"putRefundResponse\":{\"response\":{\"requestState\":\"SUCCESS\"}}}", -403,
-     "WARNING: Unsupport Response Name: putRefundResponse\n"
-     "ERROR: No parts in transaction [putRefundResponse]\n"},
-    {"NameIsNotAPrefix", "{\"putPayment\":{}}", -403,
-     "WARNING: Unsupport Response Name: putPayment\nERROR: No parts in transaction [putPayment]\n"},
-    {"NameInAnotherCase", "{\"putpaymentresponse\":{}}", -403,
-     "WARNING: Unsupport Response Name: putpaymentresponse\n"
-     "ERROR: No parts in transaction [putpaymentresponse]\n"},
-    {"KnownNameBehindAnUnknownOne", "{\"x\":1,\"putDepositResponse\":{\"response\":{}}}", -403,
-     "WARNING: Unsupport Response Name: x\nERROR: No parts in transaction [x]\n"},
-    {"EmptyName", "{\"\":{}}", -403,
-     "WARNING: Unsupport Response Name: \nERROR: No parts in transaction []\n"},
-    {"ValueIsNoObject", "{\"putDepositResponse\":[]}", -404,
-     "ERROR: Response is not full [0x0001 | 0x0000] [putDepositResponse]\n"},
-    {"Rejected", "<html>HTTP Status 400 - Bad Request</html>", -406, "ERROR: HTTP status 400\n"},
-    {"ServerFailure", "<html>HTTP Status 500 - </html>", -407, "ERROR: HTTP status 500\n"},
-    {"StatusInsideAnAnswer", "{\"putDepositResponse\":{\"response\":{\"message\":\"HTTP Status 500\"}}}",
-     -407, "ERROR: HTTP status 500\n"},
-    {"OtherStatusInAGoodAnswer",
-     "{\"putDepositResponse\":{\"response\":{\"requestState\":\"SUCCESS\",\"message\":\"HTTP Status 404\"}}}",
-     0, "ERROR: HTTP status 404\nresponse.state = SUCCESS\nresponse.message = HTTP Status 404\n"},
-    {"UnknownPart", "{\"putDepositResponse\":{\"cashBackGood\":1,\"response\":{}}}", -405,
-     "ERROR: Unsupported part of activation [cashBackGood]\n"},
+const MisshapenBill kMisshapenBills[] = {
+    {"Absent", nullptr, -402, "ERROR: root element is NULL\n", 0},
+    {"List", "[]", -402, "ERROR: root element is not an object\n", 0},
+    {"GoodListText", "{\"goodList\":\"x\"}", -402, "ERROR: Goods list is not an object\n", 0},
+    {"GoodListNull", "{\"goodList\":null}", -402, "ERROR: Goods list is not an object\n", 0},
+    {"GoodListArray", "{\"goodList\":[]}", -402, "ERROR: Goods list is not an object\n", 0},
+    {"GoodsObject", "{\"goodList\":{\"good\":{}}}", -402, "ERROR: Goods is not an array\n", 0},
+    {"GoodsNull", "{\"goodList\":{\"good\":null}}", -402, "ERROR: Goods is not an array\n", 0},
+    {"GoodNumber", "{\"goodList\":{\"good\":[{\"cnt\":1},2,{}]}}", -402,
+     " cnt [1]\nERROR: Good is not an object\n", 1},
+    {"GoodList", "{\"goodList\":{\"good\":[[]]}}", -402, "ERROR: Good is not an object\n", 0},
+    {"NotAGood", "{\"goodList\":{\"goods\":[{}],\"goo\":[{}],\"good\":[{}]},\"totalSum\":1}", 0,
+     "ERROR: not a good element [goods]\nERROR: not a good element [goo]\n totalSum [1]\n", 1},
+    {"EndsAtOnce", "{\"goodList\":[],\"totalSum\":1}", -402, "ERROR: Goods list is not an object\n", 0},
+    {"Empty", "{}", 0, "", 0},
+    {"EmptyGoodList", "{\"goodList\":{}}", 0, "", 0},
+    {"EmptyGoods", "{\"goodList\":{\"good\":[]}}", 0, "", 0},
 };
 
-class AnswerFailure : public AnswerReader, public ::testing::WithParamInterface<FailureCase> {};
+class BillShape : public ProtocolTest, public ::testing::WithParamInterface<MisshapenBill> {};
 
-TEST_P(AnswerFailure, HasItsCodeAndTrace) {
-  EXPECT_EQ(Parse(GetParam().answer), GetParam().code);
-  EXPECT_EQ(TakeTrace(), std::string("ParseOperationResponse\n") + GetParam().trace);
+TEST_P(BillShape, IsJudgedBeforeItIsRead) {
+  if (GetParam().json == nullptr) {
+    EXPECT_EQ(lumo::LoadBill(record, nullptr, 1), GetParam().code);
+  } else {
+    const Document document(GetParam().json);
+    EXPECT_EQ(lumo::LoadBill(record, document.root(), 1), GetParam().code);
+  }
+  EXPECT_EQ(TakeTrace(), GetParam().trace);
+  EXPECT_EQ(record->bill.goodCount, GetParam().goods);
 }
 
-INSTANTIATE_TEST_SUITE_P(Failures, AnswerFailure, ::testing::ValuesIn(kFailures),
+INSTANTIATE_TEST_SUITE_P(Shapes, BillShape, ::testing::ValuesIn(kMisshapenBills),
                          [](const auto &test_case) { return std::string(test_case.param.name); });
 
-TEST_F(AnswerReader, TextThatIsNoJsonFailsTheParse) {
-  for (const char *answer :
-       {"HTTP/1.1 200 OK\n\n{}", "<html/>", "{\"putDepositResponse\":{}} x", "{\"a\" 1}"}) {
-    EXPECT_EQ(Parse(answer), -303) << answer;
-    EXPECT_THAT(TakeTrace(), StartsWith("ParseOperationResponse\nERROR: JSON Parser Error ")) << answer;
+TEST_F(Bill, CutsTheKeyOfNotAGood) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"" + std::string(50, 'g') + "\":1}}"), 0);
+  EXPECT_EQ(TakeTrace(), "ERROR: not a good element [" + std::string(40, 'g') + "]\n");
+}
+
+TEST_F(Bill, MatchesWholeKeysOfTheRightKindOnly) {
+  EXPECT_EQ(LoadFrom("{\"total\":1,\"\":2,\"totalSum2\":3,\"totalSum\":\"4\",\"billNum\":5,\"billDate\":null,"
+                     "\"partnerFee\":true,\"orderLen\":[],\"spendBonus\":true,\"" +
+                     std::string(60, 'b') + "\":1}"),
+            0);
+  EXPECT_EQ(record->bill.totalSum, 0);
+  EXPECT_EQ(record->bill.billNum, nullptr);
+  EXPECT_EQ(TakeTrace(),
+            "WARNING: unsupported bill element [total]\nWARNING: unsupported bill element []\n"
+            "WARNING: unsupported bill element [totalSum2]\nWARNING: unsupported bill element [totalSum]\n"
+            "WARNING: unsupported bill element [billNum]\nWARNING: unsupported bill element [billDate]\n"
+            "WARNING: unsupported bill element [partnerFee]\nWARNING: unsupported bill element [orderLen]\n"
+            "WARNING: unsupported bill element [spendBonus]\nWARNING: unsupported bill element [" +
+                std::string(40, 'b') + "]\n");
+}
+
+TEST_F(Bill, NeverReadsTheSpendFlag) {
+  record->bill.spendAmount = 5000;
+  EXPECT_EQ(LoadFrom("{\"spendBonus\":false}"), 0);
+  EXPECT_EQ(record->bill.spendAmount, 5000);
+}
+
+TEST_F(Bill, FloatsAreNumbers) {
+  EXPECT_EQ(LoadFrom("{\"totalSum\":99.75,\"partnerFee\":1e3,\"orderLen\":-0.5}"), 0);
+  EXPECT_EQ(record->bill.totalSum, 99);
+  EXPECT_EQ(record->bill.partnerFee, 1);
+  EXPECT_EQ(record->bill.orderLen, 0);
+}
+
+TEST_F(Bill, DateIsCutTo31Bytes) {
+  EXPECT_EQ(LoadFrom("{\"billDate\":\"" + std::string(32, 'd') + "\",\"partnerFee\":3}"), 0);
+  EXPECT_EQ(record->bill.billDate, std::string(31, 'd'));
+  EXPECT_EQ(record->bill.partnerFee, 3);
+  EXPECT_EQ(LoadFrom("{\"billDate\":\"" + std::string(31, 'e') + "\"}"), 0);
+  EXPECT_EQ(record->bill.billDate, std::string(31, 'e'));
+}
+
+TEST_F(Bill, GoodTakesItsMembersWhateverTheirKind) {
+  EXPECT_EQ(
+      LoadFrom("{\"goodList\":{\"good\":[{\"title\":12,\"productCode\":true,\"positionCost\":\"75 rub\","
+               "\"orderNum\":{},\"cnt\":null},{\"title\":[],\"productCode\":1.50,\"positionCost\":true,"
+               "\"orderNum\":\"\",\"cnt\":2.9}]}}"),
+      0);
+  ASSERT_EQ(record->bill.goodCount, 2);
+  const lumo::Good *goods = record->bill.goods;
+  EXPECT_STREQ(goods[0].title, "12");
+  EXPECT_STREQ(goods[0].productCode, "");
+  EXPECT_EQ(goods[0].positionCost, 75);
+  EXPECT_EQ(goods[0].orderNum, 0);
+  EXPECT_EQ(goods[0].cnt, 0);
+  EXPECT_STREQ(goods[1].title, "");
+  EXPECT_STREQ(goods[1].productCode, "1.50");
+  EXPECT_EQ(goods[1].positionCost, 0);
+  EXPECT_EQ(goods[1].orderNum, 0);
+  EXPECT_EQ(goods[1].cnt, 2);
+  EXPECT_EQ(TakeTrace(),
+            " title [12]\n productCode []\n positionCost [75]\n orderNum [0]\n cnt [0]\n"
+            " title []\n productCode [1.50]\n positionCost [0]\n orderNum [0]\n cnt [2]\n");
+}
+
+TEST_F(Bill, GoodMatchesWholeKeysOnly) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"tit\":\"x\",\"\":1,\"titles\":\"y\",\"bonu\":[{}],\"" +
+                     std::string(41, 'g') + "\":1}]}}"),
+            0);
+  EXPECT_EQ(record->bill.goods[0].title, nullptr);
+  EXPECT_EQ(record->bill.goods[0].bonusCount, 0);
+  EXPECT_EQ(TakeTrace(),
+            "WARNING: Unsupported GOOD element [tit]\nWARNING: Unsupported GOOD element []\n"
+            "WARNING: Unsupported GOOD element [titles]\nWARNING: Unsupported GOOD element [bonu]\n"
+            "WARNING: Unsupported GOOD element [" +
+                std::string(40, 'g') + "]\n");
+}
+
+TEST_F(Bill, PassesOverBonusesSilentlyWhenNotAsked) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"earned\":1}],\"cnt\":2},{\"bonus\":7}]}}", 0),
+            0);
+  EXPECT_EQ(record->bill.goods[0].bonusCount, 0);
+  EXPECT_EQ(TakeTrace(), " cnt [2]\n");
+}
+
+TEST_F(Bill, BonusMatchesBeginningsOfKeysWithTheirKind) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"\":1,\"s\":2,\"org\":3,\"acc\":\"LOCAL\"},"
+                     "{\"earned\":\"1\",\"accountType\":1,\"fee\":4}]}]}}"),
+            0);
+  ASSERT_EQ(record->bill.goods[0].bonusCount, 2);
+  const lumo::Bonus *bonuses = record->bill.goods[0].bonuses;
+  EXPECT_EQ(bonuses[0].earned, 1);
+  EXPECT_EQ(bonuses[0].spend, 2);
+  EXPECT_EQ(bonuses[0].organizerFee, 3);
+  EXPECT_EQ(bonuses[0].accountType, 1);
+  EXPECT_EQ(bonuses[1].earned, 0);
+  EXPECT_EQ(TakeTrace(),
+            "  earned [1]\n  spend [2]\n  organizerFee [3]\n  accountType [1]\n"
+            "WARNING: Unsupported BONUS element [earned]\nWARNING: Unsupported BONUS element [accountType]\n"
+            "WARNING: Unsupported BONUS element [fee]\n");
+}
+
+TEST_F(Bill, BonusOfAnUnknownAccountIsKept) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"accountType\":\"PRIVATE\",\"earned\":5}]}]}}"),
+            0);
+  EXPECT_EQ(record->bill.goods[0].bonuses[0].accountType, 3);
+  EXPECT_EQ(record->bill.goods[0].bonuses[0].earned, 5);
+  EXPECT_EQ(TakeTrace(),
+            "ERROR: Unknown enumiratoin for AccountType [PRIVATE]\n  accountType [3]\n  earned [5]\n");
+}
+
+TEST_F(Bill, BonusThatIsNoObjectIsSkipped) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[1,{\"spend\":2},null,[{}]]},{\"bonus\":{}}]}}"),
+            0);
+  EXPECT_EQ(record->bill.goods[0].bonusCount, 1);
+  EXPECT_EQ(record->bill.goods[0].bonuses[0].spend, 2);
+  EXPECT_EQ(record->bill.goods[1].bonusCount, 0);
+  EXPECT_EQ(TakeTrace(), "  spend [2]\n");
+}
+
+TEST_F(Bill, SecondListOfBonusesOfAGoodReplacesTheFirst) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"earned\":1},{\"earned\":2}],\"bonus\":[{"
+                     "\"earned\":3}]}]}}"),
+            0);
+  ASSERT_EQ(record->bill.goods[0].bonusCount, 1);
+  EXPECT_EQ(record->bill.goods[0].bonuses[0].earned, 3);
+}
+
+TEST_F(Bill, SecondListOfGoodsReplacesTheFirst) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{},{}],\"good\":[{\"cnt\":3}]},\"goodList\":{}}"), 0);
+  ASSERT_EQ(record->bill.goodCount, 1);
+  EXPECT_EQ(record->bill.goods[0].cnt, 3);
+}
+
+TEST_F(Bill, GoodsReplaceThoseOfAnEarlierBill) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{},{},{}]}}"), 0);
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"cnt\":4}]}}"), 0);
+  ASSERT_EQ(record->bill.goodCount, 1);
+  EXPECT_EQ(record->bill.goods[0].cnt, 4);
+  EXPECT_EQ(record->bill.goods[0].title, nullptr);
+}
+
+TEST_F(Bill, WithoutGoodListKeepsItsGoods) {
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"cnt\":4}]}}"), 0);
+  EXPECT_EQ(LoadFrom("{\"totalSum\":5}"), 0);
+  ASSERT_EQ(record->bill.goodCount, 1);
+  EXPECT_EQ(record->bill.goods[0].cnt, 4);
+}
+
+TEST_F(Bill, HoldsTenThousandGoods) {
+  constexpr int kGoods = 10000;
+  std::string json = "{\"goodList\":{\"good\":[";
+  std::string trace;
+  for (int i = 0; i < kGoods; ++i) {
+    json += std::string(i > 0 ? "," : "") + "{\"title\":\"t" + std::to_string(i) + "\"}";
+    trace += " title [t" + std::to_string(i) + "]\n";
   }
-}
-
-TEST_F(AnswerReader, OtherHttpStatusIsTracedAndThenFailsTheParse) {
-  EXPECT_EQ(Parse("<html><h1>HTTP Status 404 - Not Found</h1></html>"), -303);
-  EXPECT_THAT(TakeTrace(),
-              StartsWith("ParseOperationResponse\nERROR: HTTP status 404\nERROR: JSON Parser Error "));
-}
-
-TEST_F(AnswerReader, WhiteSpaceMayStandAroundTheDocument) {
-  EXPECT_EQ(Parse("\r\n \t" + AnswerOf("putDepositResponse", Response("SUCCESS")) + "\n\n"), 0);
-}
-
-TEST_F(AnswerReader, AnswerCutShortIsReadAsFarAsItWent) {
-  const std::string whole = AnswerOf("putDepositResponse", Response("SUCCESS"));
-  for (size_t length = 0; length < whole.size(); ++length) {
-    const int code = Parse(whole.substr(0, length));
-    EXPECT_TRUE(code <= -402 || code == 0) << length << " " << code;
-  }
-  EXPECT_EQ(Parse(whole), 0);
-}
-
-TEST_F(AnswerReader, NullAnswerIsAnEmptyOne) {
-  EXPECT_EQ(lumo::ParseOperationResponse(record, nullptr, 0), -402);
-}
-
-TEST_F(AnswerReader, NamesOf101BytesAreRefusedSilently) {
-  const std::string longest(100, 'n');
-  EXPECT_EQ(lumo::ResponsePartsMask(longest.c_str()), 0U);
-  EXPECT_EQ(TakeTrace(), "WARNING: Unsupport Response Name: " + longest + "\n");
-  EXPECT_EQ(lumo::ResponsePartsMask((longest + "n").c_str()), 0U);
-  EXPECT_EQ(lumo::ResponsePartsMask(nullptr), 0U);
-  EXPECT_EQ(TakeTrace(), "");
-  EXPECT_EQ(Parse("{\"" + longest + "n\":{}}"), -403);
-  EXPECT_EQ(TakeTrace(), "ParseOperationResponse\nERROR: No parts in transaction [" + longest + "n]\n");
-}
-
-struct StatusCase {
-  const char *answer;
-  int status;
-};
-
-TEST(HttpStatus, IsTheNumberBehindTheTitle) {
-  const StatusCase cases[] = {
-      {"", 0},
-      {"HTTP/1.1 500 Internal", 0},
-      {"HTTP Status", 0},
-      {"HTTP Status 404", 404},
-      {"HTTP Status400", 400},
-      {"HTTP Status \t\r\n 400 x", 400},
-      {"HTTP Status +500 x", 500},
-      {"HTTP Status -1 x", -1},
-      {"HTTP Status: 500", 0},
-      {"HTTP Status 500.9", 500},
-      {"HTTP Status 99999999999999999999999", 2147483647},
-      {"HTTP Status -99999999999999999999999", INT32_MIN},
-      {"HTTP Status x HTTP Status 400", 0},
-      {"HTTP Status 404 HTTP Status 400", 404},
-      {"HTTP HTTP Status 403", 403},
-      {"http status 400", 0},
-  };
-  for (const StatusCase &row : cases) {
-    EXPECT_EQ(lumo::ParseHttpStatus(row.answer), row.status) << row.answer;
-  }
-  EXPECT_EQ(lumo::ParseHttpStatus(nullptr), 0);
+  EXPECT_EQ(LoadFrom(json + "]}}"), 0);
+  ASSERT_EQ(record->bill.goodCount, kGoods);
+  EXPECT_STREQ(record->bill.goods[0].title, "t0");
+  EXPECT_STREQ(record->bill.goods[kGoods - 1].title, "t9999");
+  EXPECT_TRUE(TakeTrace() == trace);
 }
 
 class PartReader : public ProtocolTest {
@@ -370,156 +852,6 @@ TEST_F(PartReader, LoadsTheBonusesOfABill) {
 TEST_F(PartReader, LaterPartLoadsOverAnEarlierOne) {
   EXPECT_EQ(Load("{\"deposit\":{\"amount\":1},\"dep\":{\"amount\":2}}"), 0x0200U);
   EXPECT_EQ(record->depositAmount, 2);
-}
-
-class RecordWriter : public ProtocolTest {
- protected:
-  RecordWriter() {
-    lumo::SetLogSize(1000);
-    FillRecord(record);
-    folder.ClearTrace();
-  }
-};
-
-struct RecordCase {
-  int32_t type;
-  const char *type_text;
-  const char *parts;  // behind the request part
-};
-
-std::ostream &operator<<(std::ostream &out, const RecordCase &operation) {
-  return out << operation.type_text;
-}
-
-const RecordCase kRecords[] = {
-    {0, "ACTIVATION", ",\"activation\":" FULL_ACTIVATION ",\"activationResult\":" FULL_ACTIVATION_RESULT},
-    {1, "PAYMENT", ",\"bill\":" FULL_BILL},
-    {2, "PAYMENT_AND_CONFIRM", ",\"bill\":" FULL_BILL},
-    {3, "PAYMENT_CONFIRM", ",\"paymentConfirm\":{\"requestId\":\"T000112120400009\",\"isConfirm\":true}"},
-    {4, "BALANCE", ""},
-    {5, "CASHBACK", ""},
-    {6, "LINK", ""},
-    {7, "EXCHANGE", ""},
-    {8, "DEPOSIT", ",\"deposit\":{\"amount\":7500}"},
-    {9, "AD", ""},
-    {10, "LAST_RRN", ""},
-};
-
-class OperationRecord : public RecordWriter, public ::testing::WithParamInterface<RecordCase> {};
-
-TEST_P(OperationRecord, IsOneLineOfTheLog) {
-  record->request.type = GetParam().type;
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), 0);
-  EXPECT_EQ(folder.Read("LOG"),
-            "{\"request\":" + FullRequest(GetParam().type_text, "false") + GetParam().parts + "}\n");
-  EXPECT_FALSE(folder.Exists("OFFLINE"));
-}
-
-TEST_P(OperationRecord, OfAnOfflineOperationGoesToBothJournals) {
-  record->request.type = GetParam().type;
-  record->request.isOffline = 1;
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), 0);
-  const std::string line =
-      "{\"request\":" + FullRequest(GetParam().type_text, "true") + GetParam().parts + "}\n";
-  EXPECT_EQ(folder.Read("LOG"), line);
-  EXPECT_EQ(folder.Read("OFFLINE"), line);
-}
-
-TEST_P(OperationRecord, ReadsBackAsItWasWritten) {
-  record->request.type = GetParam().type;
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), 0);
-  const std::string line = folder.Read("LOG");
-  lumo::Transaction *copy = lumo::new_transaction();
-  EXPECT_EQ(lumo::LoadLogRecord(copy, line.c_str()), 0);
-  copy->bill.spendAmount = record->bill.spendAmount;  // never read back
-  folder.Remove("LOG");
-  EXPECT_EQ(lumo::WriteTransactionRecord(copy), 0);
-  EXPECT_EQ(folder.Read("LOG"), line);
-  lumo::free_transaction(copy);
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, OperationRecord, ::testing::ValuesIn(kRecords),
-                         [](const auto &test_case) { return std::string(test_case.param.type_text); });
-
-TEST_F(RecordWriter, LogThatCannotBeOpenedIsReported) {
-  std::filesystem::create_directory(std::filesystem::u8path(folder.path() + "LOG"));
-  record->request.type = lumo::REQUEST_BALANCE;
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), -201);
-}
-
-TEST_F(RecordWriter, ResultOfTheOfflineJournalReplacesThatOfTheLog) {
-  std::filesystem::create_directory(std::filesystem::u8path(folder.path() + "LOG"));
-  record->request.type = lumo::REQUEST_BALANCE;
-  record->request.isOffline = 1;
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), 0);
-  folder.Remove("LOG");
-  folder.Remove("OFFLINE");
-  std::filesystem::create_directory(std::filesystem::u8path(folder.path() + "OFFLINE"));
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), -201);
-  EXPECT_TRUE(folder.Exists("LOG"));
-}
-
-TEST_F(RecordWriter, HoldsNoLineFeedOfItsTexts) {
-  record->request.type = lumo::REQUEST_BALANCE;
-  Store(&record->request.cardNum, "one\ntwo");
-  EXPECT_EQ(lumo::WriteTransactionRecord(record), 0);
-  EXPECT_THAT(folder.Read("LOG"), HasSubstr("\"cardNum\":\"one\\ntwo\""));
-}
-
-const test::Folder *traced_folder;
-
-void ShowTrace() {
-  std::fputs(traced_folder->Trace().c_str(), stderr);
-}
-
-using RecordWriterDeathTest = RecordWriter;
-
-TEST_F(RecordWriterDeathTest, UnhandledTypeEndsTheProcess) {
-  const auto write_type = [&](int32_t type) {
-    traced_folder = &folder;
-    std::atexit(ShowTrace);
-    record->request.type = type;
-    lumo::WriteTransactionRecord(record);
-  };
-  const char *const line = "ERROR: ASSERT IN transaction_json.* LINE .*: Unhandled request type!";
-  EXPECT_EXIT(write_type(11), ::testing::ExitedWithCode(kExitMinusOne), line);
-  EXPECT_EXIT(write_type(-1), ::testing::ExitedWithCode(kExitMinusOne), line);
-  EXPECT_FALSE(folder.Exists("LOG"));
-}
-
-class RecordReader : public ProtocolTest {};
-
-TEST_F(RecordReader, LoadsThePartsOfItsRoot) {
-  EXPECT_EQ(lumo::LoadLogRecord(
-                record, "{\"request\":{\"type\":\"DEPOSIT\",\"isOffline\":true},\"deposit\":{\"amount\":5}}"),
-            0);
-  EXPECT_EQ(record->request.type, 8);
-  EXPECT_EQ(record->request.isOffline, 1);
-  EXPECT_EQ(record->depositAmount, 5);
-  EXPECT_EQ(TakeTrace(), "LoadLogRecord\nrequest.type = DEPOSIT\nrequest.offline = 1\ndeposit.amount = 5\n");
-}
-
-TEST_F(RecordReader, BlankLineIsAnEmptyRecord) {
-  EXPECT_EQ(lumo::LoadLogRecord(record, ""), 0);
-  EXPECT_EQ(lumo::LoadLogRecord(record, nullptr), 0);
-  EXPECT_EQ(TakeTrace(), "LoadLogRecord\nLoadLogRecord\n");
-  EXPECT_EQ(record->request.type, 0);
-}
-
-TEST_F(RecordReader, RecordThatIsNoJsonReturnsTheParsersResult) {
-  EXPECT_EQ(lumo::LoadLogRecord(record, "garbage"), -303);
-  EXPECT_THAT(TakeTrace(), StartsWith("LoadLogRecord\nERROR: JSON Parser Error "));
-}
-
-TEST_F(RecordReader, RootThatIsNoObjectLoadsNothing) {
-  EXPECT_EQ(lumo::LoadLogRecord(record, "[1]"), 0);
-  EXPECT_EQ(lumo::LoadLogRecord(record, "\"text\""), 0);
-  EXPECT_EQ(TakeTrace(), "LoadLogRecord\nLoadLogRecord\n");
-}
-
-TEST_F(RecordReader, DamagedBillDoesNotStopTheRecord) {
-  EXPECT_EQ(lumo::LoadLogRecord(record, "{\"bill\":null,\"deposit\":{\"amount\":5}}"), 0);
-  EXPECT_EQ(record->depositAmount, 5);
 }
 
 }  // namespace

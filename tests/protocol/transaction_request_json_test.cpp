@@ -10,7 +10,6 @@
 
 #include "foundation/lumostring.h"
 #include "protocol/full_record.h"
-#include "protocol/transaction_json.h"
 #include "record/enumerations.h"
 #include "support/record_fixture.h"
 

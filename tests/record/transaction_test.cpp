@@ -1,4 +1,4 @@
-// tests/record/transaction_test.cpp: the record, its memory and what every transaction starts with.
+// tests/record/transaction_test.cpp: the record, what it starts with, and its memory.
 #include "record/transaction.h"
 
 #include <gtest/gtest.h>
@@ -18,11 +18,7 @@ namespace {
 
 using lumo::Transaction;
 
-class TransactionRecord : public test::Shop {
- protected:
-  std::string Header() const { return lumo::ReceiptGetText(card->header); }
-  std::string Footer() const { return lumo::ReceiptGetText(card->footer); }
-};
+using TransactionRecord = test::Shop;
 
 TEST_F(TransactionRecord, StartsWithTheConnectionSettings) {
   OpenShop(R"("serverAddr":"http://10.0.0.5:80/ws","serverAltAddr":"http://10.0.0.6:80/ws","timeout":17,)"
@@ -169,78 +165,6 @@ TEST_F(TransactionRecord, ANullTextClearsTheFieldAndIsTraced) {
   EXPECT_EQ(lumo::trans_strcpy(card, &card->exchangeToken, nullptr), nullptr);
   EXPECT_EQ(card->exchangeToken, nullptr);
   EXPECT_EQ(folder.Trace(), "ERROR: trans_strcpy src == NULL\n");
-}
-
-TEST_F(TransactionRecord, HeaderFillsTheRequestsIdentity) {
-  OpenShop();
-  OpenCard();
-  EXPECT_STREQ(card->request.cardNum, "9643001234567890");
-  EXPECT_STREQ(card->request.employeeId, "cashier7");
-  EXPECT_STREQ(card->request.terminalId, "TERM0001");
-  EXPECT_STREQ(card->request.ver, "1.0");
-  EXPECT_STREQ(card->request.shiftId, "12");
-  EXPECT_EQ(card->request.requestId, nullptr);
-}
-
-TEST_F(TransactionRecord, HeaderPrintsFiveLinesAndTheFooterOne) {
-  OpenShop();
-  OpenCard();
-  EXPECT_EQ(Header(),
-            "МАГАЗИН\n"
-            "2012/12/05      10:00:00\n"
-            "Терминал       TERM0001\n"
-            "     *** КАРТА ***\n"
-            "    9643001234567890\n");
-  EXPECT_EQ(Footer(), "СПАСИБО\n");
-  EXPECT_EQ(Body(), "");
-}
-
-TEST_F(TransactionRecord, TheShiftIsReadFromItsFile) {
-  OpenShop();
-  folder.Write("STATE", R"({"reqId":"1","shiftId":"13"})");
-  card = lumo::new_transaction();
-  EXPECT_EQ(lumo::FillTransactionHeader(card, test::kCard, test::kCashier), 0);
-  EXPECT_STREQ(card->request.shiftId, "13");
-  EXPECT_EQ(folder.Trace(), test::kStateReload);
-}
-
-TEST_F(TransactionRecord, ANullCardAndCashierStayNull) {
-  OpenShop();
-  card = lumo::new_transaction();
-  EXPECT_EQ(lumo::FillTransactionHeader(card, nullptr, nullptr), 0);
-  EXPECT_EQ(card->request.cardNum, nullptr);
-  EXPECT_EQ(card->request.employeeId, nullptr);
-  EXPECT_EQ(
-      folder.Trace(),
-      std::string("ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n") + test::kStateReload);
-  EXPECT_EQ(Header(),
-            "МАГАЗИН\n"
-            "2012/12/05      10:00:00\n"
-            "Терминал       TERM0001\n"
-            "     *** КАРТА ***\n"
-            "    \n");
-}
-
-TEST_F(TransactionRecord, AbsentSettingsPrintEmptyAndStayNull) {
-  folder.Write("CONFIG", "{}");
-  ASSERT_EQ(lumo::LoadConfig(), 0);
-  SetState(R"({"reqId":"1"})");
-  card = lumo::new_transaction();
-  folder.ClearTrace();
-  EXPECT_EQ(lumo::FillTransactionHeader(card, "1", "2"), 0);
-  EXPECT_EQ(card->request.terminalId, nullptr);
-  EXPECT_EQ(card->request.ver, nullptr);
-  EXPECT_EQ(card->request.shiftId, nullptr);
-  EXPECT_EQ(folder.Trace(), std::string("ERROR: trans_strcpy src == NULL\n"
-                                        "ERROR: trans_strcpy src == NULL\n") +
-                                test::kStateReload + "ERROR: trans_strcpy src == NULL\n");
-  EXPECT_EQ(Header(),
-            "\n"
-            "2012/12/05      10:00:00\n"
-            "Терминал               \n"
-            "     *** КАРТА ***\n"
-            "    1\n");
-  EXPECT_EQ(Footer(), "\n");
 }
 
 TEST_F(TransactionRecord, OfflineIsTheRequestsFlag) {

@@ -4,6 +4,7 @@
 
 #include "config/lumoconfig.h"
 #include "config/lumostate.h"
+#include "engine/request.h"
 #include "journal/logger.h"
 #include "record/receipt.h"
 #include "record/transaction.h"

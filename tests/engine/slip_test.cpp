@@ -1,5 +1,5 @@
-// tests/engine/transaction_receipt_test.cpp: the getters of the slip's pieces.
-#include "engine/transaction_receipt.h"
+// tests/engine/slip_test.cpp: the slip's head, foot and RRN line, and the getters of its pieces.
+#include "engine/slip.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,37 @@
 
 namespace {
 
-using TransactionReceipt = test::Shop;
+using Slip = test::Shop;
 
-TEST_F(TransactionReceipt, GettersTraceTheirNamesAndGiveTheirPieces) {
+TEST_F(Slip, HeaderPrintsFiveLinesAndTheFooterOne) {
+  OpenShop();
+  OpenCard();
+  EXPECT_STREQ(lumo::ReceiptGetText(card->header),
+               "МАГАЗИН\n"
+               "2012/12/05      10:00:00\n"
+               "Терминал       TERM0001\n"
+               "     *** КАРТА ***\n"
+               "    9643001234567890\n");
+  EXPECT_STREQ(lumo::ReceiptGetText(card->footer), "СПАСИБО\n");
+  EXPECT_EQ(Body(), "");
+}
+
+TEST_F(Slip, RrnLineIsRightAlignedIn16Columns) {
+  OpenShop();
+  OpenCard();
+  lumo::trans_strcpy(card, &card->request.requestId, "123");
+  lumo::PrintRrn(card);
+  lumo::trans_strcpy(card, &card->request.requestId, "TERM0121205100000");
+  lumo::PrintRrn(card);
+  lumo::trans_strcpy(card, &card->request.requestId, "");
+  lumo::PrintRrn(card);
+  EXPECT_EQ(Body(),
+            "RRN:              123\n"
+            "RRN: TERM0121205100000\n"
+            "RRN:                 \n");
+}
+
+TEST_F(Slip, GettersTraceTheirNamesAndGiveTheirPieces) {
   OpenShop();
   OpenCard();
   lumo::ReceiptPrintf(card->body, "body\n");
@@ -26,7 +54,7 @@ TEST_F(TransactionReceipt, GettersTraceTheirNamesAndGiveTheirPieces) {
             "GetTransactionReceiptSize\n");
 }
 
-TEST_F(TransactionReceipt, GettersWithoutATransactionTraceTheNullPointer) {
+TEST_F(Slip, GettersWithoutATransactionTraceTheNullPointer) {
   EXPECT_EQ(lumo::GetTransReceiptHeader(nullptr), nullptr);
   EXPECT_EQ(lumo::GetTransReceiptFooter(nullptr), nullptr);
   EXPECT_EQ(lumo::GetTransReceiptBody(nullptr), nullptr);
@@ -38,7 +66,7 @@ TEST_F(TransactionReceipt, GettersWithoutATransactionTraceTheNullPointer) {
             "GetTransactionReceiptSize\nERROR: Pointer \"trans\" is null\n");
 }
 
-TEST_F(TransactionReceipt, AnEmptyBodyHasSize1) {
+TEST_F(Slip, AnEmptyBodyHasSize1) {
   OpenShop();
   OpenCard();
   EXPECT_EQ(lumo::GetTransactionReceiptSize(card), 1);

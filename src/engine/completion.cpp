@@ -1,0 +1,29 @@
+#include "engine/completion.h"
+
+#include "foundation/lumostring.h"
+#include "journal/logger.h"
+#include "protocol/journal_record.h"
+
+namespace lumo {
+
+int WriteTransactionRecord(const Transaction *transaction) {
+  String *record = StringCreate();
+  int result = PrintTransactionRecord(transaction, record);
+  if (result == 0) {
+    result = AppendLogRecord(StringGetText(record));
+    if (isOffline(transaction) != 0) {
+      // Deliberate: the offline journal's result takes the place of the log's.
+      result = AppendOfflineRecord(StringGetText(record));
+    }
+  }
+  StringFree(record);
+  return result;
+}
+
+int CompleteOperation(Transaction *transaction, CompletedOperation operation) {
+  const int result = WriteTransactionRecord(transaction);
+  transaction->completedOperations |= operation;
+  return result;
+}
+
+}  // namespace lumo

@@ -1,0 +1,35 @@
+// engine/slip.h: the customer's slip, UTF-8, laid out for 24 columns: its head and foot, the lines of each
+// operation, and its pieces as the register fetches them.
+#pragma once
+
+#include <cstdint>
+
+#include "record/enumerations.h"
+
+namespace lumo {
+
+struct Transaction;
+
+void PrintSlipHeader(Transaction *transaction, const char *card_num);
+void PrintSlipFooter(Transaction *transaction);
+
+// The lines of an operation that succeeded, behind those of earlier ones in the body.
+void PrintActivation(Transaction *transaction, ActivationType type);
+void PrintBalance(Transaction *transaction);
+void PrintLink(Transaction *transaction);
+void PrintDeposit(Transaction *transaction, int32_t amount);  // no amount line for 0
+void PrintExchange(Transaction *transaction);
+void PrintPayment(Transaction *transaction);
+void PrintConfirm(Transaction *transaction);  // of a cancellation, too
+void PrintCashBack(Transaction *transaction);
+
+// "RRN: " and the request's id; nothing when there is none.
+void PrintRrn(Transaction *transaction);
+
+// Each traces its name. Without a transaction: the pointer's error line, and null or ERR_NO_TRANSACTION.
+const char *GetTransReceiptHeader(const Transaction *transaction);
+const char *GetTransReceiptFooter(const Transaction *transaction);
+const char *GetTransReceiptBody(const Transaction *transaction);
+int GetTransactionReceiptSize(const Transaction *transaction);  // of the body, terminator included
+
+}  // namespace lumo

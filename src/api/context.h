@@ -1,4 +1,4 @@
-// api/context.h: what lives between calls and belongs to no lower room.
+// api/context.h: what lives between calls and belongs to no lower layer.
 #pragma once
 
 namespace lumo {

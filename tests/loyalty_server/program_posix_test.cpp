@@ -66,6 +66,12 @@ TEST(Program, ReadsItsShopFromAFile) {
   std::filesystem::remove(file);
 }
 
+TEST(Program, WarnsWhenReplaysAreAnsweredWithTheirOwnIds) {
+  const char *warning = "warning: a replayed record is answered with its own id";
+  EXPECT_THAT(Start("--no-resume-ids", "quit\\n").output, testing::HasSubstr(warning));
+  EXPECT_THAT(Start("", "quit\\n").output, testing::Not(testing::HasSubstr("warning")));
+}
+
 TEST(Program, TellsEverythingInItsHelp) {
   const Outcome run = Start("--help", "");
   EXPECT_EQ(run.status, 0);

@@ -348,21 +348,50 @@ TEST_F(ProgrammeRules, ServiceRequestsMayRepeatTheirZeroIdAndAskNoCard) {
   EXPECT_EQ(programme.LastRequestId("12345"), "");
 }
 
-TEST_F(ProgrammeRules, AnOfflineRecordIsAnsweredWithTheHighestIdWhereTheShopWantsIt) {
-  const auto echo = [](bool is_resumed) {
-    json shop = json::parse(bench::kShop);
-    shop["resumeIds"] = is_resumed;
-    loyalty::Programme other = bench::MakeProgramme(shop.dump());
-    Terminal(&other).Code("balance", "100", "", "1234512120500009");
-    Head head;
-    head.isOffline = "true";
-    const auto &payment = *FindOperation("payment");
-    return other.Handle(payment, bench::Document(payment, head, Bill(false)))
-        .document["putPaymentResponse"]["response"]["requestId"]
-        .get<std::string>();
-  };
-  EXPECT_EQ(echo(false), "1234512120500001");
-  EXPECT_EQ(echo(true), "1234512120500009");
+// The id in the answer to an offline payment.
+std::string Echo(loyalty::Programme *shop, const std::string &id,
+                 loyalty::Code refusal = loyalty::Code::kOk) {
+  Head head;
+  head.isOffline = "true";
+  head.requestId = Quoted(id);
+  const auto &payment = *FindOperation("payment");
+  return shop->Handle(payment, bench::Document(payment, head, Bill(false)), refusal)
+      .document["putPaymentResponse"]["response"]["requestId"]
+      .get<std::string>();
+}
+
+TEST_F(ProgrammeRules, AReplayedRecordIsAnsweredWithTheHighestIdOfItsTerminal) {
+  EXPECT_EQ(Echo(&programme, "1234512120500001"), "1234512120500001") << "the first one there is";
+  terminal.Code("balance", "100", "", "1234512120500009");
+  EXPECT_EQ(Echo(&programme, "1234512120500002"), "1234512120500009");
+  EXPECT_EQ(Echo(&programme, "1234512120500002"), "1234512120500009") << "the second time";
+  EXPECT_EQ(Echo(&programme, "1234512120500010"), "1234512120500010");
+  EXPECT_EQ(Echo(&programme, "nonsense"), "1234512120500010");
+  Terminal other(&programme, "54321");
+  other.Code("balance", "100", "", "5432112120600001");
+  EXPECT_EQ(Echo(&programme, "1234512120500003"), "1234512120500010");
+}
+
+TEST_F(ProgrammeRules, ARecordRefusedBeforeItsIdIsJudgedNeverSendsTheTerminalBack) {
+  terminal.Code("balance", "100", "", "1234512120500004");
+  EXPECT_EQ(Echo(&programme, "1234512120500005", loyalty::Code::kLockedCard), "1234512120500005");
+  programme.LockTerminal("12345", true);
+  EXPECT_EQ(Echo(&programme, "1234512120500007"), "1234512120500007");
+  EXPECT_EQ(Echo(&programme, "1234512120500003"), "1234512120500004");
+}
+
+TEST_F(ProgrammeRules, AReplayedRecordIsAnsweredWithItsOwnIdWhereTheShopWantsIt) {
+  json shop = json::parse(bench::kShop);
+  shop["resumeIds"] = false;
+  loyalty::Programme other = bench::MakeProgramme(shop.dump());
+  Terminal(&other).Code("balance", "100", "", "1234512120500009");
+  EXPECT_EQ(Echo(&other, "1234512120500001"), "1234512120500001");
+}
+
+TEST_F(ProgrammeRules, AnAnswerToATerminalThatIsOnlineCarriesTheIdOfItsRequest) {
+  terminal.Code("balance", "100", "", "1234512120500009");
+  EXPECT_EQ(terminal.Ask("balance", "100", "", "1234512120500001")["response"]["requestId"],
+            "1234512120500001");
 }
 
 // --- Activation

@@ -26,7 +26,7 @@ TEST(Shop, ReadsEverySetting) {
     "advertisement": "Чай",
     "update": "offered",
     "checkBills": false,
-    "resumeIds": true
+    "resumeIds": false
   })");
   EXPECT_EQ(shop.protocolVersion, "2");
   EXPECT_FALSE(shop.isAnyTerminalKnown);
@@ -51,7 +51,7 @@ TEST(Shop, ReadsEverySetting) {
   EXPECT_EQ(shop.advertisement, "Чай");
   EXPECT_EQ(shop.update, loyalty::Update::kOffered);
   EXPECT_FALSE(shop.isBillChecked);
-  EXPECT_TRUE(shop.isIdResumedAfterReplay);
+  EXPECT_FALSE(shop.isIdResumedAfterReplay);
 }
 
 TEST(Shop, AnEmptyFileIsAShopForEveryTerminalWithoutCards) {
@@ -59,7 +59,7 @@ TEST(Shop, AnEmptyFileIsAShopForEveryTerminalWithoutCards) {
   EXPECT_TRUE(shop.isAnyTerminalKnown);
   EXPECT_TRUE(shop.cards.empty());
   EXPECT_TRUE(shop.isBillChecked);
-  EXPECT_FALSE(shop.isIdResumedAfterReplay);
+  EXPECT_TRUE(shop.isIdResumedAfterReplay);
 }
 
 TEST(Shop, NamesTheMemberThatIsWrong) {

@@ -760,9 +760,7 @@ constexpr int kDaysInAShard = 150;
 TEST_P(RandomDays, KeepEveryRecordAndEveryPromise) {
   Shop shop;
   Dice dice(GetParam());
-  loyalty::Shop programme = loyalty::BuiltInShop();
-  programme.isIdResumedAfterReplay = true;
-  loyalty::Server server{loyalty::Programme(programme)};
+  loyalty::Server server{loyalty::Programme(loyalty::BuiltInShop())};
   size_t settled = 0;
   for (int day = 0; day < kDaysInAShard && !HasFailure(); ++day) {
     SCOPED_TRACE("seed " + std::to_string(GetParam()) + ", day " + std::to_string(day));

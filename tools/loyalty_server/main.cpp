@@ -70,8 +70,9 @@ int Run(int argc, char **argv) {
   app.add_option("--update", update, "Tell terminals of a new version")
       ->check(CLI::IsMember({"none", "offered", "required"}));
   const auto *any_bill = app.add_flag("--any-bill", "Take bills whose positions do not add up");
-  const auto *resume =
-      app.add_flag("--resume-ids", "Answer offline records with the terminal's highest request id");
+  const auto *no_resume = app.add_flag("--no-resume-ids",
+                                       "Answer a replayed record with its own request id: the terminal then "
+                                       "goes on from there and repeats ids");
   app.add_option("--fault", fault_text, "Start with a fault, as \"cut 120 times 2\"");
   app.add_option("--idle", idle_seconds, "Drop a client that is silent for so many seconds")
       ->check(CLI::Range(1LL, 86400LL))
@@ -107,7 +108,11 @@ int Run(int argc, char **argv) {
   if (!version.empty()) shop.protocolVersion = version;
   if (!update.empty()) loyalty::FindUpdate(update, &shop.update);
   if (*any_bill) shop.isBillChecked = false;
-  if (*resume) shop.isIdResumedAfterReplay = true;
+  if (*no_resume) shop.isIdResumedAfterReplay = false;
+  if (!shop.isIdResumedAfterReplay) {
+    std::cerr << "loyalty_server: warning: a replayed record is answered with its own id; the terminal goes "
+                 "on from there and sends ids that it has used before\n";
+  }
   for (const std::string &terminal : terminals) {
     shop.isAnyTerminalKnown = false;
     shop.terminals.emplace(terminal, false);

@@ -205,9 +205,8 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
   response["ver"] = request.version.empty() ? shop_.protocolVersion : request.version;
   // An id that could not be read stays out, so that the terminal keeps its own.
   if (!request.id.empty()) {
-    const bool is_resumed =
-        shop_.isIdResumedAfterReplay && request.isOffline && last_ids_.count(request.terminal) != 0;
-    response["requestId"] = is_resumed ? last_ids_[request.terminal] : request.id;
+    const bool is_resumed = shop_.isIdResumedAfterReplay && request.isOffline;
+    response["requestId"] = is_resumed ? HighestId(request) : request.id;
   }
   response["responseId"] = std::to_string(++answers_);
   response["responseDate"] = Now();
@@ -292,6 +291,14 @@ void Programme::CheckRequestId(const OperationNames &operation, const Request &r
   std::string &last = last_ids_[request.terminal];
   if (last.empty() || IsEarlier(last, request.id)) last = request.id;
   if (accepted_ids_.count(request.id) != 0) Refuse(Code::kDuplicateRequestId);
+}
+
+// What a terminal goes on from after a replay. The request's own id counts also when it was refused before it
+// was judged.
+std::string Programme::HighestId(const Request &request) const {
+  std::string last = LastRequestId(request.terminal);
+  if (last.empty() || (IsRequestId(request.id) && IsEarlier(last, request.id))) return request.id;
+  return last;
 }
 
 void Programme::Perform(const Request &request, const json *part, Reply *reply, Parts *parts) {

@@ -103,6 +103,7 @@ class Programme {
              Reply *reply, Parts *parts);
   void CheckTerminal(const Request &request) const;
   void CheckRequestId(const OperationNames &operation, const Request &request);
+  std::string HighestId(const Request &request) const;
   void Perform(const Request &request, const json *part, Reply *reply, Parts *parts);
 
   void Activate(const Request &request, const json *part, Reply *reply, Parts *parts);

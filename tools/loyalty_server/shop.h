@@ -56,8 +56,8 @@ struct Shop {
   std::string advertisement = "Двойные бонусы по выходным!";
   Update update = Update::kNone;
   bool isBillChecked = true;  // total and position count must agree with the positions
-  bool isIdResumedAfterReplay =
-      false;  // answers to offline records carry the terminal's highest id, not their own
+  // Answers to offline records carry the terminal's highest id, from which it goes on; otherwise their own.
+  bool isIdResumedAfterReplay = true;
 };
 
 // The shop of a server that is given no file: a card of every state, for demonstrations.

@@ -1,0 +1,65 @@
+// model/bench_server_test.cpp: what a register sees when the bench's server does one thing or another.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "end_to_end/shop.h"
+#include "loyalty_server/server.h"
+
+namespace {
+
+using test::Shop;
+
+constexpr char kBill[] =
+    R"({"totalSum":1000,"orderLen":1,"billNum":"1","billDate":"2012-12-05T10:00:00Z","partnerFee":0,)"
+    R"("goodList":{"good":[{"title":"a","productCode":"1","positionCost":1000,"orderNum":1,"cnt":1}]}})";
+
+class BenchServer : public testing::Test {
+ protected:
+  void Open(const loyalty::Shop &programme, const std::string &more = "") {
+    server = std::make_unique<loyalty::Server>(loyalty::Programme(programme));
+    shop.Start("http://" + server->address() + "/ws", more);
+  }
+  void SetFault(const char *text) { server->SetFault(loyalty::ParseFault(text)); }
+
+  // Pays a bill of 10.00; the calls' codes and, when there is none, the server's.
+  std::string Pay() {
+    shop.Write("BILL.JSN", kBill);
+    EXPECT_EQ(shop.CreateTransaction("1000000001", "7"), 0);
+    const int code = shop.PaymentAndConfirmProc(0, "BILL.JSN");
+    const std::string outcome =
+        code == 0 || code == -405 ? shop.getResponseStateCode() : std::to_string(code);
+    shop.CloseTransaction();
+    return outcome;
+  }
+
+  // Sells online, offline while the server is away, online again; replays; and sells on.
+  std::string PayAfterReplay() {
+    EXPECT_EQ(Pay(), "OK");
+    SetFault("refuse");
+    EXPECT_EQ(Pay(), "OK");
+    SetFault("off");
+    EXPECT_EQ(shop.setOfflineState(0), 0);
+    EXPECT_EQ(Pay(), "OK");
+    EXPECT_EQ(shop.SendOfflinePayments(), 1);
+    return Pay();
+  }
+
+  Shop shop;
+  std::unique_ptr<loyalty::Server> server;
+};
+
+TEST_F(BenchServer, ARegisterSellsOnAfterAReplay) {
+  Open(loyalty::BuiltInShop(), R"("offlineMode":1)");
+  EXPECT_EQ(PayAfterReplay(), "OK");
+}
+
+TEST_F(BenchServer, ARegisterRepeatsItsIdsWhereAReplayIsAnsweredWithTheRecordsOwn) {
+  loyalty::Shop programme = loyalty::BuiltInShop();
+  programme.isIdResumedAfterReplay = false;
+  Open(programme, R"("offlineMode":1)");
+  EXPECT_EQ(PayAfterReplay(), "DUPLICATE_REQUEST_ID");
+}
+
+}  // namespace

@@ -24,8 +24,9 @@ struct JsonPrinter {
   char buffer[kJsonPrinterBuffer];
 };
 
-int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
-                    void *user);  // 0, or 1 when there is no printer or sink
+// C linkage: tests put a failing one in its place.
+extern "C" int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
+                               void *user);  // 0, or 1 when there is no printer or sink
 
 // Writes one event. `data` is used by numbers, strings and keys only; null is the empty text. Returns 0.
 int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);  // compact

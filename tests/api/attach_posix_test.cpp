@@ -23,9 +23,9 @@ Wide answer;  // empty: the system fails
 }  // namespace
 
 lumo::DWORD SystemModuleFileName(lumo::HMODULE module, lumo::WCHAR *name,
-                                 lumo::DWORD capacity) __asm__("__real__ZN4lumo18GetModuleFileNameWEPvPDsj");
+                                 lumo::DWORD capacity) __asm__("__real_lumo_GetModuleFileNameW");
 lumo::DWORD AnswerModuleFileName(lumo::HMODULE module, lumo::WCHAR *name,
-                                 lumo::DWORD capacity) __asm__("__wrap__ZN4lumo18GetModuleFileNameWEPvPDsj");
+                                 lumo::DWORD capacity) __asm__("__wrap_lumo_GetModuleFileNameW");
 
 lumo::DWORD AnswerModuleFileName(lumo::HMODULE module, lumo::WCHAR *name, lumo::DWORD capacity) {
   if (!answer_here) return SystemModuleFileName(module, name, capacity);

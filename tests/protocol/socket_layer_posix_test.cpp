@@ -32,62 +32,51 @@ constexpr int kError = 10050;
 
 }  // namespace
 
-namespace lumo {
-void SetLastError(DWORD error);
-}
-
 // The linker turns the library's calls into these, and these names back into the platform's own.
 extern "C" {
-int __real__ZN4lumo10WSAStartupEtPNS_7WSADATAE(lumo::WORD version, lumo::WSADATA *data);
-int __real__ZN4lumo10WSACleanupEv();
-lumo::SOCKET __real__ZN4lumo6socketEiii(int family, int type, int protocol);
-int __real__ZN4lumo10setsockoptEmiiPKci(lumo::SOCKET socket, int level, int option, const char *value,
-                                        int length);
-int __real__ZN4lumo7connectEmPKNS_8sockaddrEi(lumo::SOCKET socket, const lumo::sockaddr *address, int length);
-int __real__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int length, int flags);
-int __real__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags);
-int __real__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how);
-int __real__ZN4lumo11closesocketEm(lumo::SOCKET socket);
-int __real__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(lumo::JsonPrinter *printer,
-                                                                     lumo::JsonSink sink, void *user);
+int __real_lumo_WSAStartup(lumo::WORD version, lumo::WSADATA *data);
+int __real_lumo_WSACleanup();
+lumo::SOCKET __real_lumo_socket(int family, int type, int protocol);
+int __real_lumo_setsockopt(lumo::SOCKET socket, int level, int option, const char *value, int length);
+int __real_lumo_connect(lumo::SOCKET socket, const lumo::sockaddr *address, int length);
+int __real_lumo_send(lumo::SOCKET socket, const char *data, int length, int flags);
+int __real_lumo_recv(lumo::SOCKET socket, char *buffer, int capacity, int flags);
+int __real_lumo_shutdown(lumo::SOCKET socket, int how);
+int __real_lumo_closesocket(lumo::SOCKET socket);
+int __real_JsonPrinterInit(lumo::JsonPrinter *printer, lumo::JsonSink sink, void *user);
 
-int __wrap__ZN4lumo10WSAStartupEtPNS_7WSADATAE(lumo::WORD version, lumo::WSADATA *data) {
-  return Note("WSAStartup", " " + std::to_string(version))
-             ? kError
-             : __real__ZN4lumo10WSAStartupEtPNS_7WSADATAE(version, data);
+int __wrap_lumo_WSAStartup(lumo::WORD version, lumo::WSADATA *data) {
+  return Note("WSAStartup", " " + std::to_string(version)) ? kError : __real_lumo_WSAStartup(version, data);
 }
-int __wrap__ZN4lumo10WSACleanupEv() {
+int __wrap_lumo_WSACleanup() {
   Note("WSACleanup");
-  return __real__ZN4lumo10WSACleanupEv();
+  return __real_lumo_WSACleanup();
 }
-lumo::SOCKET __wrap__ZN4lumo6socketEiii(int family, int type, int protocol) {
+lumo::SOCKET __wrap_lumo_socket(int family, int type, int protocol) {
   const std::string arguments =
       " " + std::to_string(family) + " " + std::to_string(type) + " " + std::to_string(protocol);
-  if (!Note("socket", arguments)) return __real__ZN4lumo6socketEiii(family, type, protocol);
-  lumo::SetLastError(kError);
+  if (!Note("socket", arguments)) return __real_lumo_socket(family, type, protocol);
+  lumo::lumo_SetLastError(kError);
   return lumo::INVALID_SOCKET;
 }
-int __wrap__ZN4lumo10setsockoptEmiiPKci(lumo::SOCKET socket, int level, int option, const char *value,
-                                        int length) {
+int __wrap_lumo_setsockopt(lumo::SOCKET socket, int level, int option, const char *value, int length) {
   int32_t number = 0;
   if (length == 4) memcpy(&number, value, 4);
   Note("setsockopt",
        " " + std::to_string(level) + " " + std::to_string(option) + " " + std::to_string(number));
-  return __real__ZN4lumo10setsockoptEmiiPKci(socket, level, option, value, length);
+  return __real_lumo_setsockopt(socket, level, option, value, length);
 }
-int __wrap__ZN4lumo7connectEmPKNS_8sockaddrEi(lumo::SOCKET socket, const lumo::sockaddr *address,
-                                              int length) {
-  if (!Note("connect")) return __real__ZN4lumo7connectEmPKNS_8sockaddrEi(socket, address, length);
-  lumo::SetLastError(kError);
+int __wrap_lumo_connect(lumo::SOCKET socket, const lumo::sockaddr *address, int length) {
+  if (!Note("connect")) return __real_lumo_connect(socket, address, length);
+  lumo::lumo_SetLastError(kError);
   return -1;
 }
-int __wrap__ZN4lumo4sendEmPKcii(lumo::SOCKET socket, const char *data, int length, int flags) {
-  if (!Note("send", " " + std::to_string(flags)))
-    return __real__ZN4lumo4sendEmPKcii(socket, data, length, flags);
-  lumo::SetLastError(kError);
+int __wrap_lumo_send(lumo::SOCKET socket, const char *data, int length, int flags) {
+  if (!Note("send", " " + std::to_string(flags))) return __real_lumo_send(socket, data, length, flags);
+  lumo::lumo_SetLastError(kError);
   return -1;
 }
-int __wrap__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
+int __wrap_lumo_recv(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
   if (!incoming.empty()) {
     const size_t count = std::min(incoming.size(), static_cast<size_t>(capacity));
     memcpy(buffer, incoming.data(), count);
@@ -95,25 +84,22 @@ int __wrap__ZN4lumo4recvEmPcii(lumo::SOCKET socket, char *buffer, int capacity, 
     return static_cast<int>(count);
   }
   if (!Note("recv", " " + std::to_string(capacity) + " " + std::to_string(flags))) {
-    return __real__ZN4lumo4recvEmPcii(socket, buffer, capacity, flags);
+    return __real_lumo_recv(socket, buffer, capacity, flags);
   }
-  lumo::SetLastError(kError);
+  lumo::lumo_SetLastError(kError);
   return -1;
 }
-int __wrap__ZN4lumo8shutdownEmi(lumo::SOCKET socket, int how) {
-  if (!Note("shutdown", " " + std::to_string(how))) return __real__ZN4lumo8shutdownEmi(socket, how);
-  lumo::SetLastError(kError);
+int __wrap_lumo_shutdown(lumo::SOCKET socket, int how) {
+  if (!Note("shutdown", " " + std::to_string(how))) return __real_lumo_shutdown(socket, how);
+  lumo::lumo_SetLastError(kError);
   return -1;
 }
-int __wrap__ZN4lumo11closesocketEm(lumo::SOCKET socket) {
+int __wrap_lumo_closesocket(lumo::SOCKET socket) {
   Note("closesocket");
-  return __real__ZN4lumo11closesocketEm(socket);
+  return __real_lumo_closesocket(socket);
 }
-int __wrap__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(lumo::JsonPrinter *printer,
-                                                                     lumo::JsonSink sink, void *user) {
-  return failing == "JsonPrinterInit"
-             ? 1
-             : __real__ZN4lumo15JsonPrinterInitEPNS_11JsonPrinterEPFvPvPKcjES2_(printer, sink, user);
+int __wrap_JsonPrinterInit(lumo::JsonPrinter *printer, lumo::JsonSink sink, void *user) {
+  return failing == "JsonPrinterInit" ? 1 : __real_JsonPrinterInit(printer, sink, user);
 }
 }
 
@@ -128,7 +114,7 @@ const std::string kAnswer = "{\"putDepositResponse\":{\"response\":{\"requestSta
 class SocketCalls : public ProtocolTest {
  protected:
   SocketCalls() {
-    while (__real__ZN4lumo10WSACleanupEv() == 0) {
+    while (__real_lumo_WSACleanup() == 0) {
     }
     record->request.type = lumo::REQUEST_DEPOSIT;
     record->timeout = 30;

@@ -27,7 +27,7 @@ int DescriptorOf(HANDLE handle) {
 }
 
 BOOL Fail(DWORD error) {
-  SetLastError(error);
+  lumo_SetLastError(error);
   return 0;
 }
 
@@ -76,7 +76,7 @@ using Name = char[kNameBytes];
 // Converts a name. False, with the error set, for one that no file can have.
 bool Convert(const WCHAR *wide, Name &name) {
   if (wide == nullptr || *wide == 0) return Fail(ERROR_PATH_NOT_FOUND) != 0;
-  if (WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, kNameBytes, nullptr, nullptr) == 0) {
+  if (lumo_WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, kNameBytes, nullptr, nullptr) == 0) {
     return Fail(ERROR_FILENAME_EXCED_RANGE) != 0;
   }
   for (char *at = name; (at = strchr(at, '\\')) != nullptr;) *at = '/';
@@ -125,20 +125,20 @@ int OpenLocked(const Name &name, int access, Missing missing, Existing existing,
       if (descriptor < 0 && errno == EEXIST && existing != kRefuse && stat(name, &link) == 0) continue;
     }
     if (descriptor < 0) {
-      SetLastError(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorOfName(errno, name));
+      lumo_SetLastError(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorOfName(errno, name));
       return -1;
     }
     struct stat opened, named;
     if (fstat(descriptor, &opened) != 0 || S_ISDIR(opened.st_mode)) {
       close(descriptor);
-      SetLastError(ERROR_ACCESS_DENIED);
+      lumo_SetLastError(ERROR_ACCESS_DENIED);
       return -1;
     }
     if (flock(descriptor, lock | LOCK_NB) != 0) {
       const int error = errno;
       close(descriptor);
       if (error == EINTR) continue;
-      SetLastError(ErrorOf(error));
+      lumo_SetLastError(ErrorOf(error));
       return -1;
     }
     // Between the open and the lock the file may have been deleted or moved: then this is not the file of
@@ -153,7 +153,7 @@ int OpenLocked(const Name &name, int access, Missing missing, Existing existing,
         ftruncate(descriptor, 0) != 0) {
       const int error = errno;
       close(descriptor);
-      SetLastError(ErrorOf(error));
+      lumo_SetLastError(ErrorOf(error));
       return -1;
     }
     return descriptor;
@@ -166,7 +166,7 @@ int LockName(const Name &name, bool folders) {
   for (;;) {
     const int descriptor = OpenAgain(name, O_RDONLY | O_NONBLOCK, 0);
     if (descriptor < 0) {
-      SetLastError(ErrorOfName(errno, name));
+      lumo_SetLastError(ErrorOfName(errno, name));
       return -1;
     }
     struct stat status;
@@ -176,7 +176,7 @@ int LockName(const Name &name, bool folders) {
     if (error == 0) return descriptor;
     close(descriptor);
     if (error == EINTR) continue;
-    SetLastError(ErrorOf(error));
+    lumo_SetLastError(ErrorOf(error));
     return -1;
   }
 }
@@ -204,11 +204,12 @@ BOOL Transfer(HANDLE file, Byte *buffer, DWORD count, DWORD *out_done, DWORD res
 
 }  // namespace
 
-HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *, DWORD creation, DWORD, HANDLE) {
+HANDLE lumo_CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *, DWORD creation, DWORD,
+                        HANDLE) {
   Name file;
   if (!Convert(name, file)) return INVALID_HANDLE_VALUE;
   if (creation < CREATE_ALWAYS || creation > OPEN_ALWAYS) {
-    SetLastError(ERROR_INVALID_PARAMETER);
+    lumo_SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_HANDLE_VALUE;
   }
   const bool reads = (access & GENERIC_READ) != 0, writes = (access & GENERIC_WRITE) != 0;
@@ -221,32 +222,32 @@ HANDLE CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *, DW
                  creation == OPEN_EXISTING ? kFail : kCreate, creation == CREATE_ALWAYS ? kTruncate : kKeep,
                  share_mode == 0 ? LOCK_EX : LOCK_SH, 0666, &created);
   if (descriptor < 0) return INVALID_HANDLE_VALUE;
-  SetLastError(creation == OPEN_EXISTING || created ? 0 : ERROR_ALREADY_EXISTS);
+  lumo_SetLastError(creation == OPEN_EXISTING || created ? 0 : ERROR_ALREADY_EXISTS);
   return HandleOf(descriptor);
 }
 
-BOOL ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *) {
+BOOL lumo_ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *) {
   return Transfer(file, static_cast<char *>(buffer), count, out_read, ERROR_READ_FAULT,
                   [](int descriptor, char *bytes, size_t size) { return read(descriptor, bytes, size); });
 }
 
-BOOL WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written, void *) {
+BOOL lumo_WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written, void *) {
   return Transfer(
       file, static_cast<const char *>(buffer), count, out_written, ERROR_WRITE_FAULT,
       [](int descriptor, const char *bytes, size_t size) { return write(descriptor, bytes, size); });
 }
 
-DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin) {
+DWORD lumo_SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin) {
   const int descriptor = DescriptorOf(file);
   if (origin > FILE_END) {
-    SetLastError(ERROR_INVALID_PARAMETER);
+    lumo_SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_SET_FILE_POINTER;
   }
   int64_t base = 0;
   if (origin == FILE_CURRENT) base = lseek(descriptor, 0, SEEK_CUR);
   struct stat status = {};
   if (fstat(descriptor, &status) != 0 || base < 0) {
-    SetLastError(ErrorOf(errno));
+    lumo_SetLastError(ErrorOf(errno));
     return INVALID_SET_FILE_POINTER;
   }
   if (origin == FILE_END) base = status.st_size;
@@ -258,29 +259,49 @@ DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin) 
   int64_t position = 0;
   if (__builtin_add_overflow(base, distance, &position) ||
       (offset_high == nullptr && position > 0xFFFFFFFFLL)) {
-    SetLastError(ERROR_INVALID_PARAMETER);
+    lumo_SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_SET_FILE_POINTER;
   }
   if (position < 0) {
-    SetLastError(ERROR_NEGATIVE_SEEK);
+    lumo_SetLastError(ERROR_NEGATIVE_SEEK);
     return INVALID_SET_FILE_POINTER;
   }
   if (lseek(descriptor, static_cast<off_t>(position), SEEK_SET) < 0) {
-    SetLastError(ErrorOf(errno));
+    lumo_SetLastError(ErrorOf(errno));
     return INVALID_SET_FILE_POINTER;
   }
   if (offset_high != nullptr) *offset_high = static_cast<LONG>(position >> 32);
-  SetLastError(0);
+  lumo_SetLastError(0);
   return static_cast<DWORD>(position);
 }
 
-BOOL CloseHandle(HANDLE handle) {
+BOOL lumo_SetEndOfFile(HANDLE file) {
+  const int descriptor = DescriptorOf(file);
+  const off_t position = lseek(descriptor, 0, SEEK_CUR);
+  if (position < 0) return Fail(ErrorOf(errno));
+  int result;
+  do {
+    result = ftruncate(descriptor, position);
+  } while (result != 0 && errno == EINTR);
+  if (result == 0) return 1;
+  // A descriptor that cannot be cut was opened for reading.
+  return Fail(errno == EINVAL || errno == EBADF ? ERROR_ACCESS_DENIED : ErrorOf(errno));
+}
+
+BOOL lumo_FlushFileBuffers(HANDLE file) {
+  const int descriptor = DescriptorOf(file);
+  if (fdatasync(descriptor) == 0) return 1;
+  // What has no disk behind it has nothing to flush.
+  return errno == EINVAL || errno == EROFS ? 1 : Fail(ErrorOf(errno, ERROR_WRITE_FAULT));
+}
+
+BOOL lumo_CloseHandle(HANDLE handle) {
   // An interrupted close has closed.
   if (close(DescriptorOf(handle)) != 0 && errno != EINTR) return Fail(ErrorOf(errno));
   return 1;
 }
 
-BOOL DeleteFileW(const WCHAR *name) {
+BOOL lumo_DeleteFileW(const WCHAR *name) {
   Name file;
   if (!Convert(name, file)) return 0;
   const int descriptor = LockName(file, false);
@@ -290,7 +311,7 @@ BOOL DeleteFileW(const WCHAR *name) {
   return error == 0 ? 1 : Fail(ErrorOfName(error, file));
 }
 
-BOOL MoveFileW(const WCHAR *from, const WCHAR *to) {
+BOOL lumo_MoveFileW(const WCHAR *from, const WCHAR *to) {
   Name source, target;
   if (!Convert(from, source) || !Convert(to, target)) return 0;
   const int descriptor = LockName(source, true);
@@ -305,7 +326,7 @@ BOOL MoveFileW(const WCHAR *from, const WCHAR *to) {
   return error == 0 ? 1 : Fail(ErrorOfName(error, target));
 }
 
-BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
+BOOL lumo_CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
   Name source_name, target_name;
   if (!Convert(from, source_name) || !Convert(to, target_name)) return 0;
   bool created = false;
@@ -319,9 +340,9 @@ BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
   BOOL copied = target >= 0;
   char buffer[3072];
   DWORD count = 0;
-  while (copied && (copied = ReadFile(HandleOf(source), buffer, sizeof buffer, &count, nullptr)) != 0 &&
+  while (copied && (copied = lumo_ReadFile(HandleOf(source), buffer, sizeof buffer, &count, nullptr)) != 0 &&
          count != 0) {
-    copied = WriteFile(HandleOf(target), buffer, count, &count, nullptr);
+    copied = lumo_WriteFile(HandleOf(target), buffer, count, &count, nullptr);
   }
   // Half a file under the name of a whole one helps nobody.
   if (target >= 0 && !copied) unlink(target_name);
@@ -331,24 +352,44 @@ BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
   return copied;
 }
 
-DWORD GetFileAttributesW(const WCHAR *name) {
+DWORD lumo_GetFileAttributesW(const WCHAR *name) {
   Name file;
   if (!Convert(name, file)) return INVALID_FILE_ATTRIBUTES;
   struct stat status;
   if (stat(file, &status) != 0) {
-    SetLastError(ErrorOfName(errno, file));
+    lumo_SetLastError(ErrorOfName(errno, file));
     return INVALID_FILE_ATTRIBUTES;
   }
   return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }
 
-FILE *_wfopen(const WCHAR *name, const WCHAR *mode) {
+BOOL lumo_GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, void *out_data) {
+  Name file;
+  if (level != GetFileExInfoStandard || out_data == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+  if (!Convert(name, file)) return 0;
+  struct stat status;
+  if (stat(file, &status) != 0) return Fail(ErrorOfName(errno, file));
+  auto *const data = static_cast<WIN32_FILE_ATTRIBUTE_DATA *>(out_data);
+  *data = {};
+  data->dwFileAttributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+  const auto size = static_cast<uint64_t>(status.st_size);
+  data->nFileSizeHigh = static_cast<DWORD>(size >> 32);
+  data->nFileSizeLow = static_cast<DWORD>(size);
+  // In tenths of a microsecond since 1601.
+  const uint64_t time = (static_cast<uint64_t>(status.st_mtim.tv_sec) + 11644473600U) * 10000000U +
+                        static_cast<uint64_t>(status.st_mtim.tv_nsec) / 100;
+  data->ftLastWriteTime = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+  return 1;
+}
+
+FILE *lumo_wfopen(const WCHAR *name, const WCHAR *mode) {
   Name file;
   char narrow_mode[8];
   if (mode == nullptr ||
-      WideCharToMultiByte(CP_UTF8, 0, mode, -1, narrow_mode, sizeof narrow_mode, nullptr, nullptr) == 0 ||
+      lumo_WideCharToMultiByte(CP_UTF8, 0, mode, -1, narrow_mode, sizeof narrow_mode, nullptr, nullptr) ==
+          0 ||
       strchr("rwa", narrow_mode[0]) == nullptr || narrow_mode[0] == 0) {
-    SetLastError(ERROR_INVALID_PARAMETER);
+    lumo_SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
   if (!Convert(name, file)) return nullptr;
@@ -361,7 +402,7 @@ FILE *_wfopen(const WCHAR *name, const WCHAR *mode) {
   if (descriptor < 0) return nullptr;
   FILE *const stream = fdopen(descriptor, narrow_mode);
   if (stream == nullptr) {
-    SetLastError(ErrorOf(errno));
+    lumo_SetLastError(ErrorOf(errno));
     close(descriptor);
   }
   return stream;

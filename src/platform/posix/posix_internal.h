@@ -1,12 +1,10 @@
 // platform/posix/posix_internal.h: what the files of this platform share.
 #pragma once
 
-#include "platform/platform.h"
+#include "platform/posix/posix_calls.h"
+#include "platform/posix/posix_numbers.h"
 
 namespace lumo {
-
-// Socket errors are kept in the same place: WSAGetLastError and GetLastError are one there too.
-void SetLastError(DWORD error);
 
 // A name of 259 units, each at most three bytes.
 constexpr size_t kNameBytes = 260 * 3;

@@ -25,13 +25,14 @@ void WriteWide(FILE *out, const WCHAR *wide, int length) {
     // A pair goes together; half of one comes out as U+FFFD.
     char pair[4];
     const bool lead = wide[i] >= 0xD800 && wide[i] <= 0xDBFF && i + 1 < length;
-    int count = lead ? WideCharToMultiByte(CP_UTF8, 0, wide + i, 2, pair, sizeof pair, nullptr, nullptr) : 0;
+    int count =
+        lead ? lumo_WideCharToMultiByte(CP_UTF8, 0, wide + i, 2, pair, sizeof pair, nullptr, nullptr) : 0;
     if (count == 4) {
       fwrite(pair, 1, 4, out);
       ++i;
       continue;
     }
-    count = WideCharToMultiByte(CP_UTF8, 0, wide + i, 1, bytes, sizeof bytes, nullptr, nullptr);
+    count = lumo_WideCharToMultiByte(CP_UTF8, 0, wide + i, 1, bytes, sizeof bytes, nullptr, nullptr);
     fwrite(bytes, 1, static_cast<size_t>(count), out);
   }
 }
@@ -44,11 +45,11 @@ int WideLength(const WCHAR *wide) {
 
 }  // namespace
 
-DWORD GetLastError() {
+DWORD lumo_GetLastError() {
   return last_error;
 }
 
-void SetLastError(DWORD error) {
+void lumo_SetLastError(DWORD error) {
   last_error = error;
 }
 
@@ -57,34 +58,46 @@ const char *LibraryFile() {
   Dl_info info = {};
   const bool found = dladdr(library_file, &info) != 0 && info.dli_fname != nullptr;
   // A program's own code is named as it was called, perhaps without a folder.
-  if (found && strchr(info.dli_fname, '/') != nullptr && realpath(info.dli_fname, library_file) != nullptr) {
+  if (!found || strchr(info.dli_fname, '/') == nullptr) {
+    const ssize_t length = readlink("/proc/self/exe", library_file, sizeof library_file - 1);
+    library_file[length < 0 ? 0 : length] = 0;
     return library_file;
   }
-  const ssize_t length = readlink("/proc/self/exe", library_file, sizeof library_file - 1);
-  library_file[length < 0 ? 0 : length] = 0;
+  // The name it was loaded by. A link is not followed: terminals in folders of their own may share one file.
+  size_t length = 0;
+  if (info.dli_fname[0] != '/') {
+    if (getcwd(library_file, sizeof library_file) == nullptr) return "";
+    length = strlen(library_file);
+    library_file[length++] = '/';
+  }
+  if (length + strlen(info.dli_fname) >= sizeof library_file) {
+    library_file[0] = 0;
+    return "";
+  }
+  strcpy(library_file + length, info.dli_fname);
   return library_file;
 }
 
-DWORD GetModuleFileNameW(HMODULE, WCHAR *name, DWORD capacity) {
+DWORD lumo_GetModuleFileNameW(HMODULE, WCHAR *name, DWORD capacity) {
   const char *const file = LibraryFile();
   if (file[0] == 0) {
-    SetLastError(ERROR_FILE_NOT_FOUND);
+    lumo_SetLastError(ERROR_FILE_NOT_FOUND);
     return 0;
   }
   static WCHAR wide[PATH_MAX];
-  const auto length = static_cast<DWORD>(MultiByteToWideChar(CP_UTF8, 0, file, -1, wide, PATH_MAX) - 1);
+  const auto length = static_cast<DWORD>(lumo_MultiByteToWideChar(CP_UTF8, 0, file, -1, wide, PATH_MAX) - 1);
   if (capacity == 0) {
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    lumo_SetLastError(ERROR_INSUFFICIENT_BUFFER);
     return 0;
   }
   const DWORD copied = length < capacity ? length : capacity - 1;
   memcpy(name, wide, copied * sizeof(WCHAR));
   name[copied] = 0;
-  SetLastError(copied == length ? 0 : ERROR_INSUFFICIENT_BUFFER);
+  lumo_SetLastError(copied == length ? 0 : ERROR_INSUFFICIENT_BUFFER);
   return copied == length ? length : capacity;
 }
 
-void NKDbgPrintfW(const WCHAR *format, ...) {
+void lumo_NKDbgPrintfW(const WCHAR *format, ...) {
   va_list arguments;
   va_start(arguments, format);
   for (const WCHAR *at = format; *at != 0; ++at) {
@@ -110,7 +123,7 @@ void NKDbgPrintfW(const WCHAR *format, ...) {
   fflush(stderr);
 }
 
-void DebugBreak() {
+void lumo_DebugBreak() {
   raise(SIGTRAP);
 }
 

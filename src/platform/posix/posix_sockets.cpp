@@ -1,17 +1,3 @@
-#include "platform/posix/posix_internal.h"
-
-// The system's headers give some of these names as macros. From here on they mean the system's numbers.
-namespace lumo {
-namespace {
-constexpr int kSocketLevel = SOL_SOCKET;
-constexpr int kSendTimeout = SO_SNDTIMEO;
-constexpr int kReceiveTimeout = SO_RCVTIMEO;
-constexpr int kInternet = AF_INET;
-constexpr int kStream = SOCK_STREAM;
-constexpr uint32_t kNoAddress = INADDR_NONE;
-}  // namespace
-}  // namespace lumo
-
 #include <arpa/inet.h>
 #include <errno.h>
 #include <netinet/in.h>
@@ -23,7 +9,7 @@ constexpr uint32_t kNoAddress = INADDR_NONE;
 
 #include <cstring>
 
-#undef htons
+#include "platform/posix/posix_internal.h"
 
 namespace lumo {
 
@@ -33,7 +19,7 @@ namespace {
 int startups;
 
 int Fail(int error) {
-  SetLastError(static_cast<DWORD>(error));
+  lumo_SetLastError(static_cast<DWORD>(error));
   return SOCKET_ERROR;
 }
 
@@ -133,72 +119,72 @@ int SocketErrorOf(int error) {
   }
 }
 
-int WSAStartup(WORD version, WSADATA *data) {
+int lumo_WSAStartup(WORD version, WSADATA *data) {
   if (data != nullptr) *data = {version, MAKEWORD(2, 2)};
   ++startups;
   return 0;
 }
 
-int WSACleanup() {
+int lumo_WSACleanup() {
   if (!IsStarted()) return SOCKET_ERROR;
   --startups;
   return 0;
 }
 
-int WSAGetLastError() {
-  return static_cast<int>(GetLastError());
+int lumo_WSAGetLastError() {
+  return static_cast<int>(lumo_GetLastError());
 }
 
-uint32_t inet_addr(const char *text) {
-  return text == nullptr ? kNoAddress : ::inet_addr(text);
+uint32_t lumo_inet_addr(const char *text) {
+  return text == nullptr ? WIN_INADDR_NONE : inet_addr(text);
 }
 
-uint16_t htons(uint16_t value) {
-  return ::htons(value);
+uint16_t lumo_htons(uint16_t value) {
+  return htons(value);
 }
 
-SOCKET socket(int family, int type, int protocol) {
+SOCKET lumo_socket(int family, int type, int protocol) {
   if (!IsStarted()) return INVALID_SOCKET;
-  if (family != kInternet || type != kStream) {
-    Fail(family != kInternet ? WSAEAFNOSUPPORT : WSAEPROTONOSUPPORT);
+  if (family != WIN_AF_INET || type != WIN_SOCK_STREAM) {
+    Fail(family != WIN_AF_INET ? WSAEAFNOSUPPORT : WSAEPROTONOSUPPORT);
     return INVALID_SOCKET;
   }
-  const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, protocol);
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, protocol);
   if (descriptor >= 0) return static_cast<SOCKET>(descriptor);
   Fail(SocketErrorOf(errno));
   return INVALID_SOCKET;
 }
 
-int setsockopt(SOCKET socket, int level, int option, const char *value, int length) {
+int lumo_setsockopt(SOCKET socket, int level, int option, const char *value, int length) {
   if (!IsStarted()) return SOCKET_ERROR;
   int32_t milliseconds = 0;
   if (value == nullptr || length < static_cast<int>(sizeof milliseconds)) return Fail(WSAEFAULT);
-  if (level != kSocketLevel || (option != kSendTimeout && option != kReceiveTimeout))
+  if (level != WIN_SOL_SOCKET || (option != WIN_SO_SNDTIMEO && option != WIN_SO_RCVTIMEO))
     return Fail(WSAENOPROTOOPT);
   memcpy(&milliseconds, value, sizeof milliseconds);
-  // A negative number is a very large unsigned one there: as good as none, which is what 0 is here and there.
+  // On Windows a negative time-out is huge; here it counts as none, like 0.
   if (milliseconds < 0) milliseconds = 0;
   timeval time = {};
   time.tv_sec = milliseconds / 1000;
   time.tv_usec = milliseconds % 1000 * 1000;
-  const int name = option == kSendTimeout ? SO_SNDTIMEO : SO_RCVTIMEO;
-  const int result = ::setsockopt(DescriptorOf(socket), SOL_SOCKET, name, &time, sizeof time);
+  const int name = option == WIN_SO_SNDTIMEO ? SO_SNDTIMEO : SO_RCVTIMEO;
+  const int result = setsockopt(DescriptorOf(socket), SOL_SOCKET, name, &time, sizeof time);
   return result == 0 ? 0 : Fail(SocketErrorOf(errno));
 }
 
-int connect(SOCKET socket, const sockaddr *address, int length) {
+int lumo_connect(SOCKET socket, const sockaddr *address, int length) {
   if (!IsStarted()) return SOCKET_ERROR;
   sockaddr_in given = {};
   if (address == nullptr || length < static_cast<int>(sizeof given)) return Fail(WSAEFAULT);
   memcpy(&given, address, sizeof given);
-  if (given.sin_family != kInternet) return Fail(WSAEAFNOSUPPORT);
+  if (given.sin_family != WIN_AF_INET) return Fail(WSAEAFNOSUPPORT);
   ::sockaddr_in target = {};
   target.sin_family = AF_INET;
   target.sin_port = given.sin_port;
   target.sin_addr.s_addr = given.sin_addr.s_addr;
   const int descriptor = DescriptorOf(socket);
   const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
-  if (::connect(descriptor, reinterpret_cast<::sockaddr *>(&target), sizeof target) == 0) return 0;
+  if (connect(descriptor, reinterpret_cast<::sockaddr *>(&target), sizeof target) == 0) return 0;
   int error = errno;
   if (error == EINTR) {
     // The system goes on connecting; only the end of it can be waited for.
@@ -209,14 +195,14 @@ int connect(SOCKET socket, const sockaddr *address, int length) {
   return error == 0 ? 0 : Fail(SocketErrorOf(error));
 }
 
-int send(SOCKET socket, const char *data, int length, int) {
+int lumo_send(SOCKET socket, const char *data, int length, int) {
   if (!IsStarted()) return SOCKET_ERROR;
   const int descriptor = DescriptorOf(socket);
   const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
   int sent = 0;
   do {
     const ssize_t result =
-        ::send(descriptor, data + sent, static_cast<size_t>(length - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
+        send(descriptor, data + sent, static_cast<size_t>(length - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
     int error = result < 0 ? errno : 0;
     if (error == EAGAIN) error = WaitFor(descriptor, POLLOUT, deadline);
     if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
@@ -225,12 +211,12 @@ int send(SOCKET socket, const char *data, int length, int) {
   return sent;
 }
 
-int recv(SOCKET socket, char *buffer, int capacity, int) {
+int lumo_recv(SOCKET socket, char *buffer, int capacity, int) {
   if (!IsStarted()) return SOCKET_ERROR;
   const int descriptor = DescriptorOf(socket);
   const int64_t deadline = Deadline(descriptor, SO_RCVTIMEO);
   for (;;) {
-    const ssize_t result = ::recv(descriptor, buffer, static_cast<size_t>(capacity), MSG_DONTWAIT);
+    const ssize_t result = recv(descriptor, buffer, static_cast<size_t>(capacity), MSG_DONTWAIT);
     if (result >= 0) return static_cast<int>(result);
     int error = errno;
     if (error == EAGAIN) error = WaitFor(descriptor, POLLIN, deadline);
@@ -238,14 +224,15 @@ int recv(SOCKET socket, char *buffer, int capacity, int) {
   }
 }
 
-int shutdown(SOCKET socket, int how) {
+int lumo_shutdown(SOCKET socket, int how) {
   if (!IsStarted()) return SOCKET_ERROR;
   // Receiving, sending and both have the same numbers on either side.
-  return ::shutdown(DescriptorOf(socket), how) == 0 ? 0 : Fail(SocketErrorOf(errno));
+  return shutdown(DescriptorOf(socket), how) == 0 ? 0 : Fail(SocketErrorOf(errno));
 }
 
-int closesocket(SOCKET socket) {
-  // The last WSACleanup takes the sockets along there. Here the descriptor goes now, with the same answer.
+int lumo_closesocket(SOCKET socket) {
+  // On Windows the last WSACleanup has closed the sockets. Here the descriptor goes now, with the same
+  // answer.
   const int result = close(DescriptorOf(socket));
   const int error = result == 0 || errno == EINTR ? 0 : errno;
   if (!IsStarted()) return SOCKET_ERROR;

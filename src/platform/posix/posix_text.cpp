@@ -49,7 +49,7 @@ uint32_t TakeUtf16(const WCHAR **wide, const WCHAR *end) {
 }
 
 int Fail(DWORD error) {
-  SetLastError(error);
+  lumo_SetLastError(error);
   return 0;
 }
 
@@ -61,7 +61,7 @@ int WideLength(const WCHAR *wide) {
 
 }  // namespace
 
-int MultiByteToWideChar(UINT code_page, DWORD, const char *text, int length, WCHAR *wide, int capacity) {
+int lumo_MultiByteToWideChar(UINT code_page, DWORD, const char *text, int length, WCHAR *wide, int capacity) {
   if (code_page != CP_UTF8 || text == nullptr || length == 0 || capacity < 0 ||
       (wide == nullptr && capacity != 0)) {
     return Fail(ERROR_INVALID_PARAMETER);
@@ -86,8 +86,8 @@ int MultiByteToWideChar(UINT code_page, DWORD, const char *text, int length, WCH
   return units;
 }
 
-int WideCharToMultiByte(UINT code_page, DWORD, const WCHAR *wide, int length, char *text, int capacity,
-                        const char *default_char, BOOL *used_default) {
+int lumo_WideCharToMultiByte(UINT code_page, DWORD, const WCHAR *wide, int length, char *text, int capacity,
+                             const char *default_char, BOOL *used_default) {
   if (code_page != CP_UTF8 || wide == nullptr || length == 0 || capacity < 0 ||
       (text == nullptr && capacity != 0) || default_char != nullptr || used_default != nullptr) {
     return Fail(ERROR_INVALID_PARAMETER);
@@ -111,7 +111,7 @@ int WideCharToMultiByte(UINT code_page, DWORD, const WCHAR *wide, int length, ch
   return bytes;
 }
 
-int _vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments) {
+int lumo_vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments) {
   if (buffer == nullptr && capacity != 0) return -1;
   va_list again;
   va_copy(again, arguments);

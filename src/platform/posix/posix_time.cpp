@@ -1,10 +1,11 @@
+#include <errno.h>
 #include <time.h>
 
-#include "platform/platform.h"
+#include "platform/posix/posix_internal.h"
 
 namespace lumo {
 
-void GetSystemTime(SYSTEMTIME *time) {
+void lumo_GetSystemTime(SYSTEMTIME *time) {
   timespec now = {};
   tm utc = {};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -17,6 +18,13 @@ void GetSystemTime(SYSTEMTIME *time) {
   time->wMinute = static_cast<WORD>(utc.tm_min);
   time->wSecond = static_cast<WORD>(utc.tm_sec);
   time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1000000);
+}
+
+void lumo_Sleep(DWORD milliseconds) {
+  timespec rest = {static_cast<time_t>(milliseconds / 1000),
+                   static_cast<long>(milliseconds % 1000) * 1000000};
+  while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+  }
 }
 
 }  // namespace lumo

@@ -48,11 +48,22 @@ constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
 constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
 constexpr DWORD ERROR_ACCESS_DENIED = 5;
 constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
 constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 
 struct SYSTEMTIME {
   WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
 };
+
+struct FILETIME {
+  DWORD dwLowDateTime, dwHighDateTime;
+};
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime, ftLastAccessTime, ftLastWriteTime;
+  DWORD nFileSizeHigh, nFileSizeLow;
+};
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 LUMO_IMPORT DWORD GetLastError();
 
@@ -62,11 +73,14 @@ LUMO_IMPORT BOOL ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_rea
 LUMO_IMPORT BOOL WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written,
                            void *overlapped);
 LUMO_IMPORT DWORD SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin);
+LUMO_IMPORT BOOL SetEndOfFile(HANDLE file);
+LUMO_IMPORT BOOL FlushFileBuffers(HANDLE file);
 LUMO_IMPORT BOOL CloseHandle(HANDLE handle);
 LUMO_IMPORT BOOL DeleteFileW(const WCHAR *name);
 LUMO_IMPORT BOOL MoveFileW(const WCHAR *from, const WCHAR *to);
 LUMO_IMPORT BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists);
 LUMO_IMPORT DWORD GetFileAttributesW(const WCHAR *name);
+LUMO_IMPORT BOOL GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, void *out_data);
 using ::_wfopen;
 
 LUMO_IMPORT int MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide,
@@ -77,6 +91,7 @@ using ::_vsnprintf;
 
 LUMO_IMPORT DWORD GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);
 LUMO_IMPORT void GetSystemTime(SYSTEMTIME *time);
+LUMO_IMPORT void Sleep(DWORD milliseconds);
 LUMO_IMPORT void NKDbgPrintfW(const WCHAR *format, ...);
 LUMO_IMPORT void RaiseException(DWORD code, DWORD flags, DWORD count, const DWORD *arguments);
 LUMO_IMPORT BOOL TerminateProcess(HANDLE process, DWORD status);

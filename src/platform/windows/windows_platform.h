@@ -23,12 +23,15 @@ namespace lumo {
 
 using ::BOOL;
 using ::DWORD;
+using ::FILETIME;
+using ::GET_FILEEX_INFO_LEVELS;
 using ::HANDLE;
 using ::HMODULE;
 using ::LONG;
 using ::SYSTEMTIME;
 using ::UINT;
 using ::WCHAR;
+using ::WIN32_FILE_ATTRIBUTE_DATA;
 using ::WORD;
 
 using ::_wfopen;
@@ -36,10 +39,13 @@ using ::CloseHandle;
 using ::CopyFileW;
 using ::CreateFileW;
 using ::DeleteFileW;
+using ::FlushFileBuffers;
+using ::GetFileAttributesExW;
 using ::GetFileAttributesW;
 using ::GetLastError;
 using ::MoveFileW;
 using ::ReadFile;
+using ::SetEndOfFile;
 using ::SetFilePointer;
 using ::WriteFile;
 
@@ -49,6 +55,7 @@ using ::WideCharToMultiByte;
 
 using ::GetModuleFileNameW;
 using ::GetSystemTime;
+using ::Sleep;
 
 using ::in_addr;
 using ::sockaddr;

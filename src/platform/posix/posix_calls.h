@@ -1,0 +1,115 @@
+// platform/posix/posix_calls.h: the system calls the library is written against, as this platform implements
+// them: types, and each call as lumo_ and its name, so that inside these files a bare name is always the
+// operating system's own. The code above takes them from posix_platform.h, by their names. Tests put their
+// own functions in front of them at the link.
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace lumo {
+
+using WCHAR = char16_t;
+using BOOL = int;
+using DWORD = uint32_t;
+using LONG = int32_t;
+using UINT = uint32_t;
+using WORD = uint16_t;
+using HANDLE = void *;
+using HMODULE = void *;
+
+// INVALID_HANDLE_VALUE is all bits set, as a pointer.
+#define INVALID_HANDLE_VALUE (reinterpret_cast<::lumo::HANDLE>(static_cast<intptr_t>(-1)))
+
+struct SYSTEMTIME {
+  WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
+};
+struct FILETIME {
+  DWORD dwLowDateTime, dwHighDateTime;
+};
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime, ftLastAccessTime, ftLastWriteTime;
+  DWORD nFileSizeHigh, nFileSizeLow;
+};
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
+
+using SOCKET = uintptr_t;
+
+struct WSADATA {
+  WORD wVersion, wHighVersion;
+};
+struct in_addr {
+  uint32_t s_addr;  // network byte order
+};
+struct sockaddr {
+  uint16_t sa_family;
+  char sa_data[14];
+};
+struct sockaddr_in {
+  int16_t sin_family;
+  uint16_t sin_port;  // network byte order
+  in_addr sin_addr;
+  char sin_zero[8];
+};
+
+extern "C" {
+
+DWORD lumo_GetLastError();
+void lumo_SetLastError(DWORD error);
+
+// Files. Share mode 0 excludes every other open of the file; it is the only one the library uses. A success
+// of SetFilePointer sets the last error to 0. MoveFileW never replaces: ERROR_ALREADY_EXISTS.
+HANDLE lumo_CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *security, DWORD creation,
+                        DWORD attributes, HANDLE model);
+BOOL lumo_ReadFile(HANDLE file, void *buffer, DWORD count, DWORD *out_read, void *overlapped);
+BOOL lumo_WriteFile(HANDLE file, const void *buffer, DWORD count, DWORD *out_written, void *overlapped);
+DWORD lumo_SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origin);
+BOOL lumo_SetEndOfFile(HANDLE file);
+BOOL lumo_FlushFileBuffers(HANDLE file);
+BOOL lumo_CloseHandle(HANDLE handle);
+BOOL lumo_DeleteFileW(const WCHAR *name);
+BOOL lumo_MoveFileW(const WCHAR *from, const WCHAR *to);
+BOOL lumo_CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists);
+DWORD lumo_GetFileAttributesW(const WCHAR *name);
+// Gives the attributes, the size and the time of the last write; the other times are 0.
+BOOL lumo_GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, void *out_data);
+FILE *lumo_wfopen(const WCHAR *name, const WCHAR *mode);
+
+// Texts. A length of -1 means up to and with the terminating zero. A byte that is no UTF-8 becomes U+FFFD.
+int lumo_MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide,
+                             int capacity);
+int lumo_WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *wide, int length, char *text,
+                             int capacity, const char *default_char, BOOL *used_default);
+// A null buffer measures. A text that fills the buffer has no terminator, a longer one is cut and gives -1.
+int lumo_vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments)
+    __attribute__((format(printf, 3, 0)));
+
+// Process and clock. %s in a debug text is a WCHAR text.
+DWORD lumo_GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);
+void lumo_GetSystemTime(SYSTEMTIME *time);
+void lumo_Sleep(DWORD milliseconds);
+void lumo_NKDbgPrintfW(const WCHAR *format, ...);
+void lumo_DebugBreak();
+
+// Sockets.
+int lumo_WSAStartup(WORD version, WSADATA *data);
+int lumo_WSACleanup();
+int lumo_WSAGetLastError();
+uint32_t lumo_inet_addr(const char *text);
+uint16_t lumo_htons(uint16_t value);
+SOCKET lumo_socket(int family, int type, int protocol);
+int lumo_setsockopt(SOCKET socket, int level, int option, const char *value, int length);
+int lumo_connect(SOCKET socket, const sockaddr *address, int length);
+int lumo_send(SOCKET socket, const char *data, int length, int flags);
+int lumo_recv(SOCKET socket, char *buffer, int capacity, int flags);
+int lumo_shutdown(SOCKET socket, int how);
+int lumo_closesocket(SOCKET socket);
+
+}  // extern "C"
+
+[[noreturn]] void PlatformExit(int status);
+
+}  // namespace lumo

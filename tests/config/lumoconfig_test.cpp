@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string kBom = "\xEF\xBB\xBF";  // spares the reader's seek and the line it leaves
+const std::string kConfigBom = "\xEF\xBB\xBF";  // spares the reader's seek and the line it leaves
 
 class Config : public testing::Test {
  protected:
@@ -24,7 +24,7 @@ class Config : public testing::Test {
 
   // Loads CONFIG with these bytes.
   int Load(const std::string &bytes) {
-    folder_.Write("CONFIG", kBom + bytes);
+    folder_.Write("CONFIG", kConfigBom + bytes);
     return lumo::LoadConfig();
   }
   void MakeDirectory(const std::string &name) {
@@ -122,19 +122,19 @@ TEST_F(Config, AbsentTextsAreNullAndAbsentNumbersZero) {
   EXPECT_EQ(settings.sslKey, nullptr);
 }
 
-struct Line {
+struct ConfigLine {
   const char *name;
   const char *member;
   const char *trace;
 };
 
-class ConfigMember : public Config, public testing::WithParamInterface<Line> {};
+class ConfigMember : public Config, public testing::WithParamInterface<ConfigLine> {};
 
 TEST_P(ConfigMember, IsTakenAs) {
   EXPECT_EQ(SettingLines(std::string("{") + GetParam().member + "}"), GetParam().trace);
 }
 
-const Line kKeys[] = {
+const ConfigLine kKeys[] = {
     {"EmptyKeyIsTheTerminal", "\"\":\"7\"", "Terminal Id [7]\n"},
     {"TIsTheTerminalBeforeTheTimeout", "\"t\":\"7\"", "Terminal Id [7]\n"},
     {"TimeIsTheTimeout", "\"time\":7", "Timeout [7]\n"},
@@ -162,7 +162,7 @@ const Line kKeys[] = {
 INSTANTIATE_TEST_SUITE_P(Keys, ConfigMember, testing::ValuesIn(kKeys),
                          [](const auto &row) { return std::string(row.param.name); });
 
-const Line kValues[] = {
+const ConfigLine kValues[] = {
     {"DigitsOfATextCount", "\"timeout\":\"12abc\"", "Timeout [12]\n"},
     {"ATextWithoutDigitsIsZero", "\"timeout\":\"abc\"", "Timeout [0]\n"},
     {"ANumberAsText", "\"timeout\":\"30\"", "Timeout [30]\n"},
@@ -266,18 +266,18 @@ TEST_F(Config, InitConfigOnlyTraces) {
 // Files.
 
 TEST_F(Config, AGoodDeliveryIsMoved) {
-  folder_.Write("CONFIG.JSN", kBom + "{\"timeout\":5}");
+  folder_.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
   EXPECT_EQ(lumo::LoadNewConfig(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
   EXPECT_FALSE(folder_.Exists("CONFIG.JSN"));
-  EXPECT_EQ(folder_.Read("CONFIG"), kBom + "{\"timeout\":5}");
+  EXPECT_EQ(folder_.Read("CONFIG"), kConfigBom + "{\"timeout\":5}");
   EXPECT_EQ(folder_.Trace(),
             "LoadNewConfig\nparseJsonFile [CONFIG.JSN]\nByte Order Mark skipping\nTimeout [5]\n");
 }
 
 TEST_F(Config, ADeliveryDoesNotReplaceTheSettingsInForceButIsUsed) {
   folder_.Write("CONFIG", "{\"timeout\":1}");
-  folder_.Write("CONFIG.JSN", kBom + "{\"timeout\":5}");
+  folder_.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
   EXPECT_EQ(lumo::LoadNewConfig(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
   EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
@@ -288,7 +288,7 @@ TEST_F(Config, ADeliveryDoesNotReplaceTheSettingsInForceButIsUsed) {
 }
 
 TEST_F(Config, ABadDeliveryStaysWhereItIs) {
-  folder_.Write("CONFIG.JSN", kBom + "[]");
+  folder_.Write("CONFIG.JSN", kConfigBom + "[]");
   EXPECT_EQ(lumo::LoadNewConfig(), -111);
   EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
   EXPECT_FALSE(folder_.Exists("CONFIG"));

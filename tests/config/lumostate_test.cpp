@@ -15,7 +15,7 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::string kBom = "\xEF\xBB\xBF";  // spares the reader's seek and the line it leaves
+const std::string kStateBom = "\xEF\xBB\xBF";  // spares the reader's seek and the line it leaves
 
 class State : public testing::Test {
  protected:
@@ -27,7 +27,7 @@ class State : public testing::Test {
   }
 
   int Load(const std::string &bytes) {
-    folder_.Write("STATE", kBom + bytes);
+    folder_.Write("STATE", kStateBom + bytes);
     folder_.ClearTrace();
     return lumo::LoadState();
   }
@@ -123,19 +123,19 @@ TEST_F(State, AnArrayIsRefused) {
   EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: State json structure error!\n"));
 }
 
-struct Line {
+struct StateLine {
   const char *name;
   const char *member;
   const char *trace;
 };
 
-class StateMember : public State, public testing::WithParamInterface<Line> {};
+class StateMember : public State, public testing::WithParamInterface<StateLine> {};
 
 TEST_P(StateMember, Traces) {
   EXPECT_EQ(StateLines(std::string("{") + GetParam().member + "}"), GetParam().trace);
 }
 
-const Line kLines[] = {
+const StateLine kLines[] = {
     {"OfflineTrue", "\"offline\":true", "WARNING: Wrong JSON type for offlineState [9]\n"},
     {"OfflineFalse", "\"offline\":false", "WARNING: Wrong JSON type for offlineState [10]\n"},
     {"OfflineText", "\"offline\":\"1\"", "WARNING: Wrong JSON type for offlineState [7]\n"},
@@ -357,7 +357,7 @@ TEST_F(State, InitStateEmptiesTheMemoryAndLeavesTheFile) {
   EXPECT_EQ(folder_.Trace(), "InitState\n");
   EXPECT_EQ(lumo::RequestId(), nullptr);
   EXPECT_EQ(lumo::GetNeedUpdate(), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kBom + "{\"reqId\":\"7\",\"update\":1}");
+  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"reqId\":\"7\",\"update\":1}");
 }
 
 TEST_F(State, ReleaseStateEmptiesTheMemory) {
@@ -377,7 +377,7 @@ TEST_F(State, TheFirstShiftWithoutAnIdentifierHasAnEmptyOne) {
 }
 
 TEST_F(State, OpeningAShiftLoadsOnceAndSavesThreeTimes) {
-  folder_.Write("STATE", kBom + "{}");
+  folder_.Write("STATE", kStateBom + "{}");
   EXPECT_EQ(lumo::OpenShift("42"), 0);
   EXPECT_EQ(folder_.Trace(),
             "OpenShift \nLoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n"
@@ -464,13 +464,13 @@ TEST_F(State, ClosingWithATransactionIsRefusedBeforeAnything) {
 TEST_F(State, ClosingAClosedShiftWritesNothing) {
   ASSERT_EQ(Load("{\"shiftState\":0}"), 0);
   EXPECT_EQ(lumo::CloseShift(false), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kBom + "{\"shiftState\":0}");
+  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"shiftState\":0}");
 }
 
 TEST_F(State, OnlyShiftStateOneIsOpenForCloseShift) {
   ASSERT_EQ(Load("{\"shiftState\":2}"), 0);
   EXPECT_EQ(lumo::CloseShift(false), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kBom + "{\"shiftState\":2}");
+  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"shiftState\":2}");
 }
 
 }  // namespace

@@ -264,9 +264,9 @@ TEST_P(BadBill, GivesItsCodeAndIsNotSentAndNotTouched) {
 
 INSTANTIATE_TEST_SUITE_P(Every, BadBill, testing::ValuesIn(kBills), NameOf);
 
-class Bill : public test::Register {};
+class OddBill : public test::Register {};
 
-TEST_F(Bill, MissingGivesItsCode) {
+TEST_F(OddBill, MissingGivesItsCode) {
   Open({Success("putPaymentResponse", "\"bill\":{}")});
   EXPECT_EQ(shop.PaymentProc(1, "BILL.JSN"), -106);
   EXPECT_THAT(shop.Trace(), HasSubstr("ERROR: CreateFile function failed with error 2\n"
@@ -277,7 +277,7 @@ TEST_F(Bill, MissingGivesItsCode) {
   EXPECT_FALSE(shop.Exists("BILL.JSN"));
 }
 
-TEST_F(Bill, WronglyTypedIsReadAsFarAsItGoes) {
+TEST_F(OddBill, WronglyTypedIsReadAsFarAsItGoes) {
   Open({Success("putPaymentResponse", "\"bill\":{}")});
   shop.Write(
       "BILL.JSN",
@@ -289,7 +289,7 @@ TEST_F(Bill, WronglyTypedIsReadAsFarAsItGoes) {
   EXPECT_THAT(shop.Trace(), HasSubstr("not a good element [x]\n"));
 }
 
-TEST_F(Bill, OfManyGoodsIsSentAndRewrittenWhole) {
+TEST_F(OddBill, OfManyGoodsIsSentAndRewrittenWhole) {
   std::string goods;
   for (int i = 1; i <= 10000; ++i) {
     goods += (i == 1 ? "" : ",") +

@@ -13,7 +13,7 @@ using test::Shop;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr char kBill[] =
+constexpr char kTwoGoods[] =
     R"({"totalSum":10000,"orderLen":2,"billNum":"77","billDate":"2012-12-05T09:59:00Z","partnerFee":500,)"
     R"("goodList":{"good":[)"
     R"({"title":"Хлеб \"Бородинский\"","productCode":"001","positionCost":4000,"orderNum":1,"cnt":1},)"
@@ -83,7 +83,7 @@ TEST(Payment, LeavesExactlyTheseBytesOnTheWireOnPaperAndOnDisk) {
   Shop shop;
   ScriptedServer server{std::string(kAnswer)};
   shop.Start(server.address());
-  shop.Write("BILL.JSN", kBill);
+  shop.Write("BILL.JSN", kTwoGoods);
 
   ASSERT_EQ(shop.CreateTransaction("9000000001", "7"), 0);
   EXPECT_EQ(shop.PaymentProc(2000, "BILL.JSN"), 0);
@@ -116,7 +116,7 @@ TEST(Payment, TheBodyIsCopiedWithItsTerminator) {
   Shop shop;
   ScriptedServer server{std::string(kAnswer)};
   shop.Start(server.address());
-  shop.Write("BILL.JSN", kBill);
+  shop.Write("BILL.JSN", kTwoGoods);
   ASSERT_EQ(shop.CreateTransaction("9000000001", "7"), 0);
   ASSERT_EQ(shop.PaymentProc(2000, "BILL.JSN"), 0);
   ASSERT_EQ(shop.getReceiptBody(nullptr), static_cast<int>(sizeof kBody));

@@ -26,7 +26,7 @@ std::string Activation(const std::string &type, int amount) {
          R"("referralSum":700,"referralSumType":"LOCAL","giftSum":900,"giftSumType":"DISCOUNT"})";
 }
 
-std::string Bill(int total, int earned, int spent, int discount) {
+std::string PaidBill(int total, int earned, int spent, int discount) {
   return R"("bill":{"totalSum":)" + std::to_string(total) +
          R"(,"spendBonus":true,"orderLen":1,"billNum":"5","billDate":"2012-12-05T09:59:00Z","partnerFee":1000,)"
          R"("goodList":{"good":[{"title":"ЧАЙ","productCode":"008","positionCost":100,"orderNum":1,"cnt":1,)"
@@ -47,10 +47,10 @@ const std::string kDay =
     Line("ACTIVATION", "01", Activation("SIMPLE_ACTIVATION", 2500)) +
     Line("ACTIVATION", "02", Activation("GIFT_CARD", 50000)) +
     Line("ACTIVATION", "03", Activation("REFER_A_FRIEND", 100)) +
-    Line("PAYMENT", "04", Bill(10000, 180, 1995, 30)) + Line("PAYMENT", "05", Bill(20000, 380, 0, 0)) +
-    Line("PAYMENT_CONFIRM", "06", Confirm("04", true)) + Line("PAYMENT_CONFIRM", "07", Confirm("05", false)) +
-    Line("PAYMENT", "08", Bill(12345, 0, 0, 9)) +
-    Line("PAYMENT_AND_CONFIRM", "09", Bill(500, 1000000, 100, 0)) +
+    Line("PAYMENT", "04", PaidBill(10000, 180, 1995, 30)) +
+    Line("PAYMENT", "05", PaidBill(20000, 380, 0, 0)) + Line("PAYMENT_CONFIRM", "06", Confirm("04", true)) +
+    Line("PAYMENT_CONFIRM", "07", Confirm("05", false)) + Line("PAYMENT", "08", PaidBill(12345, 0, 0, 9)) +
+    Line("PAYMENT_AND_CONFIRM", "09", PaidBill(500, 1000000, 100, 0)) +
     Line("DEPOSIT", "10", R"("deposit":{"amount":123456})") +
     Line("DEPOSIT", "11", R"("deposit":{"amount":-50})") + Line("CASHBACK", "12") + Line("LINK", "13") +
     Line("EXCHANGE", "14");

@@ -36,21 +36,21 @@ std::string DeepObjects(int depth) {
   return deep + "1" + std::string(static_cast<size_t>(depth), '}');
 }
 
-struct Trouble {
+struct TroubleCase {
   const char *name;
   Answer answer;
   int code;
   std::string trace;  // somewhere in the trace, in one piece
 };
 
-void PrintTo(const Trouble &trouble, std::ostream *out) {
+void PrintTo(const TroubleCase &trouble, std::ostream *out) {
   *out << trouble.name;
 }
 
 // What the answer of one byte less than a whole one is: no document, so no root.
 constexpr char kNoRoot[] = "ParseOperationResponse\nERROR: no root element in json response\nDisconnect\n";
 
-const Trouble kTroubles[] = {
+const TroubleCase kTroubles[] = {
     {"ClosedWithoutAnAnswer",
      {{}, End::kClose},
      -401,
@@ -141,10 +141,10 @@ const Trouble kTroubles[] = {
      "response.state = ERROR\nresponse.stateCode = INCORRECT_SUM\n"},
 };
 
-class ServerTrouble : public test::Register, public testing::WithParamInterface<Trouble> {};
+class ServerTrouble : public test::Register, public testing::WithParamInterface<TroubleCase> {};
 
 TEST_P(ServerTrouble, GivesItsCodeAndNothingElseAndTheNextOperationWorks) {
-  const Trouble &trouble = GetParam();
+  const TroubleCase &trouble = GetParam();
   Open({trouble.answer, Answer{{Success("putDepositResponse", "", kSecondRrn)}, End::kClose}},
        "\"timeout\":1,\"offlineMode\":1");
   EXPECT_EQ(shop.DepositProc(100), trouble.code);

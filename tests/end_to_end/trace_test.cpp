@@ -21,13 +21,13 @@ const std::string kCount =
     "Good has 2 bonuses\n"
     "Good has 0 bonuses\n";
 
-constexpr char kBill[] =
+constexpr char kTracedBill[] =
     R"({"totalSum":10000,"orderLen":2,"billNum":"77","billDate":"2012-12-05T09:59:00Z","partnerFee":500,)"
     R"("goodList":{"good":[)"
     R"({"title":"Хлеб","productCode":"001","positionCost":4000,"orderNum":1,"cnt":1},)"
     R"({"title":"Молоко","productCode":"002","positionCost":6000,"orderNum":2,"cnt":3}]}})";
 
-constexpr char kBillLines[] =
+constexpr char kTracedBillLines[] =
     " totalSum [10000]\n"
     " orderLen [2]\n"
     " billNum [77]\n"
@@ -66,7 +66,7 @@ TEST_F(Trace, OfADayWithAPayment) {
           R"("localBonusOffline":3,"globalBonusOffline":2,"orgFeeOffline":4,"logSize":1000,)"
           R"("receiptHeader":"Магазин","receiptFooter":"Спасибо","sslMode":0,"sslKey":"k","colour":"red"})");
   shop.Write("STATE", R"({"reqId":"1234512120500007","offline":0,"shiftState":0,"update":0,"x":{}})");
-  shop.Write("BILL.JSN", kBill);
+  shop.Write("BILL.JSN", kTracedBill);
 
   ASSERT_EQ(shop.LUMOInit(), 0);
   ASSERT_EQ(shop.OpenShift("42"), 0);
@@ -150,7 +150,7 @@ TEST_F(Trace, OfADayWithAPayment) {
                 "parseJsonFile [BILL.JSN]\n"
                 "No BOM found 7B 22 74\n"
                 "ERROR: SetFilePointer function failed with error 0\n" +
-                kBillLines +
+                kTracedBillLines +
                 "TransactionProcess [PAYMENT]\n"
                 "TransactionProcessJson\n"
                 "Connecting to 127.0.0.1:" +
@@ -250,7 +250,7 @@ TEST_F(Trace, OfAPaymentWithoutTheServer) {
   shop.Start("loyalty.example",
              R"("serverAltAddr":"http://127.0.0.1:)" + port +
                  R"(/ws/","offlineMode":1,"localBonusOffline":3,"globalBonusOffline":2,"orgFeeOffline":4)");
-  shop.Write("BILL.JSN", kBill);
+  shop.Write("BILL.JSN", kTracedBill);
   ASSERT_EQ(shop.CreateTransaction("9000000001", "7"), 0);
   ASSERT_EQ(shop.PaymentAndConfirmProc(2000, "BILL.JSN"), 0);
   EXPECT_EQ(shop.Trace(), "CreateTransaction [9000000001] [7]\n" + kStateReload +
@@ -268,7 +268,7 @@ TEST_F(Trace, OfAPaymentWithoutTheServer) {
                               "parseJsonFile [BILL.JSN]\n"
                               "No BOM found 7B 22 74\n"
                               "ERROR: SetFilePointer function failed with error 0\n" +
-                              kBillLines +
+                              kTracedBillLines +
                               "TransactionProcess [PAYMENT_AND_CONFIRM]\n"
                               "TransactionProcessJson\n"
                               "ERROR: ParseAddress res[-504]\n"

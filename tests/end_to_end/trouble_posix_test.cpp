@@ -21,10 +21,10 @@ using test::State;
 using test::Success;
 using testing::HasSubstr;
 
-class Trouble : public test::Register {};
+class MachineTrouble : public test::Register {};
 
 // A bill that may be read and is held when it is to be rewritten: paid all the same, and the record is kept.
-TEST_F(Trouble, PaidBillThatCannotBeRewrittenIsPaid) {
+TEST_F(MachineTrouble, PaidBillThatCannotBeRewrittenIsPaid) {
   OpenAlone(R"("offlineMode":1)");
   ASSERT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
   const std::string bill = shop.Read("BILL.JSN");
@@ -56,7 +56,7 @@ void FillTheDisk(rlim_t bytes) {
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
 }
 
-TEST_F(Trouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
+TEST_F(MachineTrouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
   Open({Success("cardExchangeResponse"), Success("putDepositResponse", "", kSecondRrn)});
   FillTheDisk(0);
   EXPECT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
@@ -76,7 +76,7 @@ TEST_F(Trouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
 }
 
 // The register is killed while it waits for the answer to a payment.
-TEST_F(Trouble, RegisterKilledInAnExchangeGoesOnWithTheNextRrn) {
+TEST_F(MachineTrouble, RegisterKilledInAnExchangeGoesOnWithTheNextRrn) {
   server = std::make_unique<test::ScriptedServer>(
       std::vector<Answer>{{{}, Answer::End::kSilence}, {{Success("cardExchangeResponse", "", kSecondRrn)}}});
   shop.Start(server->address(), R"("timeout":0)");

@@ -15,7 +15,7 @@ namespace {
 
 using testing::StartsWith;
 
-const char kBill[] =
+const char kReadBill[] =
     R"({"totalSum":15000,"orderLen":2,"billNum":"77","billDate":"2012-12-05T09:59:00Z","partnerFee":1000,)"
     R"("goodList":{"good":[)"
     R"({"title":"Чай \"Ёлка\"","productCode":"008","positionCost":5000,"orderNum":1,"cnt":1,)"
@@ -50,7 +50,7 @@ class BillFiles : public test::Shop {
 };
 
 TEST_F(BillFiles, ABillIsReadWithItsGoods) {
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kReadBill);
   EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
   const lumo::BillBlock &bill = card->bill;
   EXPECT_EQ(bill.totalSum, 15000);
@@ -69,13 +69,13 @@ TEST_F(BillFiles, ABillIsReadWithItsGoods) {
 }
 
 TEST_F(BillFiles, Mode0PassesTheBonusesOver) {
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kReadBill);
   EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
   EXPECT_EQ(card->bill.goods[0].bonusCount, 0);
 }
 
 TEST_F(BillFiles, Mode1ReadsTheBonuses) {
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kReadBill);
   EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 1), 0);
   ASSERT_EQ(card->bill.goods[0].bonusCount, 1);
   const lumo::Bonus &bonus = card->bill.goods[0].bonuses[0];
@@ -96,17 +96,17 @@ TEST_F(BillFiles, ReadingStartsFromAnEmptyBill) {
 }
 
 TEST_F(BillFiles, ABillBehindAByteOrderMarkIsRead) {
-  folder.Write("BILL.JSN", std::string("\xEF\xBB\xBF") + kBill);
+  folder.Write("BILL.JSN", std::string("\xEF\xBB\xBF") + kReadBill);
   EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
   EXPECT_EQ(card->bill.totalSum, 15000);
 }
 
-struct BadBillCase : test::NamedCase {
+struct DamagedBillCase : test::NamedCase {
   const char *text;
   int code;
 };
 
-const BadBillCase kBadBills[] = {
+const DamagedBillCase kDamagedBills[] = {
     {"NotJson", "totalSum=1", -303},
     {"StrayCharacterBehindAMember", R"({"totalSum":1;"orderLen":2})", -303},
     {"SecondDocument", R"({"totalSum":1}{})", -303},
@@ -118,7 +118,7 @@ const BadBillCase kBadBills[] = {
     {"GoodIsANumber", R"({"goodList":{"good":[5]}})", -402},
 };
 
-class DamagedBill : public BillFiles, public testing::WithParamInterface<BadBillCase> {};
+class DamagedBill : public BillFiles, public testing::WithParamInterface<DamagedBillCase> {};
 
 TEST_P(DamagedBill, GivesItsCode) {
   FillBill();
@@ -130,7 +130,7 @@ TEST_P(DamagedBill, GivesItsCode) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, DamagedBill, testing::ValuesIn(kBadBills), test::CaseName());
+INSTANTIATE_TEST_SUITE_P(Cases, DamagedBill, testing::ValuesIn(kDamagedBills), test::CaseName());
 
 TEST_F(BillFiles, AMissingBillLeavesAnEmptyBlock) {
   FillBill();
@@ -158,7 +158,7 @@ TEST_F(BillFiles, ReadingWithoutARecordTracesThePointer) {
 }
 
 TEST_F(BillFiles, ABillIsRewrittenWithItsBonuses) {
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kReadBill);
   ASSERT_EQ(lumo::BillParse(card, "BILL.JSN", 1), 0);
   card->bill.spendAmount = 300;
   folder.ClearTrace();

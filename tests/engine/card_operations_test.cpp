@@ -304,7 +304,7 @@ struct BadBillCase : test::NamedCase {
   const char *path;
   const char *trace_end;
 };
-const BadBillCase kBadBillCases[] = {
+const BadBillCase kBadBills[] = {
     {"Missing", "NONE", "ERROR: BillParse res [-307] "},
     {"EmptyPath", "", "ERROR: BillParse res [-307] "},
     {"Damaged", "BILL", "ERROR: BillParse res [-303] "},
@@ -329,7 +329,7 @@ TEST_P(BadBill, EndsTheActivationUnsent) {
   EXPECT_EQ(Body(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, BadBill, testing::ValuesIn(kBadBillCases), test::CaseName());
+INSTANTIATE_TEST_SUITE_P(Cases, BadBill, testing::ValuesIn(kBadBills), test::CaseName());
 
 // ---------------------------------------------------------------- the activation's sum
 

@@ -24,7 +24,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const char kBill[] =
+const char kPaidBill[] =
     R"({"totalSum":10000,"orderLen":1,"billNum":"7","billDate":"2012-12-05T09:59:00Z","partnerFee":1000,)"
     R"("goodList":{"good":[{"title":"ЧАЙ","productCode":"008","positionCost":10000,"orderNum":1,"cnt":1}]}})";
 
@@ -92,7 +92,7 @@ class PaymentBase : public test::Shop {
   void Open(const std::string &members = "") {
     OpenShop(members);
     OpenCard();
-    folder.Write("BILL.JSN", kBill);
+    folder.Write("BILL.JSN", kPaidBill);
   }
   void ExpectNothingDone() const {
     EXPECT_EQ(Body(), "");
@@ -221,7 +221,7 @@ TEST_P(Payment, ASecondPaymentPrintsBehindTheFirst) {
   StartServer({answer, answer});
   Open();
   EXPECT_EQ(Pay(), 0);
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kPaidBill);
   EXPECT_EQ(Pay(), 0);
   EXPECT_EQ(Body(),
             kPaymentTitle + kRrnLine + kSeparator + kPaymentTitle + "RRN: TERM012120500051\n" + kSeparator);
@@ -267,7 +267,7 @@ TEST_P(Payment, ARefusedPaymentLeavesNoTraceOfItself) {
   Open();
   EXPECT_EQ(Pay(), -405);
   ExpectNothingDone();
-  EXPECT_EQ(folder.Read("BILL.JSN"), kBill);
+  EXPECT_EQ(folder.Read("BILL.JSN"), kPaidBill);
 }
 
 TEST_P(Payment, AnAnswerWithoutItsBillIsNoPayment) {
@@ -332,7 +332,7 @@ TEST_P(Payment, RatesThatContradictEachOtherRefuseTheFallback) {
   EXPECT_EQ(Pay(5000), -104);
   ExpectNothingDone();
   EXPECT_EQ(card->request.isOffline, 0);
-  EXPECT_EQ(folder.Read("BILL.JSN"), kBill);
+  EXPECT_EQ(folder.Read("BILL.JSN"), kPaidBill);
 }
 
 TEST_P(Payment, ARefusalIsNoReasonToGoOffline) {
@@ -410,7 +410,7 @@ TEST_P(PaymentReceipt, PrintsWhatIsNotZero) {
 
   SetState(R"({"reqId":"TERM012120500007","shiftId":"12","shiftState":1})");
   OpenCard();
-  folder.Write("BILL.JSN", kBill);
+  folder.Write("BILL.JSN", kPaidBill);
   EXPECT_EQ(lumo::PaymentAndConfirmProcess(card, 0, "BILL.JSN"), 0);
   EXPECT_EQ(Body(), kPaymentTitle + kRrnLine + GetParam().lines);
 }

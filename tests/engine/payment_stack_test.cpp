@@ -156,12 +156,12 @@ TEST_F(PaymentStack, AConfirmationOfManyPaymentsOfOneRrnCostsTheSameToo) {
 TEST_F(PaymentStack, AgreesWithAWalkOverAllPayments) {
   std::mt19937 random(20121205);
   const auto pick = [&random](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
-  struct Payment {
+  struct Known {
     std::string rrn;
     int32_t state;
   };
   for (int round = 0; round < 5000; ++round) {
-    std::vector<Payment> payments;
+    std::vector<Known> payments;
     const uint32_t names = 1 + pick(round % 50 == 0 ? 500 : 6);
     const uint32_t steps = pick(round % 50 == 0 ? 2000 : 30);
     for (uint32_t step = 0; step < steps; ++step) {
@@ -170,10 +170,10 @@ TEST_F(PaymentStack, AgreesWithAWalkOverAllPayments) {
       const auto state = static_cast<int32_t>(pick(2));
       if (pick(2) == 0) {
         Push(rrn.c_str(), state == 0 ? -1 : 1);
-        payments.insert(payments.begin(), Payment{rrn, state == 0 ? -1 : 1});
+        payments.insert(payments.begin(), Known{rrn, state == 0 ? -1 : 1});
       } else {
         lumo::PaymentStackAnswer(&stack, rrn.c_str(), state);
-        for (Payment &payment : payments) {
+        for (Known &payment : payments) {
           if (payment.rrn == rrn) {
             payment.state = state;
           }
@@ -181,7 +181,7 @@ TEST_F(PaymentStack, AgreesWithAWalkOverAllPayments) {
       }
     }
     States expected;
-    for (const Payment &payment : payments) {
+    for (const Known &payment : payments) {
       expected.push_back(payment.state);
     }
     ASSERT_EQ(PopStates(), expected) << "round " << round;

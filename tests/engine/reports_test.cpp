@@ -44,33 +44,33 @@ std::string Bill(int32_t total, int32_t earned, int32_t spent, int32_t discount)
          "]}]}}";
 }
 
-std::string Payment(const std::string &rrn, int32_t earned = 200, int32_t spent = 300, int32_t discount = 400,
-                    const std::string &date = kNoon) {
+std::string PaymentRecord(const std::string &rrn, int32_t earned = 200, int32_t spent = 300,
+                          int32_t discount = 400, const std::string &date = kNoon) {
   return "{" + Request("PAYMENT", rrn, date) + "," + Bill(10000, earned, spent, discount) + "}\n";
 }
 
-std::string PaymentAndConfirm(const std::string &rrn, const std::string &date = kNoon) {
+std::string PaymentAndConfirmRecord(const std::string &rrn, const std::string &date = kNoon) {
   return "{" + Request("PAYMENT_AND_CONFIRM", rrn, date) + "," + Bill(10000, 200, 300, 400) + "}\n";
 }
 
-std::string Confirm(const std::string &rrn, bool confirms, const std::string &date = kNoon) {
+std::string ConfirmRecord(const std::string &rrn, bool confirms, const std::string &date = kNoon) {
   return "{" + Request("PAYMENT_CONFIRM", "TERM012120500099", date) + R"(,"paymentConfirm":{"requestId":")" +
          rrn + R"(","isConfirm":)" + (confirms ? "true" : "false") + "}}\n";
 }
 
-std::string Activation(const std::string &type, int32_t amount, const std::string &date = kNoon) {
+std::string ActivationRecord(const std::string &type, int32_t amount, const std::string &date = kNoon) {
   return "{" + Request("ACTIVATION", "TERM012120500003", date) + R"(,"activation":{"activationType":")" +
          type + R"(","amount":)" + std::to_string(amount) +
          R"(,"type":"GLOBAL"},"activationResult":{"activationSum":1101,"referralSum":2202,"giftSum":3303}})" +
          "\n";
 }
 
-std::string Deposit(int32_t amount, const std::string &date = kNoon) {
+std::string DepositRecord(int32_t amount, const std::string &date = kNoon) {
   return "{" + Request("DEPOSIT", "TERM012120500004", date) + R"(,"deposit":{"amount":)" +
          std::to_string(amount) + "}}\n";
 }
 
-std::string CashBack(const std::string &parts = "", const std::string &date = kNoon) {
+std::string CashBackRecord(const std::string &parts = "", const std::string &date = kNoon) {
   return "{" + Request("CASHBACK", "TERM012120500005", date) + parts + "}\n";
 }
 
@@ -147,7 +147,7 @@ class ReportBounds : public Reports, public testing::WithParamInterface<BoundsCa
 
 TEST_P(ReportBounds, AreStrictlyInOrder) {
   for (int (*report)(const char *, const char *) : {lumo::GenerateSummaryReport, lumo::GenerateReport}) {
-    ASSERT_NE(Summary(Deposit(100)), "");
+    ASSERT_NE(Summary(DepositRecord(100)), "");
     const std::string before = lumo::GetReportPtr();
     folder.Remove("LOG");
     folder.ClearTrace();
@@ -191,7 +191,7 @@ TEST_F(Reports, WithoutALogTheDetailedReportIsEmpty) {
 }
 
 TEST_F(Reports, ANewReportReplacesTheOldOneAndSaysSo) {
-  ASSERT_NE(Summary(Deposit(100)), "");
+  ASSERT_NE(Summary(DepositRecord(100)), "");
   EXPECT_EQ(Summary(""), "");
   EXPECT_EQ(folder.Trace(),
             "GetLogRecords()\n"
@@ -207,10 +207,10 @@ TEST_F(Reports, ANewReportReplacesTheOldOneAndSaysSo) {
 }
 
 TEST_F(Reports, RecordsOnTheBoundsAreLeftOut) {
-  const std::string log = Deposit(1, "2012-12-04T23:59:59Z") + Deposit(20, kFrom) +
-                          Deposit(300, "2012-12-05T00:00:01Z") + Deposit(4000, "2012-12-05T23:59:59Z") +
-                          Deposit(50000, kTo) + Deposit(600000, "2012-12-06T00:00:01Z") +
-                          Deposit(7000000, "");
+  const std::string log = DepositRecord(1, "2012-12-04T23:59:59Z") + DepositRecord(20, kFrom) +
+                          DepositRecord(300, "2012-12-05T00:00:01Z") +
+                          DepositRecord(4000, "2012-12-05T23:59:59Z") + DepositRecord(50000, kTo) +
+                          DepositRecord(600000, "2012-12-06T00:00:01Z") + DepositRecord(7000000, "");
   EXPECT_EQ(Summary(log), std::string("ДЕПОЗИТЫ:\nКол-во: 2\nСумма бнс:         43.00\n\n") + kSummaryDashes);
   EXPECT_EQ(test::Count(Detail(log), "ДЕПОЗИТ\n"), 2U);
 }
@@ -218,11 +218,12 @@ TEST_F(Reports, RecordsOnTheBoundsAreLeftOut) {
 // The summary.
 
 TEST_F(Reports, EveryCategoryInItsOrder) {
-  EXPECT_EQ(Summary(CashBack(R"(,"cashBackResult":{"returnedSum":150})") + CashBack() + Deposit(1250) +
-                    Deposit(50) + Activation("SIMPLE_ACTIVATION", 100) + Activation("SIMPLE_ACTIVATION", 23) +
-                    Activation("REFER_A_FRIEND", 5) + Activation("GIFT_CARD", 7) + Payment("C") +
-                    Payment("B", 2, 3, 4) + Confirm("B", false) + Payment("A", 1234567, 7, 100000) +
-                    Confirm("A", true) + PaymentAndConfirm("D")),
+  EXPECT_EQ(Summary(CashBackRecord(R"(,"cashBackResult":{"returnedSum":150})") + CashBackRecord() +
+                    DepositRecord(1250) + DepositRecord(50) + ActivationRecord("SIMPLE_ACTIVATION", 100) +
+                    ActivationRecord("SIMPLE_ACTIVATION", 23) + ActivationRecord("REFER_A_FRIEND", 5) +
+                    ActivationRecord("GIFT_CARD", 7) + PaymentRecord("C") + PaymentRecord("B", 2, 3, 4) +
+                    ConfirmRecord("B", false) + PaymentRecord("A", 1234567, 7, 100000) +
+                    ConfirmRecord("A", true) + PaymentAndConfirmRecord("D")),
             "ПОДТВЕРЖДЕННЫЕ ПЛАТЕЖИ:\n"
             "Кол-во: 2\n"
             "Начислено бнс:  12347.67\n"
@@ -282,7 +283,7 @@ TEST_F(Reports, EveryCategoryInItsOrder) {
 }
 
 TEST_F(Reports, SumsWrapAt32Bits) {
-  EXPECT_EQ(Summary(Deposit(2147483647) + Deposit(1)),
+  EXPECT_EQ(Summary(DepositRecord(2147483647) + DepositRecord(1)),
             std::string("ДЕПОЗИТЫ:\nКол-во: 2\nСумма бнс:  -21474836.48\n\n") + kSummaryDashes);
 }
 
@@ -294,24 +295,30 @@ struct FateCase : test::NamedCase {
 const std::string kLongRrn = "12345678901234567890";  // all the bytes that are compared
 
 const FateCase kFates[] = {
-    {"PaymentAlone", Payment("A"), 0, 0, 1},
-    {"PaymentAndConfirmAlone", PaymentAndConfirm("A"), 1, 0, 0},
-    {"Confirmed", Payment("A") + Confirm("A", true), 1, 0, 0},
-    {"Canceled", Payment("A") + Confirm("A", false), 0, 1, 0},
-    {"PaymentAndConfirmCanceled", PaymentAndConfirm("A") + Confirm("A", false), 0, 1, 0},
-    {"LaterCancelOverrides", Payment("A") + Confirm("A", true) + Confirm("A", false), 0, 1, 0},
-    {"LaterConfirmOverrides", Payment("A") + Confirm("A", false) + Confirm("A", true), 1, 0, 0},
-    {"ConfirmBeforeThePaymentMatchesNothing", Confirm("A", true) + Payment("A"), 0, 0, 1},
-    {"TwoPaymentsOfOneRrnAreBothSet", Payment("A") + Payment("A") + Confirm("A", true), 2, 0, 0},
-    {"APaymentBehindTheConfirmationIsNotSet", Payment("A") + Confirm("A", false) + Payment("A"), 0, 1, 1},
-    {"OtherRrn", Payment("A") + Confirm("B", true), 0, 0, 1},
-    {"RrnThatBeginsAlike", Payment("AB") + Confirm("A", true), 0, 0, 1},
-    {"TwentyBytesAreCompared", Payment(kLongRrn + "X") + Confirm(kLongRrn + "Y", true), 1, 0, 0},
-    {"TheTwentiethByteIsCompared", Payment(kLongRrn) + Confirm("1234567890123456789X", true), 0, 0, 1},
-    {"EmptyRrns", Payment("") + Confirm("", true), 1, 0, 0},
-    {"PaymentOutsideTheRange", Payment("A", 1, 1, 1, kFrom) + Confirm("A", true), 0, 0, 0},
-    {"ConfirmationOutsideTheRange", Payment("A") + Confirm("A", true, kTo), 0, 0, 1},
-    {"ConfirmationDatedBeforeThePayment", Payment("A") + Confirm("A", true, "2012-12-05T01:00:00Z"), 1, 0, 0},
+    {"PaymentAlone", PaymentRecord("A"), 0, 0, 1},
+    {"PaymentAndConfirmAlone", PaymentAndConfirmRecord("A"), 1, 0, 0},
+    {"Confirmed", PaymentRecord("A") + ConfirmRecord("A", true), 1, 0, 0},
+    {"Canceled", PaymentRecord("A") + ConfirmRecord("A", false), 0, 1, 0},
+    {"PaymentAndConfirmCanceled", PaymentAndConfirmRecord("A") + ConfirmRecord("A", false), 0, 1, 0},
+    {"LaterCancelOverrides", PaymentRecord("A") + ConfirmRecord("A", true) + ConfirmRecord("A", false), 0, 1,
+     0},
+    {"LaterConfirmOverrides", PaymentRecord("A") + ConfirmRecord("A", false) + ConfirmRecord("A", true), 1, 0,
+     0},
+    {"ConfirmBeforeThePaymentMatchesNothing", ConfirmRecord("A", true) + PaymentRecord("A"), 0, 0, 1},
+    {"TwoPaymentsOfOneRrnAreBothSet", PaymentRecord("A") + PaymentRecord("A") + ConfirmRecord("A", true), 2,
+     0, 0},
+    {"APaymentBehindTheConfirmationIsNotSet",
+     PaymentRecord("A") + ConfirmRecord("A", false) + PaymentRecord("A"), 0, 1, 1},
+    {"OtherRrn", PaymentRecord("A") + ConfirmRecord("B", true), 0, 0, 1},
+    {"RrnThatBeginsAlike", PaymentRecord("AB") + ConfirmRecord("A", true), 0, 0, 1},
+    {"TwentyBytesAreCompared", PaymentRecord(kLongRrn + "X") + ConfirmRecord(kLongRrn + "Y", true), 1, 0, 0},
+    {"TheTwentiethByteIsCompared", PaymentRecord(kLongRrn) + ConfirmRecord("1234567890123456789X", true), 0,
+     0, 1},
+    {"EmptyRrns", PaymentRecord("") + ConfirmRecord("", true), 1, 0, 0},
+    {"PaymentOutsideTheRange", PaymentRecord("A", 1, 1, 1, kFrom) + ConfirmRecord("A", true), 0, 0, 0},
+    {"ConfirmationOutsideTheRange", PaymentRecord("A") + ConfirmRecord("A", true, kTo), 0, 0, 1},
+    {"ConfirmationDatedBeforeThePayment",
+     PaymentRecord("A") + ConfirmRecord("A", true, "2012-12-05T01:00:00Z"), 1, 0, 0},
 };
 
 class PaymentFate : public Reports, public testing::WithParamInterface<FateCase> {};
@@ -350,7 +357,7 @@ TEST_F(Reports, AnEmptyRrnIsAnRrnLikeAnyOther) {
 TEST_F(Reports, UnsupportedRecordsAreTracedAndNotCounted) {
   EXPECT_EQ(Summary("{" + Request("BALANCE", "A") + "}\n{" + Request("LINK", "A") + "}\n{" +
                     Request("EXCHANGE", "A") + "}\n{" + Request("SOMETHING", "A") + "}\n" +
-                    Activation("OTHER", 100)),
+                    ActivationRecord("OTHER", 100)),
             "");
   EXPECT_EQ(ReportTrace(),
             "GetLogRecords()\n"
@@ -365,7 +372,7 @@ TEST_F(Reports, UnsupportedRecordsAreTracedAndNotCounted) {
 }
 
 TEST_F(Reports, ARecordThatCannotBeLoadedIsTracedAndSkipped) {
-  const std::string log = "damaged\n" + Deposit(100);
+  const std::string log = "damaged\n" + DepositRecord(100);
   EXPECT_EQ(Summary(log), std::string("ДЕПОЗИТЫ:\nКол-во: 1\nСумма бнс:          1.00\n\n") + kSummaryDashes);
   EXPECT_EQ(ReportTrace(),
             "GetLogRecords()\n"
@@ -400,24 +407,25 @@ const char kBonusLines[] =
     "Скидка бнс:      4.00\n";
 
 const BlockCase kBlocks[] = {
-    {"SimpleActivation", Activation("SIMPLE_ACTIVATION", 100), "АКТИВАЦИЯ\n", "    TERM012120500003\n",
+    {"SimpleActivation", ActivationRecord("SIMPLE_ACTIVATION", 100), "АКТИВАЦИЯ\n", "    TERM012120500003\n",
      "Сумма: 11.01\n"},
-    {"GiftCard", Activation("GIFT_CARD", 100), "ПОДАРОЧНАЯ КАРТА\n", "    TERM012120500003\n",
+    {"GiftCard", ActivationRecord("GIFT_CARD", 100), "ПОДАРОЧНАЯ КАРТА\n", "    TERM012120500003\n",
      "Сумма: 33.03\n"},
-    {"ReferAFriend", Activation("REFER_A_FRIEND", 100), "ПРИВЕДИ ДРУГА\n", "    TERM012120500003\n",
+    {"ReferAFriend", ActivationRecord("REFER_A_FRIEND", 100), "ПРИВЕДИ ДРУГА\n", "    TERM012120500003\n",
      "Сумма: 22.02\n"},
-    {"Payment", Payment("TERM012120500001"), "ПЛАТЕЖ\n", "    TERM012120500001\n", kBonusLines},
-    {"PaymentAndConfirm", PaymentAndConfirm("TERM012120500002"), "ПЛАТЕЖ И ПОДТВЕРЖДЕНИЕ\n",
+    {"Payment", PaymentRecord("TERM012120500001"), "ПЛАТЕЖ\n", "    TERM012120500001\n", kBonusLines},
+    {"PaymentAndConfirm", PaymentAndConfirmRecord("TERM012120500002"), "ПЛАТЕЖ И ПОДТВЕРЖДЕНИЕ\n",
      "    TERM012120500002\n", kBonusLines},
-    {"Confirmation", Confirm("TERM012120500001", true), "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n", "    TERM012120500099\n",
+    {"Confirmation", ConfirmRecord("TERM012120500001", true), "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n",
+     "    TERM012120500099\n", ""},
+    {"Cancellation", ConfirmRecord("TERM012120500001", false), "ОТМЕНА ПЛАТЕЖА\n", "    TERM012120500099\n",
      ""},
-    {"Cancellation", Confirm("TERM012120500001", false), "ОТМЕНА ПЛАТЕЖА\n", "    TERM012120500099\n", ""},
-    {"Deposit", Deposit(1250), "ДЕПОЗИТ\n", "    TERM012120500004\n", "Зачислено бнс:     12.50\n"},
-    {"Refund", CashBack(), "ВОЗВРАТ\n", "    TERM012120500005\n", "Зачислено бнс:      0.00\n"},
-    {"RefundWithAResult", CashBack(R"(,"cashBackResult":{"returnedSum":150})"), "ВОЗВРАТ\n",
+    {"Deposit", DepositRecord(1250), "ДЕПОЗИТ\n", "    TERM012120500004\n", "Зачислено бнс:     12.50\n"},
+    {"Refund", CashBackRecord(), "ВОЗВРАТ\n", "    TERM012120500005\n", "Зачислено бнс:      0.00\n"},
+    {"RefundWithAResult", CashBackRecord(R"(,"cashBackResult":{"returnedSum":150})"), "ВОЗВРАТ\n",
      "    TERM012120500005\n", "Зачислено бнс:      1.50\n"},
-    {"ShortRrnIsRightAligned", Payment("123"), "ПЛАТЕЖ\n", "                 123\n", kBonusLines},
-    {"LongRrnIsPrintedWhole", Payment("TERM0121205100000"), "ПЛАТЕЖ\n", "    TERM0121205100000\n",
+    {"ShortRrnIsRightAligned", PaymentRecord("123"), "ПЛАТЕЖ\n", "                 123\n", kBonusLines},
+    {"LongRrnIsPrintedWhole", PaymentRecord("TERM0121205100000"), "ПЛАТЕЖ\n", "    TERM0121205100000\n",
      kBonusLines},
 };
 
@@ -441,7 +449,8 @@ TEST_F(Reports, ARecordWithoutAnRrnHasABlankRrnLine) {
 }
 
 TEST_F(Reports, BlocksComeInTheLogsOrder) {
-  const std::string report = Detail(Deposit(100) + CashBack() + Confirm("A", true) + Deposit(200));
+  const std::string report =
+      Detail(DepositRecord(100) + CashBackRecord() + ConfirmRecord("A", true) + DepositRecord(200));
   EXPECT_THAT(report, test::InOrder({"ДЕПОЗИТ\n", "1.00\n", "ВОЗВРАТ\n", "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n",
                                      "ДЕПОЗИТ\n", "2.00\n"}));
   EXPECT_EQ(ReportTrace(), "GenerateReport\nGetLogRecords()\n");
@@ -459,7 +468,7 @@ TEST_F(Reports, UnsupportedRecordsHaveNoBlock) {
 using ReportsDeathTest = Reports;
 
 TEST_F(ReportsDeathTest, AnActivationOfUnknownTypeFailsTheDebugCheck) {
-  EXPECT_DEATH(Detail(Activation("OTHER", 100)),
+  EXPECT_DEATH(Detail(ActivationRecord("OTHER", 100)),
                HasSubstr("Unknown: DEBUGCHK failed in file transaction at line "));
 }
 
@@ -539,7 +548,7 @@ TEST_P(RandomLogs, AreSummedAsTheRulesSay) {
       const uint32_t earned = pick(100000), spent = pick(100000), discount = pick(100000);
       const bool confirms = pick(2) == 0;
       model.Add(kind, rrn, date, earned, spent, discount, confirms);
-      log += kind == "CONFIRM" ? Confirm(rrn, confirms, date)
+      log += kind == "CONFIRM" ? ConfirmRecord(rrn, confirms, date)
                                : "{" + Request(kind, rrn, date) + "," +
                                      Bill(1, static_cast<int32_t>(earned), static_cast<int32_t>(spent),
                                           static_cast<int32_t>(discount)) +

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-using namespace lumo;
-
+namespace lumo {
 namespace {
 
 struct FakeTree {
@@ -174,3 +173,4 @@ TEST(JsonDomMemory, GrowthThatFailsIsOneAndLosesNothing) {
 }
 
 }  // namespace
+}  // namespace lumo

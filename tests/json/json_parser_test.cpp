@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-using namespace lumo;
-
+namespace lumo {
 namespace {
 
 void *Calloc(size_t count, size_t size) {
@@ -637,3 +636,4 @@ TEST(JsonParser, ReportsMemoryThatCannotBeHad) {
 }
 
 }  // namespace
+}  // namespace lumo

@@ -11,8 +11,7 @@
 
 #include "json/json_parser.h"
 
-using namespace lumo;
-
+namespace lumo {
 namespace {
 
 void Collect(void *user, const char *text, uint32_t length) {
@@ -295,3 +294,4 @@ TEST(JsonPrinter, ReadsBackAsTheSameEvents) {
 }
 
 }  // namespace
+}  // namespace lumo

@@ -14,8 +14,7 @@
 #include "json/json_parser.h"
 #include "json/lumojson.h"
 
-using namespace lumo;
-
+namespace lumo {
 namespace {
 
 // Both sides write down what they read in one form: integers and floats as the value's canonical text.
@@ -317,3 +316,4 @@ TEST(JsonAgainstReference, BuildsTheTreeOfRandomDocuments) {
 }
 
 }  // namespace
+}  // namespace lumo

@@ -11,11 +11,10 @@
 #include "support/allocations.h"
 #include "support/folder.h"
 
-using namespace lumo;
-
+namespace lumo {
 namespace {
 
-void Collect(void *user, const char *text, uint32_t length) {
+void AppendTo(void *user, const char *text, uint32_t length) {
   static_cast<std::string *>(user)->append(text, length);
 }
 
@@ -358,7 +357,7 @@ TEST(TracedKey, IsCutTo40Bytes) {
 TEST(MemberWriters, PrintKeyAndValue) {
   std::string text;
   JsonPrinter printer;
-  ASSERT_EQ(JsonPrinterInit(&printer, Collect, &text), 0);
+  ASSERT_EQ(JsonPrinterInit(&printer, AppendTo, &text), 0);
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
   EXPECT_EQ(WriteIntMember(&printer, "a", 0), 0);
   EXPECT_EQ(WriteIntMember(&printer, "b", INT32_MIN), 0);
@@ -379,10 +378,11 @@ TEST(MemberWriters, TheFlagIsHandedBackAndChangesNothing) {
   EXPECT_EQ(SetPrinterFlag(7), 7);
   std::string text;
   JsonPrinter printer;
-  ASSERT_EQ(JsonPrinterInit(&printer, Collect, &text), 0);
+  ASSERT_EQ(JsonPrinterInit(&printer, AppendTo, &text), 0);
   WriteIntMember(&printer, "a", 1);
   EXPECT_EQ(text, "\"a\":1");
   EXPECT_EQ(SetPrinterFlag(0), 0);
 }
 
 }  // namespace
+}  // namespace lumo

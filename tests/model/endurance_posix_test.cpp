@@ -13,24 +13,12 @@
 #include <thread>
 
 #include "end_to_end/shop.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" size_t __sanitizer_get_current_allocated_bytes();  // of the sanitizer's runtime
-#else
-#include <malloc.h>
-#endif
+#include "model/heap.h"
 
 namespace {
 
+using test::HeapInUse;
 using test::Shop;
-
-size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-  return __sanitizer_get_current_allocated_bytes();
-#else
-  return mallinfo2().uordblks;
-#endif
-}
 
 size_t ResidentKilobytes() {
   std::ifstream status("/proc/self/status");

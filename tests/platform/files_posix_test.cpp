@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/open.h"
 #include "platform/own_folder.h"
 #include "platform/platform.h"
 
@@ -17,12 +18,9 @@ namespace lumo {
 namespace {
 
 namespace fs = std::filesystem;
+using test::Open;
 
 class PosixFiles : public test::OwnFolder {};
-
-HANDLE Open(const WCHAR *name, DWORD access, DWORD creation) {
-  return CreateFileW(name, access, 0, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
-}
 
 // Runs `call` in a process of its own and gives what it returns.
 template <typename Call>

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/open.h"
 #include "platform/own_folder.h"
 #include "platform/platform.h"
 
@@ -10,10 +11,7 @@ namespace {
 
 using Wide = std::basic_string<WCHAR>;
 namespace fs = std::filesystem;
-
-HANDLE Open(const WCHAR *name, DWORD access, DWORD creation) {
-  return CreateFileW(name, access, 0, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
-}
+using test::Open;
 
 constexpr DWORD kBoth = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kCreations[] = {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS};

@@ -1,14 +1,13 @@
 // tests/protocol/journal_record_test.cpp: an operation as a line of the journals, out of the record and back.
 #include "protocol/journal_record.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <ostream>
 #include <string>
 
 #include "foundation/lumostring.h"
 #include "protocol/full_record.h"
 #include "record/enumerations.h"
+#include "support/fatal.h"
 #include "support/record_fixture.h"
 
 namespace {
@@ -87,18 +86,11 @@ TEST_F(RecordWriter, HoldsNoLineFeedOfItsTexts) {
   EXPECT_THAT(Printed(record), HasSubstr("\"cardNum\":\"one\\ntwo\""));
 }
 
-const test::Folder *traced_folder;
-
-void ShowTrace() {
-  std::fputs(traced_folder->Trace().c_str(), stderr);
-}
-
 using RecordWriterDeathTest = RecordWriter;
 
 TEST_F(RecordWriterDeathTest, UnhandledTypeEndsTheProcess) {
   const auto write_type = [&](int32_t type) {
-    traced_folder = &folder;
-    std::atexit(ShowTrace);
+    test::PrintTraceAtExit(folder);
     record->request.type = type;
     Printed(record);
   };

@@ -1,8 +1,6 @@
 // tests/protocol/transaction_request_json_test.cpp: the request document and its parts, byte for byte.
 #include "protocol/transaction_request_json.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ostream>
 #include <string>
@@ -11,6 +9,7 @@
 #include "foundation/lumostring.h"
 #include "protocol/full_record.h"
 #include "record/enumerations.h"
+#include "support/fatal.h"
 #include "support/record_fixture.h"
 
 namespace {
@@ -256,19 +255,11 @@ TEST_F(RequestWriter, TenThousandGoodsAreWritten) {
   EXPECT_THAT(Request(), ::testing::EndsWith(expected + "]}}}}"));
 }
 
-const test::Folder *traced_folder;
-
-// The process ends in the library; what it traced is shown to the parent here.
-void ShowTrace() {
-  std::fputs(traced_folder->Trace().c_str(), stderr);
-}
-
 using RequestWriterDeathTest = RequestWriter;
 
 TEST_F(RequestWriterDeathTest, UnhandledTypeEndsTheProcess) {
   const auto request_of_type = [&](int32_t type) {
-    traced_folder = &folder;
-    std::atexit(ShowTrace);
+    test::PrintTraceAtExit(folder);
     record->request.type = type;
     Request();
   };

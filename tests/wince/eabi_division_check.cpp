@@ -1,23 +1,34 @@
-// wince/arm_division_check.cpp: the division routines of the ARM file, run as a program of ARM Linux under an
-// emulator. There is no C library here: it starts, checks and ends on its own. A quotient and a remainder are
-// right when together they make up the dividend again and the remainder is small enough; that needs no other
-// division to compare with.
+// wince/eabi_division_check.cpp: the division routines of the ARM files, run as a program of ARM Linux under
+// an emulator, once for each calling convention. There is no C library here: it starts, checks and ends on
+// its own. A quotient and a remainder are right when together they make up the dividend again and the
+// remainder is small enough; that needs no other division to compare with.
 #include <stdint.h>
 
 extern "C" {
-uint64_t __rt_udiv(uint32_t divisor, uint32_t dividend);
-uint64_t __rt_sdiv(uint32_t divisor, uint32_t dividend);
+uint32_t __udivsi3(uint32_t dividend, uint32_t divisor);
+uint32_t __umodsi3(uint32_t dividend, uint32_t divisor);
+uint32_t __divsi3(uint32_t dividend, uint32_t divisor);
+uint32_t __modsi3(uint32_t dividend, uint32_t divisor);
+uint32_t __aeabi_uidiv(uint32_t dividend, uint32_t divisor);
+uint32_t __aeabi_idiv(uint32_t dividend, uint32_t divisor);
+uint64_t __aeabi_uidivmod(uint32_t dividend, uint32_t divisor);
+uint64_t __aeabi_idivmod(uint32_t dividend, uint32_t divisor);
 // Their results in four registers, stored.
-void StoreUnsigned64(uint64_t divisor, uint64_t dividend, uint64_t *out_pair);
-void StoreSigned64(uint64_t divisor, uint64_t dividend, uint64_t *out_pair);
+void StoreUnsigned64(uint64_t dividend, uint64_t divisor, uint64_t *out_pair);
+void StoreSigned64(uint64_t dividend, uint64_t divisor, uint64_t *out_pair);
 }
 
-#define STORE(name, routine)                                      \
-  __asm__(".thumb\n.global " name "\n.thumb_func\n" name          \
-          ":\n\tpush {r4, lr}\n\tldr r4, [sp, #8]\n\tbl " routine \
-          "\n\tstrd r0, r1, [r4]\n\tstrd r2, r3, [r4, #8]\n\tpop {r4, pc}\n")
-STORE("StoreUnsigned64", "__rt_udiv64");
-STORE("StoreSigned64", "__rt_sdiv64");
+#if defined(__thumb__)
+#define FUNCTION(name) ".thumb\n.thumb_func\n" name ":\n\t"
+#else
+#define FUNCTION(name) ".arm\n" name ":\n\t"
+#endif
+#define STORE(name, routine)                                                                \
+  __asm__(".text\n.balign 4\n.global " name "\n.type " name                                 \
+          ", %function\n" FUNCTION(name) "push {r4, lr}\n\tldr r4, [sp, #8]\n\tbl " routine \
+                                         "\n\tstmia r4, {r0, r1, r2, r3}\n\tpop {r4, lr}\n\tbx lr\n")
+STORE("StoreUnsigned64", "__aeabi_uldivmod");
+STORE("StoreSigned64", "__aeabi_ldivmod");
 
 namespace {
 
@@ -71,23 +82,28 @@ bool IsRightSigned(Unsigned divisor, Unsigned dividend, Unsigned quotient, Unsig
   return IsRight(Magnitude(divisor), Magnitude(dividend), Magnitude(quotient), Magnitude(remainder));
 }
 
+bool IsPair(uint64_t pair, uint32_t quotient, uint32_t remainder) {
+  return pair == (static_cast<uint64_t>(remainder) << 32 | quotient);
+}
+
 void Check32(uint32_t divisor, uint32_t dividend) {
-  const uint64_t plain = __rt_udiv(divisor, dividend);
-  if (!IsRight(divisor, dividend, static_cast<uint32_t>(plain), static_cast<uint32_t>(plain >> 32)))
-    Fail("__rt_udiv");
-  const uint64_t with_sign = __rt_sdiv(divisor, dividend);
-  if (!IsRightSigned(divisor, dividend, static_cast<uint32_t>(with_sign),
-                     static_cast<uint32_t>(with_sign >> 32))) {
-    Fail("__rt_sdiv");
-  }
+  const uint32_t quotient = __udivsi3(dividend, divisor), remainder = __umodsi3(dividend, divisor);
+  if (!IsRight(divisor, dividend, quotient, remainder)) Fail("__udivsi3, __umodsi3");
+  if (__aeabi_uidiv(dividend, divisor) != quotient) Fail("__aeabi_uidiv");
+  if (!IsPair(__aeabi_uidivmod(dividend, divisor), quotient, remainder)) Fail("__aeabi_uidivmod");
+
+  const uint32_t with_sign = __divsi3(dividend, divisor), rest = __modsi3(dividend, divisor);
+  if (!IsRightSigned(divisor, dividend, with_sign, rest)) Fail("__divsi3, __modsi3");
+  if (__aeabi_idiv(dividend, divisor) != with_sign) Fail("__aeabi_idiv");
+  if (!IsPair(__aeabi_idivmod(dividend, divisor), with_sign, rest)) Fail("__aeabi_idivmod");
 }
 
 void Check64(uint64_t divisor, uint64_t dividend) {
   uint64_t pair[2];
-  StoreUnsigned64(divisor, dividend, pair);
-  if (!IsRight(divisor, dividend, pair[0], pair[1])) Fail("__rt_udiv64");
-  StoreSigned64(divisor, dividend, pair);
-  if (!IsRightSigned(divisor, dividend, pair[0], pair[1])) Fail("__rt_sdiv64");
+  StoreUnsigned64(dividend, divisor, pair);
+  if (!IsRight(divisor, dividend, pair[0], pair[1])) Fail("__aeabi_uldivmod");
+  StoreSigned64(dividend, divisor, pair);
+  if (!IsRightSigned(divisor, dividend, pair[0], pair[1])) Fail("__aeabi_ldivmod");
 }
 
 uint64_t random_state = 88172645463325252U;

@@ -2,7 +2,8 @@
  *
  *   sale card:NUMBER sell:TOTAL:WISH send ...     in the given order
  *
- * The library file lies in the folder where the system finds it; what it returns is printed, a fact a line. */
+ * The library file lies in the folder where the system finds it; what it returns is printed, a fact a line.
+ */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -17,27 +17,42 @@ const char *const kTitles[] = {
     "Кофе натуральный жареный молотый 250 г",
 };
 
-std::string MakeGood(int number) {
+enum class Bonuses { kNone, kTwo };
+
+std::string MakeGood(int number, Bonuses bonuses) {
   const int cost = 1990 + number * 137 % 250000;
   char text[700];
   std::snprintf(text, sizeof text,
-                "{\"title\":\"%s\",\"productCode\":\"46%08d\",\"positionCost\":%d,\"orderNum\":%d,\"cnt\":%d,"
-                "\"bonus\":[{\"earned\":%d,\"spend\":%d,\"organizerFee\":%d,\"accountType\":\"GLOBAL\"},"
-                "{\"earned\":%d,\"spend\":0,\"organizerFee\":0,\"accountType\":\"LOCAL\"}]}",
-                kTitles[number % 8], number * 7919 % 100000000, cost, number + 1, 1 + number % 3, cost / 20,
-                cost / 50, cost / 100, cost / 40);
-  return text;
+                "{\"title\":\"%s\",\"productCode\":\"46%08d\",\"positionCost\":%d,\"orderNum\":%d,\"cnt\":%d",
+                kTitles[number % 8], number * 7919 % 100000000, cost, number + 1, 1 + number % 3);
+  std::string good = text;
+  if (bonuses == Bonuses::kTwo) {
+    std::snprintf(text, sizeof text,
+                  ",\"bonus\":[{\"earned\":%d,\"spend\":%d,\"organizerFee\":%d,\"accountType\":\"GLOBAL\"},"
+                  "{\"earned\":%d,\"spend\":0,\"organizerFee\":0,\"accountType\":\"LOCAL\"}]",
+                  cost / 20, cost / 50, cost / 100, cost / 40);
+    good += text;
+  }
+  return good + "}";
+}
+
+std::string MakeBillOf(int goods, Bonuses bonuses) {
+  std::string text = "{\"totalSum\":" + std::to_string(goods * 12345) +
+                     ",\"orderLen\":" + std::to_string(goods) +
+                     ",\"billNum\":\"000417\",\"billDate\":\"2024-05-17T10:42:05Z\",\"partnerFee\":1000,"
+                     "\"goodList\":{\"good\":[";
+  for (int i = 0; i < goods; ++i) text += (i == 0 ? "" : ",") + MakeGood(i, bonuses);
+  return text + "]}}";
 }
 
 }  // namespace
 
 std::string MakeBill(int goods) {
-  std::string text = "{\"totalSum\":" + std::to_string(goods * 12345) +
-                     ",\"orderLen\":" + std::to_string(goods) +
-                     ",\"billNum\":\"000417\",\"billDate\":\"2024-05-17T10:42:05Z\",\"partnerFee\":1000,"
-                     "\"goodList\":{\"good\":[";
-  for (int i = 0; i < goods; ++i) text += (i == 0 ? "" : ",") + MakeGood(i);
-  return text + "]}}";
+  return MakeBillOf(goods, Bonuses::kTwo);
+}
+
+std::string MakeUnpaidBill(int goods) {
+  return MakeBillOf(goods, Bonuses::kNone);
 }
 
 std::string MakeBills(size_t least_bytes) {

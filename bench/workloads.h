@@ -7,6 +7,7 @@ namespace bench {
 
 std::string MakeBill(
     int goods);  // a bill as the server sends it back: Cyrillic titles, bonuses; 280 bytes a good
+std::string MakeUnpaidBill(int goods);      // the same goods as the register writes them, without bonuses
 std::string MakeBills(size_t least_bytes);  // an array of bills of 100 goods
 std::string MakeAnswer();                   // the answer to a payment with two goods: about 1 KB
 

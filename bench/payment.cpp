@@ -1,7 +1,9 @@
 // bench/payment.cpp: one online payment, lumo beside the register written by hand.
-//   payment check GOODS FOLDER              ends with 1 unless all leave the same bill, record, slip and trace
-//   payment once TILL GOODS FOLDER          one payment, for callgrind to count its instructions
+//   payment check GOODS FOLDER              ends with 1 unless all leave the same bill, record, slip and
+//   trace payment once TILL GOODS FOLDER          one payment, for callgrind to count its instructions
 //   payment race GOODS FOLDER PAYMENTS      till, processor time and wall time of a payment, in microseconds
+#include "payment.h"
+
 #include <time.h>
 
 #include <algorithm>
@@ -9,8 +11,6 @@
 #include <iostream>
 #include <regex>
 #include <vector>
-
-#include "payment.h"
 
 namespace {
 
@@ -55,8 +55,9 @@ Outcome PayTwice(const Stand &stand) {
 bool Same(const char *what, const std::string &name, const std::string &expected, const std::string &found) {
   if (expected == found && !expected.empty()) return true;
   const auto at = std::mismatch(expected.begin(), expected.end(), found.begin(), found.end()).second;
-  std::cerr << name << ": another " << what << " than lumo from here on: "
-            << found.substr(static_cast<size_t>(at - found.begin()), 80) << "\n";
+  std::cerr << name << ": another " << what
+            << " than lumo from here on: " << found.substr(static_cast<size_t>(at - found.begin()), 80)
+            << "\n";
   return false;
 }
 

@@ -1,6 +1,6 @@
 // bench/payment.h: one online payment, made by the library file and by a register written by hand on
-// well-kept libraries. Both send the same request, rewrite the bill, print the same slip, keep the same record
-// and leave the same trace, line by line: `payment check` compares them.
+// well-kept libraries. Both send the same request, rewrite the bill, print the same slip, keep the same
+// record and leave the same trace, line by line: `payment check` compares them.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,7 @@
-// The register that a programmer would write who has libcurl, RapidJSON and SQLite and not lumo. What it keeps
-// from payment to payment (the connection's handle, the database, the prepared statements) stays open, and the
-// terminal's state is read once. The journal is SQLite's write-ahead log without waiting for the disk at each
-// payment, which is how far lumo goes, too.
+// The register that a programmer would write who has libcurl, RapidJSON and SQLite and not lumo. What it
+// keeps from payment to payment (the connection's handle, the database, the prepared statements) stays open,
+// and the terminal's state is read once. The journal is SQLite's write-ahead log without waiting for the disk
+// at each payment, which is how far lumo goes, too.
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <rapidjson/document.h>
@@ -176,7 +176,8 @@ class ByHand : public Till {
     append_ = Prepare("INSERT INTO log (record) VALUES (?1)");
     // Above the limit the oldest third goes.
     trim_ = Prepare(
-        "DELETE FROM log WHERE (SELECT max(id) - min(id) FROM log) >= ?1 AND id < (SELECT min(id) FROM log) + "
+        "DELETE FROM log WHERE (SELECT max(id) - min(id) FROM log) >= ?1 AND id < (SELECT min(id) FROM log) "
+        "+ "
         "?1 / 3");
     curl_ = curl_easy_init();
     headers_ = curl_slist_append(nullptr, "Content-Type: application/json-soap;charset=UTF-8");
@@ -236,8 +237,9 @@ class ByHand : public Till {
   }
   sqlite3_stmt *Prepare(const char *sql) {
     sqlite3_stmt *statement = nullptr;
-    Require(sqlite3_prepare_v3(database_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) == SQLITE_OK,
-            sql);
+    Require(
+        sqlite3_prepare_v3(database_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) == SQLITE_OK,
+        sql);
     return statement;
   }
   static void Step(sqlite3_stmt *statement) {
@@ -414,9 +416,10 @@ class ByHand : public Till {
     WriteBill(writer, bill, true);
     writer.EndObject();
     writer.EndObject();
-    trace_("Sending buffer:\nPOST /ws/payment\nHost: 127.0.0.1:%d\n"
-           "Content-Type: application/json-soap;charset=UTF-8\nContent-Length: %d\n\n%s\n\n",
-           port_, static_cast<int>(body.GetSize()), body.GetString());
+    trace_(
+        "Sending buffer:\nPOST /ws/payment\nHost: 127.0.0.1:%d\n"
+        "Content-Type: application/json-soap;charset=UTF-8\nContent-Length: %d\n\n%s\n\n",
+        port_, static_cast<int>(body.GetSize()), body.GetString());
     answer_.clear();
     curl_easy_setopt(curl_, CURLOPT_POSTFIELDS, body.GetString());
     curl_easy_setopt(curl_, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.GetSize()));

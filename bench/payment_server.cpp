@@ -44,7 +44,8 @@ std::string Receive(int client) {
     size_t head = request.find("\r\n\r\n");
     head = head != std::string::npos ? head + 4 : request.find("\n\n") + 2;
     if (head < 4) continue;
-    if (request.size() - head >= std::strtoul(Between(request, "Content-Length: ", '\n').c_str(), nullptr, 10))
+    if (request.size() - head >=
+        std::strtoul(Between(request, "Content-Length: ", '\n').c_str(), nullptr, 10))
       return request;
   }
 }
@@ -59,8 +60,9 @@ std::string Receive(int client) {
       std::string answer = MakeAnswer(goods, Between(request, "\"requestId\":\"", '"'));
       // The terminals' protocol has no head in answers; a client of the common kind wants one.
       if (request.find(" HTTP/1.1\r\n") != std::string::npos) {
-        answer = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: " +
-                 std::to_string(answer.size()) + "\r\n\r\n" + answer;
+        answer =
+            "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: " +
+            std::to_string(answer.size()) + "\r\n\r\n" + answer;
       }
       send(client, answer.data(), answer.size(), MSG_NOSIGNAL);
       // The client closes first.

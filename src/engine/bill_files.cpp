@@ -5,6 +5,7 @@
 #include "foundation/dates.h"
 #include "foundation/file_sink.h"
 #include "foundation/files.h"
+#include "foundation/format.h"
 #include "foundation/trace.h"
 #include "json/lumojson.h"
 #include "lumo.h"
@@ -17,7 +18,7 @@ namespace lumo {
 
 namespace {
 
-constexpr int kFragmentBytes = 2048;
+constexpr size_t kFragmentBytes = 2048;
 
 void WriteFormatted(HANDLE file, const char *format, ...) LUMO_PRINTF(2, 3);
 
@@ -25,9 +26,9 @@ void WriteFormatted(HANDLE file, const char *format, ...) {
   char fragment[kFragmentBytes];
   va_list arguments;
   va_start(arguments, format);
-  const int length = _vsnprintf(fragment, sizeof fragment, format, arguments);
+  const size_t length = FormatText(fragment, sizeof fragment, format, arguments);
   va_end(arguments);
-  if (length > 0 && length < kFragmentBytes) {
+  if (length < kFragmentBytes) {
     FileWrite(fragment, 1, static_cast<uint32_t>(length), file);
   }
 }

@@ -251,9 +251,9 @@ void PrintActivationBlock(const Transaction *record) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat"
 void PrintBonusLines(const PaymentAmounts &amounts) {
-  ReceiptPrintf(report_buffer, "Потрачено бнс:% 10s\n", FormatAmount(amounts.spent));
-  ReceiptPrintf(report_buffer, "Начислено бнс:% 10s\n", FormatAmount(amounts.earned));
-  ReceiptPrintf(report_buffer, "Скидка бнс:% 10s\n", FormatAmount(amounts.discount));
+  ReceiptPrintf(report_buffer, "Потрачено бнс:%10s\n", FormatAmount(amounts.spent));
+  ReceiptPrintf(report_buffer, "Начислено бнс:%10s\n", FormatAmount(amounts.earned));
+  ReceiptPrintf(report_buffer, "Скидка бнс:%10s\n", FormatAmount(amounts.discount));
 }
 #pragma GCC diagnostic pop
 

@@ -48,8 +48,8 @@ int CompareDates(const char *a, const char *b) {
 }
 
 void BuildFirstRrn(const Transaction *transaction, char (&rrn)[kRrnBytes]) {
-  sprintf(rrn, "%5s%6s00000", ZeroPadLeft(transaction->request.terminalId, kTerminalColumns),
-          DateToYYMMDD(transaction->request.requestDate));
+  Format(rrn, sizeof rrn, "%5s%6s00000", ZeroPadLeft(transaction->request.terminalId, kTerminalColumns),
+         DateToYYMMDD(transaction->request.requestDate));
   Trace("First RRN generation [%s]\n", rrn);
 }
 
@@ -146,7 +146,7 @@ int GenerateRRN(Transaction *transaction, const char *last) {
       return 0;
     }
     const int number = order == 0 ? parsed.number + 1 : 0;
-    sprintf(rrn, "%5s%6s%05d", ZeroPadLeft(request.terminalId, kTerminalColumns), date, number);
+    Format(rrn, sizeof rrn, "%5s%6s%05d", ZeroPadLeft(request.terminalId, kTerminalColumns), date, number);
     Trace("Next RRN generation [%s]\n", rrn);
   }
   trans_strcpy(transaction, &request.requestId, rrn);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "foundation/format.h"
 #include "platform/platform.h"
 
 namespace lumo {
@@ -10,8 +11,8 @@ const char *IsoTimestamp() {
   static char buffer[48];
   SYSTEMTIME now;
   GetSystemTime(&now);
-  std::sprintf(buffer, "%04d-%02d-%02dT%02d:%02d:%02dZ", now.wYear, now.wMonth, now.wDay, now.wHour,
-               now.wMinute, now.wSecond);
+  Format(buffer, sizeof buffer, "%04d-%02d-%02dT%02d:%02d:%02dZ", now.wYear, now.wMonth, now.wDay, now.wHour,
+         now.wMinute, now.wSecond);
   return buffer;
 }
 
@@ -19,8 +20,8 @@ const char *ReceiptTimestamp() {
   static char buffer[48];
   SYSTEMTIME now;
   GetSystemTime(&now);
-  std::sprintf(buffer, "%04d/%02d/%02d      %02d:%02d:%02d", now.wYear, now.wMonth, now.wDay, now.wHour,
-               now.wMinute, now.wSecond);
+  Format(buffer, sizeof buffer, "%04d/%02d/%02d      %02d:%02d:%02d", now.wYear, now.wMonth, now.wDay,
+         now.wHour, now.wMinute, now.wSecond);
   return buffer;
 }
 
@@ -33,7 +34,7 @@ const char *DateToYYMMDD(const char *date) {
   if (date == nullptr || std::sscanf(date, "%*2s%2d-%2d-%2dT%*s", &year, &month, &day) != 3) {
     year = month = day = 0;
   }
-  std::sprintf(buffer, "%02d%02d%02d", year, month, day);
+  Format(buffer, sizeof buffer, "%02d%02d%02d", year, month, day);
   return buffer;
 }
 

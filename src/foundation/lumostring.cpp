@@ -3,8 +3,8 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "foundation/format.h"
 #include "foundation/memory.h"
-#include "platform/platform.h"
 
 namespace lumo {
 namespace {
@@ -106,14 +106,15 @@ int StringAppendN(String *string, const char *bytes, uint32_t count) {
 }
 
 int StringAppendFormat(String *string, const char *format, ...) {
-  char formatted[kFormatBytes] = {};
+  char formatted[kFormatBytes];
   va_list arguments;
   va_start(arguments, format);
-  const int length = _vsnprintf(formatted, sizeof(formatted), format, arguments);
+  const size_t length = FormatText(formatted, sizeof(formatted), format, arguments);
   va_end(arguments);
-  if (length < 0 || length >= static_cast<int>(sizeof(formatted))) {
+  if (length >= sizeof(formatted)) {
     Fatal("StringAppendFormat to long message\n", LUMO_HERE);
   }
+  formatted[length] = 0;
   return StringAppend(string, formatted);
 }
 

@@ -1,7 +1,6 @@
 #include "foundation/md5.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 #include "foundation/format.h"
@@ -108,7 +107,7 @@ const char *Md5Hex(const char *text) {
   }
   Md5Finish(&state, bytes + done, length - done, length);
   for (uint32_t i = 0; i < 16; ++i) {
-    std::sprintf(buffer + 2 * i, "%02x", (state.words[i / 4] >> (8 * (i % 4))) & 0xFF);
+    Format(buffer + 2 * i, 3, "%02x", (state.words[i / 4] >> (8 * (i % 4))) & 0xFF);
   }
   return buffer;
 }

@@ -6,6 +6,8 @@ namespace {
 WCHAR module_directory[kPathUnits];
 WCHAR trace_tag[kPathUnits];
 WCHAR converted[512];
+FileName trace_file_name;
+bool trace_file_name_stands;
 
 constexpr int kTagUnits = 259;  // terminator included
 
@@ -24,6 +26,7 @@ bool Join(WCHAR (&path)[kPathUnits], uint32_t &length, const WCHAR *part) {
 }  // namespace
 
 void SetModuleDirectory(const WCHAR *directory) {
+  trace_file_name_stands = false;
   uint32_t length = 0;
   for (; directory[length] != 0 && length < kPathUnits - 1; ++length) {
     module_directory[length] = directory[length];
@@ -38,6 +41,7 @@ const WCHAR *ModuleDirectory() {
 }
 
 void SetTraceTag(const char *utf8_tag) {
+  trace_file_name_stands = false;
   for (WCHAR &unit : trace_tag) {
     unit = 0;
   }
@@ -80,6 +84,16 @@ void BuildTracePath(WCHAR (&path)[kPathUnits]) {
   if (!fits) {
     path[0] = 0;
   }
+}
+
+const FileName &TraceFileName() {
+  if (!trace_file_name_stands) {
+    WCHAR path[kPathUnits];
+    BuildTracePath(path);
+    MakeFileName(path, &trace_file_name);
+    trace_file_name_stands = true;
+  }
+  return trace_file_name;
 }
 
 }  // namespace lumo

@@ -28,4 +28,7 @@ const WCHAR *Utf8ToWide(const char *text);
 bool BuildPath(const char *name, WCHAR (&path)[kPathUnits]);
 void BuildTracePath(WCHAR (&path)[kPathUnits]);
 
+// The same for AppendToFile; made anew only when the directory or the tag has changed.
+const FileName &TraceFileName();
+
 }  // namespace lumo

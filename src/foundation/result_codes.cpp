@@ -1,8 +1,6 @@
 #include "foundation/result_codes.h"
 
-#include <cstdio>
-#include <cstring>
-
+#include "foundation/format.h"
 #include "foundation/trace.h"
 
 namespace lumo {
@@ -70,8 +68,7 @@ const char *ErrorMessage(int32_t code) {
     }
   }
   TraceWarning("Unknown error code %d\n", code);
-  std::memset(error_text, 0, sizeof(error_text));
-  std::sprintf(error_text, "Неизвестная ошибка %d", code);
+  Format(error_text, sizeof error_text, "Неизвестная ошибка %d", code);
   return error_text;
 }
 

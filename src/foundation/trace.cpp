@@ -1,7 +1,7 @@
 #include "foundation/trace.h"
 
 #include <cstdarg>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "foundation/module_path.h"
@@ -10,18 +10,31 @@
 namespace lumo {
 namespace {
 
+constexpr size_t kLineBytes = 1024;  // of a line that needs no memory
+
 void AppendLine(const char *prefix, const char *format, va_list arguments) LUMO_PRINTF(2, 0);
 
 void AppendLine(const char *prefix, const char *format, va_list arguments) {
-  WCHAR path[kPathUnits];
-  BuildTracePath(path);
-  FILE *file = _wfopen(path, LUMO_WIDE("a"));
-  if (file == nullptr) {
+  char line[kLineBytes];
+  const size_t prefix_length = std::strlen(prefix);
+  std::memcpy(line, prefix, prefix_length);
+  const size_t length =
+      prefix_length + FormatText(line + prefix_length, kLineBytes - prefix_length, format, arguments);
+  if (length <= kLineBytes) {
+    AppendToFile(&TraceFileName(), line, length);
     return;
   }
-  std::fwrite(prefix, 1, std::strlen(prefix), file);
-  std::vfprintf(file, format, arguments);
-  std::fclose(file);
+  // Not MemMalloc, which traces when there is no memory.
+  char *whole = static_cast<char *>(std::malloc(length));
+  if (whole == nullptr) {
+    line[kLineBytes - 1] = '\n';
+    AppendToFile(&TraceFileName(), line, kLineBytes);
+    return;
+  }
+  std::memcpy(whole, prefix, prefix_length);
+  FormatText(whole + prefix_length, length - prefix_length, format, arguments);
+  AppendToFile(&TraceFileName(), whole, length);
+  std::free(whole);
 }
 
 }  // namespace

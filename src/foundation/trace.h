@@ -1,10 +1,10 @@
 // foundation/trace.h: the library's diary, one text file beside the library file. Each call opens the file,
 // appends and closes it, so that a crash loses nothing. Nothing is added to a line; formats carry their own
-// "\n". A trace file that cannot be opened loses the line and nothing else. A null text prints as "(null)".
+// "\n". A trace file that cannot be opened loses the line and nothing else; so does the end of a line of more
+// than 1 KB for which there is no memory. A null text prints as "(null)". Formats are those of FormatText.
 #pragma once
 
-#define LUMO_PRINTF(format_index, first_argument) \
-  __attribute__((format(printf, format_index, first_argument)))
+#include "foundation/format.h"
 
 namespace lumo {
 

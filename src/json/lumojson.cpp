@@ -1,10 +1,10 @@
 #include "json/lumojson.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "foundation/arithmetic.h"
 #include "foundation/files.h"
+#include "foundation/format.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
 #include "json/json_dom.h"
@@ -305,10 +305,10 @@ void WriteKey(JsonPrinter *printer, const char *key) {
 }
 
 int WriteIntMember(JsonPrinter *printer, const char *key, int32_t value) {
-  char text[12];
-  const int length = std::sprintf(text, "%d", value);
+  char text[kIntBytes];
+  const uint32_t length = WriteInt(text, value);
   WriteKey(printer, key);
-  return JsonPrinterRaw(printer, JSON_INT, text, static_cast<uint32_t>(length));
+  return JsonPrinterRaw(printer, JSON_INT, text, length);
 }
 
 int WriteStringMember(JsonPrinter *printer, const char *key, const char *text) {

@@ -14,4 +14,10 @@
 // Beside the system's own calls each platform gives, in namespace lumo:
 //   kPathSeparator              WCHAR that ends moduleDirectory
 //   LUMO_WIDE("text")           a text of WCHAR
+//   FileName                    where a file is, in the form in which the system takes it
+//   MakeFileName(name, &out)    from WCHARs; empty, which no file is, when that cannot be
+//   AppendToFile(&name, text, length)
+//                               opens the file or makes it, appends the text, ends lines as text files of the
+//                               system do, and closes it; not 0 when all of it was written. The last error
+//                               is not told.
 //   PlatformExit(status)        ends the host process after its exit handlers

@@ -48,7 +48,7 @@ int SocketConnect(const char *host, int32_t port, int32_t timeout_seconds) {
   }
   connection_socket = socket(AF_INET, SOCK_STREAM, 0);
   if (connection_socket == INVALID_SOCKET) {
-    TraceError("socket failed with error: %ld\n", static_cast<long>(WSAGetLastError()));
+    TraceError("socket failed with error: %d\n", WSAGetLastError());
     WSACleanup();
     return ERR_CONNECT;
   }

@@ -2,15 +2,15 @@
 
 #include <cstdarg>
 
+#include "foundation/format.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
-#include "platform/platform.h"
 
 namespace lumo {
 
 namespace {
 
-constexpr int kLineBytes = 1024;  // the longest line and its terminator
+constexpr size_t kLineBytes = 1024;  // the longest line and its terminator
 
 }  // namespace
 
@@ -29,16 +29,15 @@ int ReceiptFree(ReceiptBuffer *receipt) {
 }
 
 int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...) {
-  char line[kLineBytes] = {};
+  char line[kLineBytes];
   if (receipt->text == nullptr) {
     receipt->text = StringCreate();
   }
   va_list arguments;
   va_start(arguments, format);
-  const int length = _vsnprintf(line, sizeof line, format, arguments);
+  const size_t length = FormatText(line, sizeof line, format, arguments);
   va_end(arguments);
-  // The device's runtime answers a line that does not fit with a negative number.
-  if (length < 0 || length >= kLineBytes) {
+  if (length >= kLineBytes) {
     Fatal("Stack overflow!\n", LUMO_HERE);
   }
   StringAppendN(receipt->text, line, static_cast<uint32_t>(length));

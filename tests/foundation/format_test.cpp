@@ -11,6 +11,78 @@
 
 namespace {
 
+// A format with its arguments, and the bytes it must give.
+#define ROW(text, ...) \
+  { Formatted(__VA_ARGS__), text, #__VA_ARGS__ }
+
+template <typename... Arguments>
+std::string Formatted(const char *format, Arguments... arguments) {
+  char text[400];
+  std::memset(text, '*', sizeof text);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  const size_t length = lumo::Format(text, sizeof text, format, arguments...);
+#pragma GCC diagnostic pop
+  EXPECT_EQ(text[length], '\0') << format;
+  EXPECT_EQ(text[length + 1], '*') << format;
+  return {text, length};
+}
+
+struct FormatCase {
+  std::string found;
+  std::string text;
+  const char *what;
+};
+
+const char *volatile no_text = nullptr;
+
+TEST(Format, GivesWhatPrintfGives) {
+  const char not_terminated[] = {'a', 'b', 'c'};
+  const FormatCase rows[] = {
+      ROW("", ""),
+      ROW("plain", "plain"),
+      ROW("100%", "100%%"),
+      ROW("пять 5, шесть [шесть].", "пять %d, %s [%s].", 5, "шесть", "шесть"),
+      ROW("0", "%d", 0),
+      ROW("-1", "%d", -1),
+      ROW("2147483647", "%d", INT32_MAX),
+      ROW("-2147483648", "%d", INT32_MIN),
+      ROW("05 12 123", "%02d %02d %02d", 5, 12, 123),
+      ROW("00007", "%05d", 7),
+      ROW("-5 -05 -2147483648", "%02d %03d %04d", -5, -5, INT32_MIN),
+      ROW("   -5|-0005|     7", "%5d|%05d|%6d", -5, -5, 7),
+      ROW("0", "%x", 0U),
+      ROW("0a ff 1234abcd", "%02x %02x %x", 10U, 255U, 0x1234abcdU),
+      ROW("0A FFFFFFEF 00FF", "%02X %02X %04X", 10U, 0xffffffefU, 255U),
+      ROW("text", "%s", "text"),
+      ROW("", "%s", ""),
+      ROW("(null)", "%s", no_text),
+      ROW("  text|text|text", "%6s|%4s|%3s", "text", "text", "text"),
+      ROW("    ж", "%6s", "ж"),
+      ROW("  (null)", "%8s", no_text),
+      ROW("te|text||", "%.2s|%.9s|%.0s|", "text", "text", "text"),
+      ROW("    te", "%6.2s", "text"),
+      ROW("abc", "%.3s", not_terminated),
+      ROW("abc ab ", "%.*s %.*s %.*s", 3, not_terminated, 2, not_terminated, 0, not_terminated),
+      ROW("text", "%.*s", -1, "text"),
+      ROW("   text", "%*s", 7, "text"),
+      ROW("a1b2c", "%s%d%s%d%s", "a", 1, "b", 2, "c"),
+  };
+  for (const FormatCase &row : rows) EXPECT_EQ(row.found, row.text) << row.what;
+}
+
+TEST(Format, CutsWhatDoesNotFitAndTellsItsLength) {
+  for (const size_t size : {1U, 2U, 5U, 8U, 9U, 10U}) {
+    char text[12];
+    std::memset(text, '*', sizeof text);
+    EXPECT_EQ(lumo::Format(text, size, "%s-%03d!", "ab", 12345), 9U) << size;
+    EXPECT_EQ(std::string(text, sizeof text), std::string("ab-12345!", size < 10 ? size - 1 : 9) + '\0' +
+                                                  std::string(11 - (size < 10 ? size - 1 : 9), '*'))
+        << size;
+  }
+}
+
 struct AmountCase {
   int32_t amount;
   const char *text;

@@ -34,9 +34,9 @@ TEST_F(TraceFile, GetsAnErrorBehindItsPrefix) {
 
 TEST_F(TraceFile, GetsWhatTheFormatSaysAndNothingElse) {
   lumo::Trace("%d %s|", -5, "пять");
-  lumo::TraceError("%c", 'e');
+  lumo::TraceError("%02X", 14);
   lumo::TraceWarning("100%%");
-  EXPECT_EQ(folder.Trace(), "-5 пять|ERROR: eWARNING: 100%");
+  EXPECT_EQ(folder.Trace(), "-5 пять|ERROR: 0EWARNING: 100%");
 }
 
 TEST_F(TraceFile, IsAppendedTo) {

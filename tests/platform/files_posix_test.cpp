@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -57,9 +58,6 @@ TEST_F(PosixFiles, AProcessThatDiesLeavesNothingHeld) {
 
 TEST_F(PosixFiles, HandlesAreNotInheritedByPrograms) {
   const HANDLE file = Open(u"file", GENERIC_WRITE, CREATE_ALWAYS);
-  FILE *const stream = _wfopen(u"stream", u"ab");
-  ASSERT_NE(stream, nullptr);
-  EXPECT_EQ(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
   bool found = false;
   for (int descriptor = 3; descriptor < 64; ++descriptor) {
     struct stat opened, named;
@@ -69,7 +67,6 @@ TEST_F(PosixFiles, HandlesAreNotInheritedByPrograms) {
     EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
   }
   EXPECT_TRUE(found);
-  fclose(stream);
   EXPECT_TRUE(CloseHandle(file));
 }
 
@@ -79,9 +76,80 @@ TEST_F(PosixFiles, ARefusedCreateAlwaysHasNotEmptiedTheFile) {
   ASSERT_EQ(flock(held, LOCK_EX), 0);
   EXPECT_EQ(Open(u"file", GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), 32u);
-  EXPECT_EQ(_wfopen(u"file", u"w"), nullptr);
   close(held);
   EXPECT_EQ(Read("file"), "bytes");
+}
+
+FileName NameOf(const WCHAR *name) {
+  FileName converted;
+  MakeFileName(name, &converted);
+  return converted;
+}
+
+TEST_F(PosixFiles, AnAppendMeetsNoLockAndTakesNone) {
+  Write("file", "one");
+  const HANDLE file = Open(u"file", GENERIC_WRITE, OPEN_EXISTING);
+  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+  const FileName name = NameOf(u"file");
+  EXPECT_TRUE(AppendToFile(&name, "two", 3));
+  EXPECT_TRUE(CloseHandle(file));
+  EXPECT_EQ(Read("file"), "onetwo");
+}
+
+TEST_F(PosixFiles, AnAppendClosesWhatItOpens) {
+  const FileName name = NameOf(u"file");
+  const int before = open(".", O_RDONLY);
+  close(before);
+  for (int i = 0; i < 10; ++i) EXPECT_TRUE(AppendToFile(&name, "x", 1));
+  const int after = open(".", O_RDONLY);
+  close(after);
+  EXPECT_EQ(after, before);
+}
+
+TEST_F(PosixFiles, AnAppendThatDoesNotFitIsSaid) {
+  const FileName name = NameOf(u"/dev/full");
+  EXPECT_FALSE(AppendToFile(&name, "x", 1));
+  EXPECT_EQ(InAnotherProcess([] {
+              signal(SIGXFSZ, SIG_IGN);
+              const rlimit limit = {5, 5};
+              setrlimit(RLIMIT_FSIZE, &limit);
+              const FileName file = NameOf(u"file");
+              return AppendToFile(&file, "bytes and more", 14) ? 1 : 0;
+            }),
+            0);
+  EXPECT_EQ(Read("file"), "bytes");
+}
+
+// A pipe that is full until the third signal has come.
+int pipe_end;
+volatile sig_atomic_t alarms;
+
+void DrainThePipeAtLast(int) {
+  char bytes[65536];
+  if (++alarms < 3) return;
+  while (read(pipe_end, bytes, sizeof bytes) > 0) {
+  }
+}
+
+TEST_F(PosixFiles, AnInterruptedAppendIsCarriedOn) {
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  pipe_end = open("pipe", O_RDWR | O_NONBLOCK);
+  const std::string filling(4096, 'x');
+  while (write(pipe_end, filling.data(), filling.size()) > 0) {
+  }
+  struct sigaction action = {};
+  action.sa_handler = DrainThePipeAtLast;
+  ASSERT_EQ(sigaction(SIGALRM, &action, nullptr), 0);
+  const itimerval every_so_often = {{0, 5000}, {0, 5000}};
+  ASSERT_EQ(setitimer(ITIMER_REAL, &every_so_often, nullptr), 0);
+  const FileName name = NameOf(u"pipe");
+  EXPECT_TRUE(AppendToFile(&name, "bytes", 5));
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  EXPECT_GE(alarms, 3);
+  char bytes[8];
+  EXPECT_EQ(read(pipe_end, bytes, sizeof bytes), 5);
+  close(pipe_end);
 }
 
 TEST_F(PosixFiles, AFileIsNotCopiedOntoItselfUnderAnotherName) {
@@ -146,10 +214,11 @@ TEST_F(PosixFiles, NamesThatCannotBeAreRefused) {
   EXPECT_EQ(GetLastError(), 206u);
   EXPECT_EQ(Open(nullptr, GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), 3u);
-  EXPECT_EQ(_wfopen(nullptr, u"a"), nullptr);
-  EXPECT_EQ(_wfopen(u"file", nullptr), nullptr);
-  EXPECT_EQ(_wfopen(u"file", u""), nullptr);
-  EXPECT_EQ(_wfopen(u"file", u"q"), nullptr);
+  for (const WCHAR *name : {too_long.c_str(), too_long_a_part.c_str(), static_cast<const WCHAR *>(nullptr)}) {
+    FileName converted;
+    MakeFileName(name, &converted);
+    EXPECT_FALSE(AppendToFile(&converted, "x", 1));
+  }
   EXPECT_TRUE(fs::is_empty("."));
 }
 

@@ -31,6 +31,12 @@ void WriteSome(HANDLE file, const std::string &bytes) {
   EXPECT_EQ(written, bytes.size());
 }
 
+BOOL Append(const WCHAR *name, const std::string &text) {
+  FileName converted;
+  MakeFileName(name, &converted);
+  return AppendToFile(&converted, text.data(), text.size());
+}
+
 class Files : public test::OwnFolder {};
 
 struct Refusal {
@@ -87,10 +93,6 @@ TEST_P(MissingNames, HaveNoAttributes) {
   EXPECT_EQ(GetLastError(), GetParam().error) << GetParam().what;
 }
 
-TEST_P(MissingNames, CannotBeReadAsAStream) {
-  EXPECT_EQ(_wfopen(GetParam().name, LUMO_WIDE("rb")), nullptr) << GetParam().what;
-}
-
 INSTANTIATE_TEST_SUITE_P(, MissingNames, testing::ValuesIn(kMissing),
                          [](const auto &row) { return "row" + std::to_string(row.index); });
 
@@ -99,7 +101,7 @@ TEST_F(Files, NothingIsMadeInAMissingFolder) {
   EXPECT_EQ(GetLastError(), 3u);
   EXPECT_EQ(Open(LUMO_WIDE("nowhere\\new"), GENERIC_WRITE, OPEN_ALWAYS), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), 3u);
-  EXPECT_EQ(_wfopen(LUMO_WIDE("nowhere\\new"), LUMO_WIDE("a")), nullptr);
+  EXPECT_FALSE(Append(LUMO_WIDE("nowhere\\new"), "x"));
   Write("file", "bytes");
   EXPECT_FALSE(MoveFileW(LUMO_WIDE("file"), LUMO_WIDE("nowhere\\new")));
   EXPECT_EQ(GetLastError(), 3u);
@@ -116,8 +118,7 @@ TEST_F(Files, AFolderCannotBeOpened) {
       EXPECT_EQ(GetLastError(), 5u) << access << " " << creation;
     }
   }
-  EXPECT_EQ(_wfopen(LUMO_WIDE("folder"), LUMO_WIDE("rb")), nullptr);
-  EXPECT_EQ(_wfopen(LUMO_WIDE("folder"), LUMO_WIDE("a")), nullptr);
+  EXPECT_FALSE(Append(LUMO_WIDE("folder"), "x"));
 }
 
 TEST_F(Files, AFolderCannotBeDeletedOrCopied) {
@@ -187,39 +188,9 @@ TEST_F(Files, AnOpenFileExcludesEveryOtherOpen) {
         EXPECT_EQ(GetLastError(), 32u) << held << " " << access << " " << creation;
       }
     }
-    for (const WCHAR *mode : {LUMO_WIDE("rb"), LUMO_WIDE("wb"), LUMO_WIDE("ab"), LUMO_WIDE("a")}) {
-      EXPECT_EQ(_wfopen(LUMO_WIDE("file"), mode), nullptr);
-      EXPECT_EQ(GetLastError(), 32u);
-    }
     EXPECT_TRUE(CloseHandle(first));
     EXPECT_EQ(Read("file"), "bytes");
   }
-}
-
-TEST_F(Files, AnOpenStreamExcludesAnExclusiveOpen) {
-  Write("file", "bytes");
-  for (const WCHAR *mode : {LUMO_WIDE("rb"), LUMO_WIDE("ab"), LUMO_WIDE("r+b")}) {
-    FILE *const stream = _wfopen(LUMO_WIDE("file"), mode);
-    ASSERT_NE(stream, nullptr);
-    EXPECT_EQ(Open(LUMO_WIDE("file"), GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), 32u);
-    EXPECT_FALSE(DeleteFileW(LUMO_WIDE("file")));
-    EXPECT_EQ(GetLastError(), 32u);
-    fclose(stream);
-    EXPECT_EQ(Read("file"), "bytes");
-  }
-}
-
-TEST_F(Files, TwoStreamsMayShareAFile) {
-  FILE *const first = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("ab"));
-  FILE *const second = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("ab"));
-  ASSERT_NE(first, nullptr);
-  ASSERT_NE(second, nullptr);
-  fputs("one", first);
-  fclose(first);
-  fputs("two", second);
-  fclose(second);
-  EXPECT_EQ(Read("file"), "onetwo");
 }
 
 TEST_F(Files, AClosedFileMayBeOpenedAgain) {
@@ -443,24 +414,41 @@ TEST_F(Files, AttributesTellFoldersFromFiles) {
   EXPECT_NE(GetFileAttributesW(LUMO_WIDE("folder")) & FILE_ATTRIBUTE_DIRECTORY, 0u);
 }
 
-TEST_F(Files, AStreamAppendsEmptiesOrReads) {
-  FILE *stream = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("ab"));
-  ASSERT_NE(stream, nullptr);
-  fputs("one\n", stream);
-  fclose(stream);
-  stream = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("ab"));
-  fputs("two\n", stream);
-  fclose(stream);
-  EXPECT_EQ(Read("file"), "one\ntwo\n");
-  stream = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("rb"));
-  ASSERT_NE(stream, nullptr);
-  char line[8];
-  EXPECT_STREQ(fgets(line, sizeof line, stream), "one\n");
-  fclose(stream);
-  stream = _wfopen(LUMO_WIDE("file"), LUMO_WIDE("wb"));
-  ASSERT_NE(stream, nullptr);
-  fclose(stream);
-  EXPECT_EQ(Read("file"), "");
+#ifdef _WIN32
+#define LINE_END "\r\n"
+#else
+#define LINE_END "\n"
+#endif
+
+TEST_F(Files, AnAppendMakesTheFileAndGoesBehindWhatIsThere) {
+  EXPECT_TRUE(Append(LUMO_WIDE("file"), "one\n"));
+  EXPECT_EQ(Read("file"), "one" LINE_END);
+  EXPECT_TRUE(Append(LUMO_WIDE("file"), "two\nthree"));
+  EXPECT_TRUE(Append(LUMO_WIDE("file"), ""));
+  EXPECT_TRUE(Append(LUMO_WIDE("file"), "\n"));
+  EXPECT_EQ(Read("file"), "one" LINE_END "two" LINE_END "three" LINE_END);
+}
+
+TEST_F(Files, AnAppendTakesAnyLength) {
+  const std::string text(100000, 'x');
+  EXPECT_TRUE(Append(LUMO_WIDE("file"), text));
+  EXPECT_EQ(Read("file"), text);
+}
+
+TEST_F(Files, NothingIsAppendedToAnEmptyName) {
+  EXPECT_FALSE(Append(LUMO_WIDE(""), "x"));
+  EXPECT_TRUE(fs::is_empty("."));
+}
+
+TEST_F(Files, AFileNameIsKeptFromAppendToAppend) {
+  FileName name;
+  MakeFileName(LUMO_WIDE("file"), &name);
+  EXPECT_TRUE(AppendToFile(&name, "one", 3));
+  EXPECT_TRUE(AppendToFile(&name, "two", 3));
+  EXPECT_EQ(Read("file"), "onetwo");
+  EXPECT_TRUE(DeleteFileW(LUMO_WIDE("file")));
+  EXPECT_TRUE(AppendToFile(&name, "three", 5));
+  EXPECT_EQ(Read("file"), "three");
 }
 
 // Names, each tried in every call: created, found, read back, copied, moved, deleted.
@@ -494,10 +482,7 @@ TEST_P(Names, WorkInEveryCall) {
   WriteSome(file, "bytes");
   EXPECT_TRUE(CloseHandle(file));
   EXPECT_NE(GetFileAttributesW(name), INVALID_FILE_ATTRIBUTES);
-  FILE *const stream = _wfopen(name, LUMO_WIDE("ab"));
-  ASSERT_NE(stream, nullptr);
-  fputs("+", stream);
-  fclose(stream);
+  EXPECT_TRUE(Append(name, "+"));
   EXPECT_TRUE(CopyFileW(name, LUMO_WIDE("copy"), 1));
   EXPECT_EQ(Read("copy"), "bytes+");
   EXPECT_TRUE(DeleteFileW(name));

@@ -144,58 +144,5 @@ TEST(Text, WhatMakesNoSenseIsRefused) {
   EXPECT_EQ(GetLastError(), 87u);
 }
 
-#if defined(__GNUC__)
-__attribute__((format(printf, 3, 4)))
-#endif
-int Format(char *buffer, size_t capacity, const char *format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  const int result = _vsnprintf(buffer, capacity, format, arguments);
-  va_end(arguments);
-  return result;
-}
-
-TEST(Format, ANullBufferMeasures) {
-  EXPECT_EQ(Format(nullptr, 0, "%d-%s", 42, "text"), 7);
-  EXPECT_EQ(Format(nullptr, 0, "%s", ""), 0);
-}
-
-TEST(Format, TextAndTerminatorFillTheRoom) {
-  char buffer[10] = "*********";
-  EXPECT_EQ(Format(buffer, 8, "%d-%s", 42, "text"), 7);
-  EXPECT_EQ(std::string(buffer, 9), std::string("42-text\0*", 9));
-}
-
-TEST(Format, AnExactFitHasNoTerminator) {
-  char buffer[10] = "*********";
-  EXPECT_EQ(Format(buffer, 7, "%d-%s", 42, "text"), 7);
-  EXPECT_EQ(std::string(buffer, 9), "42-text**");
-}
-
-TEST(Format, TooLittleRoomIsMinusOneAndWhatFits) {
-  char buffer[10] = "*********";
-  EXPECT_EQ(Format(buffer, 6, "%d-%s", 42, "text"), -1);
-  EXPECT_EQ(std::string(buffer, 9), "42-tex***");
-  char untouched[4] = "***";
-  EXPECT_EQ(Format(untouched, 1, "%s", "long"), -1);
-  EXPECT_EQ(std::string(untouched, 3), "l**");
-}
-
-TEST(Format, AnEmptyTextNeedsNoRoom) {
-  char buffer[4] = "***";
-  EXPECT_EQ(Format(buffer, 0, "%s", ""), 0);
-  EXPECT_EQ(std::string(buffer, 3), "***");
-  EXPECT_EQ(Format(buffer, 1, "%s", ""), 0);
-  EXPECT_EQ(std::string(buffer, 3), std::string("\0**", 3));
-}
-
-TEST(Format, FlagsWidthsAndPrecisionsWork) {
-  char buffer[64];
-  EXPECT_EQ(Format(buffer, sizeof buffer, "[%5d|%-5d|%05d|%x|%c|%5s|%-5s|%.2s|%*s|%ld|%%]", 42, 42, 42, 255,
-                   'c', "ab", "ab", "abc", 4, "x", 7L),
-            48);
-  EXPECT_STREQ(buffer, "[   42|42   |00042|ff|c|   ab|ab   |ab|   x|7|%]");
-}
-
 }  // namespace
 }  // namespace lumo

@@ -55,6 +55,11 @@ struct sockaddr_in {
   char sin_zero[8];
 };
 
+// Where a file is, as the system takes it.
+struct FileName {
+  char bytes[260 * 3];  // 259 units, each at most three bytes
+};
+
 extern "C" {
 
 DWORD lumo_GetLastError();
@@ -76,16 +81,16 @@ BOOL lumo_CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists);
 DWORD lumo_GetFileAttributesW(const WCHAR *name);
 // Gives the attributes, the size and the time of the last write; the other times are 0.
 BOOL lumo_GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, void *out_data);
-FILE *lumo_wfopen(const WCHAR *name, const WCHAR *mode);
+
+// See platform.h.
+void lumo_MakeFileName(const WCHAR *name, FileName *out_name);
+BOOL lumo_AppendToFile(const FileName *name, const char *text, size_t length);
 
 // Texts. A length of -1 means up to and with the terminating zero. A byte that is no UTF-8 becomes U+FFFD.
 int lumo_MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide,
                              int capacity);
 int lumo_WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *wide, int length, char *text,
                              int capacity, const char *default_char, BOOL *used_default);
-// A null buffer measures. A text that fills the buffer has no terminator, a longer one is cut and gives -1.
-int lumo_vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments)
-    __attribute__((format(printf, 3, 0)));
 
 // Process and clock. %s in a debug text is a WCHAR text.
 DWORD lumo_GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);

@@ -71,12 +71,12 @@ DWORD ErrorOf(int error, DWORD rest = ERROR_GEN_FAILURE) {
   }
 }
 
-using Name = char[kNameBytes];
+using Name = decltype(FileName::bytes);
 
 // Converts a name. False, with the error set, for one that no file can have.
 bool Convert(const WCHAR *wide, Name &name) {
   if (wide == nullptr || *wide == 0) return Fail(ERROR_PATH_NOT_FOUND) != 0;
-  if (lumo_WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, kNameBytes, nullptr, nullptr) == 0) {
+  if (lumo_WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, sizeof name, nullptr, nullptr) == 0) {
     return Fail(ERROR_FILENAME_EXCED_RANGE) != 0;
   }
   for (char *at = name; (at = strchr(at, '\\')) != nullptr;) *at = '/';
@@ -382,30 +382,23 @@ BOOL lumo_GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, 
   return 1;
 }
 
-FILE *lumo_wfopen(const WCHAR *name, const WCHAR *mode) {
-  Name file;
-  char narrow_mode[8];
-  if (mode == nullptr ||
-      lumo_WideCharToMultiByte(CP_UTF8, 0, mode, -1, narrow_mode, sizeof narrow_mode, nullptr, nullptr) ==
-          0 ||
-      strchr("rwa", narrow_mode[0]) == nullptr || narrow_mode[0] == 0) {
-    lumo_SetLastError(ERROR_INVALID_PARAMETER);
-    return nullptr;
+void lumo_MakeFileName(const WCHAR *name, FileName *out_name) {
+  if (!Convert(name, out_name->bytes)) out_name->bytes[0] = 0;
+}
+
+// Deliberate: no lock is taken and none is met.
+BOOL lumo_AppendToFile(const FileName *name, const char *text, size_t length) {
+  const int descriptor = OpenAgain(name->bytes, O_WRONLY | O_APPEND | O_CREAT, 0666);
+  if (descriptor < 0) return 0;
+  size_t done = 0;
+  while (done < length) {
+    const ssize_t result = write(descriptor, text + done, length - done);
+    if (result < 0 && errno == EINTR) continue;
+    if (result <= 0) break;
+    done += static_cast<size_t>(result);
   }
-  if (!Convert(name, file)) return nullptr;
-  const bool both = strchr(narrow_mode, '+') != nullptr, appends = narrow_mode[0] == 'a',
-             reads = narrow_mode[0] == 'r';
-  const int access = (both ? O_RDWR : reads ? O_RDONLY : O_WRONLY) | (appends ? O_APPEND : 0);
-  bool created = false;
-  const int descriptor = OpenLocked(file, access, reads ? kFail : kCreate,
-                                    narrow_mode[0] == 'w' ? kTruncate : kKeep, LOCK_SH, 0666, &created);
-  if (descriptor < 0) return nullptr;
-  FILE *const stream = fdopen(descriptor, narrow_mode);
-  if (stream == nullptr) {
-    lumo_SetLastError(ErrorOf(errno));
-    close(descriptor);
-  }
-  return stream;
+  close(descriptor);
+  return done == length;
 }
 
 }  // namespace lumo

@@ -6,9 +6,6 @@
 
 namespace lumo {
 
-// A name of 259 units, each at most three bytes.
-constexpr size_t kNameBytes = 260 * 3;
-
 // The file that holds the library's own code, as an absolute UTF-8 path; an empty text when it cannot be
 // told.
 const char *LibraryFile();

@@ -33,11 +33,11 @@ static constexpr auto &MoveFileW = lumo_MoveFileW;
 static constexpr auto &CopyFileW = lumo_CopyFileW;
 static constexpr auto &GetFileAttributesW = lumo_GetFileAttributesW;
 static constexpr auto &GetFileAttributesExW = lumo_GetFileAttributesExW;
-static constexpr auto &_wfopen = lumo_wfopen;
+static constexpr auto &MakeFileName = lumo_MakeFileName;
+static constexpr auto &AppendToFile = lumo_AppendToFile;
 
 static constexpr auto &MultiByteToWideChar = lumo_MultiByteToWideChar;
 static constexpr auto &WideCharToMultiByte = lumo_WideCharToMultiByte;
-static constexpr auto &_vsnprintf = lumo_vsnprintf;
 
 static constexpr auto &GetModuleFileNameW = lumo_GetModuleFileNameW;
 static constexpr auto &GetSystemTime = lumo_GetSystemTime;

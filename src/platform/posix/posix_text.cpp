@@ -1,5 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "platform/posix/posix_internal.h"
@@ -109,28 +107,6 @@ int lumo_WideCharToMultiByte(UINT code_page, DWORD, const WCHAR *wide, int lengt
     bytes += needed;
   }
   return bytes;
-}
-
-int lumo_vsnprintf(char *buffer, size_t capacity, const char *format, va_list arguments) {
-  if (buffer == nullptr && capacity != 0) return -1;
-  va_list again;
-  va_copy(again, arguments);
-  int length = vsnprintf(buffer, capacity, format, arguments);
-  if (buffer != nullptr && length >= 0 && static_cast<size_t>(length) >= capacity) {
-    // All the room is for text there, none is kept for a terminator.
-    const size_t needed = static_cast<size_t>(length) + 1;
-    auto whole = static_cast<char *>(malloc(needed));
-    if (whole == nullptr) {
-      length = -1;
-    } else {
-      vsnprintf(whole, needed, format, again);
-      if (capacity != 0) memcpy(buffer, whole, capacity);
-      free(whole);
-      if (static_cast<size_t>(length) > capacity) length = -1;
-    }
-  }
-  va_end(again);
-  return length < 0 ? -1 : length;
 }
 
 }  // namespace lumo

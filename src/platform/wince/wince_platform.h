@@ -81,13 +81,11 @@ LUMO_IMPORT BOOL MoveFileW(const WCHAR *from, const WCHAR *to);
 LUMO_IMPORT BOOL CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists);
 LUMO_IMPORT DWORD GetFileAttributesW(const WCHAR *name);
 LUMO_IMPORT BOOL GetFileAttributesExW(const WCHAR *name, GET_FILEEX_INFO_LEVELS level, void *out_data);
-using ::_wfopen;
 
 LUMO_IMPORT int MultiByteToWideChar(UINT code_page, DWORD flags, const char *text, int length, WCHAR *wide,
                                     int capacity);
 LUMO_IMPORT int WideCharToMultiByte(UINT code_page, DWORD flags, const WCHAR *wide, int length, char *text,
                                     int capacity, const char *default_char, BOOL *used_default);
-using ::_vsnprintf;
 
 LUMO_IMPORT DWORD GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity);
 LUMO_IMPORT void GetSystemTime(SYSTEMTIME *time);
@@ -95,6 +93,12 @@ LUMO_IMPORT void Sleep(DWORD milliseconds);
 LUMO_IMPORT void NKDbgPrintfW(const WCHAR *format, ...);
 LUMO_IMPORT void RaiseException(DWORD code, DWORD flags, DWORD count, const DWORD *arguments);
 LUMO_IMPORT BOOL TerminateProcess(HANDLE process, DWORD status);
+
+struct FileName {
+  WCHAR units[260];
+};
+void MakeFileName(const WCHAR *name, FileName *out_name);
+BOOL AppendToFile(const FileName *name, const char *text, size_t length);
 
 void DebugBreak();
 [[noreturn]] void PlatformExit(int status);

@@ -1,4 +1,4 @@
-set(lumo_platform platform/windows/windows_process.cpp)
+set(lumo_platform platform/windows/windows_files.cpp platform/windows/windows_process.cpp)
 set(lumo_attach platform/windows/windows_attach.cpp)
 
 # The C library's own formatting, as on a terminal, and not the compiler's replacement for it. Only a definition that comes

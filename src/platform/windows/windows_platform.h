@@ -34,7 +34,6 @@ using ::WCHAR;
 using ::WIN32_FILE_ATTRIBUTE_DATA;
 using ::WORD;
 
-using ::_wfopen;
 using ::CloseHandle;
 using ::CopyFileW;
 using ::CreateFileW;
@@ -49,7 +48,6 @@ using ::SetEndOfFile;
 using ::SetFilePointer;
 using ::WriteFile;
 
-using ::_vsnprintf;
 using ::MultiByteToWideChar;
 using ::WideCharToMultiByte;
 
@@ -77,6 +75,12 @@ using ::WSAGetLastError;
 using ::WSAStartup;
 
 constexpr WCHAR kPathSeparator = L'\\';
+
+struct FileName {
+  WCHAR units[260];
+};
+void MakeFileName(const WCHAR *name, FileName *out_name);
+BOOL AppendToFile(const FileName *name, const char *text, size_t length);
 
 // Windows CE's call: here the text goes to the debugger and to the standard error output.
 void NKDbgPrintfW(const WCHAR *format, ...);

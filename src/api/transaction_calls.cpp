@@ -31,7 +31,8 @@ constexpr uintptr_t kFirstTextAddress = 0x10000;
 // of no type gives the empty text, which is no type either.
 const char *ActivationTypeText(const char *activation_type) {
   const auto number = reinterpret_cast<uintptr_t>(activation_type);
-  if (number < kFirstTextAddress) return lumo::ActivationTypeToString(static_cast<int32_t>(number));
+  if (number < kFirstTextAddress)
+    return lumo::ActivationTypeToString(static_cast<lumo::ActivationType>(number));
   return activation_type;
 }
 
@@ -106,12 +107,12 @@ int PaymentAndConfirmProc(int amount, const char *bill_path) {
 
 int PaymentConfirmProc(const char *rrn) {
   Trace("PaymentConfirmProc(%s)\n", rrn);
-  return lumo::PaymentConfirmProcess(currentTransaction, 1, rrn);
+  return lumo::PaymentConfirmProcess(currentTransaction, true, rrn);
 }
 
 int PaymentCancelProc(const char *rrn) {
   Trace("PaymentCancelProc(%s)\n", rrn);
-  return lumo::PaymentConfirmProcess(currentTransaction, 0, rrn);
+  return lumo::PaymentConfirmProcess(currentTransaction, false, rrn);
 }
 
 int CashBackProc(const char *rrn, const char *return_list_path) {

@@ -58,7 +58,7 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
     return result;
   }
   // The answer may say otherwise; the slip shows what was asked for.
-  const auto type = static_cast<ActivationType>(transaction->activation.activationType);
+  const ActivationType type = transaction->activation.activationType;
   result = TransactionProcess(transaction);
   if (result != 0) {
     return result;
@@ -92,7 +92,7 @@ int BalanceProcess(Transaction *transaction) {
   if (result != 0) {
     return result;
   }
-  if (isOffline(transaction) != 0) {
+  if (isOffline(transaction)) {
     return 0;
   }
   result = TransactionProcess(transaction);
@@ -140,7 +140,7 @@ int LinkCardProcess(Transaction *transaction, const char *card_num) {
   }
   trans_strcpy(transaction, &transaction->linkedCardNum, card_num);
   // Deliberate: the server is asked for a record completed offline and not for an ordinary one.
-  if (isOffline(transaction) != 0) {
+  if (isOffline(transaction)) {
     result = TransactionProcess(transaction);
     if (result != 0) {
       return result;

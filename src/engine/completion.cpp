@@ -11,7 +11,7 @@ int WriteTransactionRecord(const Transaction *transaction) {
   int result = PrintTransactionRecord(transaction, record);
   if (result == 0) {
     result = AppendLogRecord(StringGetText(record));
-    if (isOffline(transaction) != 0) {
+    if (isOffline(transaction)) {
       // Deliberate: the offline journal's result takes the place of the log's.
       result = AppendOfflineRecord(StringGetText(record));
     }

@@ -13,7 +13,7 @@ namespace lumo {
 namespace {
 
 // Service requests do not tell whether the shop can sell.
-bool IsServiceRequest(int32_t type) {
+bool IsServiceRequest(RequestType type) {
   return type == REQUEST_LAST_RRN || type == REQUEST_AD;
 }
 
@@ -34,7 +34,7 @@ int TransactionProcess(Transaction *transaction) {
     TraceError("trans pointer is null\n");
     return ERR_NO_TRANSACTION;
   }
-  const int32_t type = transaction->request.type;
+  const RequestType type = transaction->request.type;
   Trace("TransactionProcess [%s]\n", RequestTypeToString(type));
   const int result = TransactionProcessJson(transaction);
   if (!IsServiceRequest(type) && Settings().offlineMode == 1) {
@@ -42,7 +42,7 @@ int TransactionProcess(Transaction *transaction) {
   }
   if (result == 0 || result == ERR_SERVER_ERROR) {
     SetRequestId(transaction->response.requestId);
-    SetNeedUpdate(transaction->response.isNeedUpdate != 0 ? 1 : 0);
+    SetNeedUpdate(transaction->response.isNeedUpdate ? 1 : 0);
   }
   return result;
 }

@@ -89,7 +89,7 @@ int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int3
     return ERR_ORG_FEE_EXCEEDS_BONUS;
   }
   transaction->bill.spendAmount = 0;
-  transaction->request.isOffline = 1;
+  transaction->request.isOffline = true;
   for (int32_t i = 0; i < transaction->bill.goodCount; ++i) {
     EarnOffline(transaction, &transaction->bill.goods[i], global_percent, local_percent, fee_percent);
   }

@@ -91,7 +91,7 @@ int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char
   return Pay(transaction, bill_path);
 }
 
-int PaymentConfirmProcess(Transaction *transaction, int32_t is_confirm, const char *rrn) {
+int PaymentConfirmProcess(Transaction *transaction, bool is_confirm, const char *rrn) {
   Trace("PaymentConfirmProcess confirm [%d] rrn [%s]\n", is_confirm, rrn);
   int result = StartOperation(transaction, REQUEST_PAYMENT_CONFIRM);
   if (result != 0) {
@@ -99,10 +99,10 @@ int PaymentConfirmProcess(Transaction *transaction, int32_t is_confirm, const ch
   }
   transaction->paymentConfirm.isConfirm = is_confirm;
   trans_strcpy(transaction, &transaction->paymentConfirm.requestId, rrn);
-  if (isOffline(transaction) == 0) {
+  if (!isOffline(transaction)) {
     result = TransactionProcess(transaction);
     if (FallsBackOffline(result)) {
-      transaction->request.isOffline = 1;
+      transaction->request.isOffline = true;
       result = 0;
     }
   }
@@ -129,7 +129,7 @@ int CashBackProcess(Transaction *transaction, const char *rrn, const char *retur
   if (result != 0) {
     return result;
   }
-  if (isOffline(transaction) == 0) {
+  if (!isOffline(transaction)) {
     result = TransactionProcess(transaction);
     if (result != 0) {
       return result;

@@ -9,7 +9,7 @@ struct Transaction;
 
 int PaymentProcess(Transaction *transaction, int32_t spend, const char *bill_path);
 int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char *bill_path);
-int PaymentConfirmProcess(Transaction *transaction, int32_t is_confirm, const char *rrn);
+int PaymentConfirmProcess(Transaction *transaction, bool is_confirm, const char *rrn);
 int CashBackProcess(Transaction *transaction, const char *rrn, const char *return_list_path);
 
 }  // namespace lumo

@@ -72,7 +72,7 @@ PaymentAnswer *FindOrAddAnswer(PaymentStack *stack, const char (&rrn)[kStackRrnB
 }  // namespace
 
 void PaymentStackPush(PaymentStack *stack, const char *rrn, int32_t earned, int32_t spent, int32_t discount,
-                      int32_t state) {
+                      PaymentState state) {
   auto *item = static_cast<PaymentStackItem *>(MemCalloc(1, sizeof(PaymentStackItem), LUMO_HERE));
   CopyRrn(item->rrn, rrn);
   item->earned = earned;
@@ -86,7 +86,7 @@ void PaymentStackPush(PaymentStack *stack, const char *rrn, int32_t earned, int3
   ++stack->payments;
 }
 
-void PaymentStackAnswer(PaymentStack *stack, const char *rrn, int32_t state) {
+void PaymentStackAnswer(PaymentStack *stack, const char *rrn, PaymentState state) {
   if (stack->bucketCount == 0) {
     return;
   }

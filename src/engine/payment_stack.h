@@ -13,7 +13,7 @@ enum PaymentState : int32_t { PAYMENT_UNANSWERED = -1, PAYMENT_CANCELED = 0, PAY
 // What was last said about an RRN. It holds for the payments made before it was said, not for later ones.
 struct PaymentAnswer {
   char rrn[kStackRrnBytes];  // zero-filled; without a terminating zero when all are used
-  int32_t state;
+  PaymentState state;
   uint32_t payments;    // on the stack when it was said; 0 when nothing was
   PaymentAnswer *next;  // of the same bucket
 };
@@ -27,7 +27,7 @@ struct PaymentStackItem {
   int32_t earned;
   int32_t spent;
   int32_t discount;
-  int32_t state;    // PaymentState
+  PaymentState state;
   uint32_t number;  // from 0, the oldest
   const PaymentAnswer *answer;
   PaymentStackItem *next;  // the older one
@@ -43,10 +43,10 @@ struct PaymentStack {
 
 // All take a null RRN as the empty text. A stack begins zero-filled.
 void PaymentStackPush(PaymentStack *stack, const char *rrn, int32_t earned, int32_t spent, int32_t discount,
-                      int32_t state);
+                      PaymentState state);
 
 // Gives every payment with this RRN so far the state; a later call overrides an earlier one.
-void PaymentStackAnswer(PaymentStack *stack, const char *rrn, int32_t state);
+void PaymentStackAnswer(PaymentStack *stack, const char *rrn, PaymentState state);
 
 // Takes the newest payment off, its state settled. False when none is left.
 bool PaymentStackPop(PaymentStack *stack, PaymentStackItem *out_item);

@@ -147,7 +147,7 @@ void SumRecord(const Transaction *record, void *user) {
       break;
     case REQUEST_PAYMENT_CONFIRM:
       PaymentStackAnswer(&summary->payments, record->paymentConfirm.requestId,
-                         record->paymentConfirm.isConfirm);
+                         record->paymentConfirm.isConfirm ? PAYMENT_CONFIRMED : PAYMENT_CANCELED);
       break;
     case REQUEST_DEPOSIT:
       AddAmount(&summary->deposits, record->depositAmount);
@@ -265,7 +265,7 @@ void PrintPaymentBlock(const char *title, const Transaction *record) {
 }
 
 void PrintConfirmBlock(const Transaction *record) {
-  BeginBlock(record->paymentConfirm.isConfirm != 0 ? "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n" : "ОТМЕНА ПЛАТЕЖА\n", record);
+  BeginBlock(record->paymentConfirm.isConfirm ? "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n" : "ОТМЕНА ПЛАТЕЖА\n", record);
   EndBlock();
 }
 

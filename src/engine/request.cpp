@@ -67,7 +67,7 @@ int FillTransactionHeader(Transaction *transaction, const char *card_num, const 
   return 0;
 }
 
-int FillRequest(Transaction *transaction, int32_t type) {
+int FillRequest(Transaction *transaction, RequestType type) {
   Trace("FillRequest(%s)\n", RequestTypeToString(type));
   if (TraceIfNull(transaction)) {
     return ERR_NO_TRANSACTION;
@@ -94,7 +94,7 @@ int FillRequest(Transaction *transaction, int32_t type) {
   return 0;
 }
 
-int StartOperation(Transaction *transaction, int32_t type) {
+int StartOperation(Transaction *transaction, RequestType type) {
   if (TraceIfNull(transaction)) {
     return ERR_NO_TRANSACTION;
   }

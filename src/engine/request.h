@@ -8,7 +8,7 @@
 // The number is not bounded: the one after 99999 makes an id of 17 characters.
 #pragma once
 
-#include <cstdint>
+#include "record/enumerations.h"
 
 namespace lumo {
 
@@ -20,10 +20,10 @@ int FillTransactionHeader(Transaction *transaction, const char *card_num, const 
 
 // Stamps the record for one operation. The new id is the persistent one before anything is sent, so that a
 // request that fails never gives its number to another one. 0 or -100.
-int FillRequest(Transaction *transaction, int32_t type);
+int FillRequest(Transaction *transaction, RequestType type);
 
 // The first two steps of every operation: refuses a null record, then FillRequest, whose failure is traced.
-int StartOperation(Transaction *transaction, int32_t type);
+int StartOperation(Transaction *transaction, RequestType type);
 
 // Makes the id that follows `last`, the previous one; without a usable one the server is asked. 0 or -100.
 // Deliberate: 0 with `requestId` as it was when the server cannot tell, and when the clock is behind the

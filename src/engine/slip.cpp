@@ -198,7 +198,7 @@ void PrintPayment(Transaction *transaction) {
   ReceiptPrintf(body, "  будут перечислены в   \n");
   ReceiptPrintf(body, "      Клуб Тавиро       \n");
   ReceiptPrintf(body, "%s", kSeparator);
-  if (isOffline(transaction) == 1) {
+  if (isOffline(transaction)) {
     ReceiptPrintf(body, "        ОФФЛАЙН\n");
     ReceiptPrintf(body, "%s", kSeparator);
   }
@@ -218,7 +218,7 @@ void PrintConfirm(Transaction *transaction) {
   ReceiptPrintf(transaction->body, "**** ОТМЕНА ПОКУПКИ ****\n");
   PrintRrn(transaction);
   ReceiptPrintf(transaction->body, "    ПОКУПКА ОТМЕНЕНА    \n");
-  if (isOffline(transaction) != 0) {
+  if (isOffline(transaction)) {
     ReceiptPrintf(transaction->body, "    В РЕЖИМЕ ОФФЛАЙН!   \n");
   }
 }

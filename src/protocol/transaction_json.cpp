@@ -5,6 +5,7 @@
 
 #include "foundation/trace.h"
 #include "lumo.h"
+#include "protocol/part_members.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"
 
@@ -18,107 +19,112 @@ Entry *AllocateFor(Transaction *transaction, const JsonNode &list) {
   return count > 0 ? static_cast<Entry *>(trans_alloc(transaction, count * sizeof(Entry))) : nullptr;
 }
 
-enum class Field { kText, kDate, kNumber, kFlag, kEnumeration };
-
-using FromText = int32_t (*)(const char *text);
-
-// One member that a part's object may hold.
-struct MemberRule {
-  const char *key;
-  Field field;
-  size_t offset;       // of the field in the part's block
-  const char *label;   // in the trace
-  FromText from_text;  // of enumerations
-};
-
-// How a part's members are matched and traced.
-enum class Style {
-  kPart,   // any beginning of a key matches; "label = value"
-  kBill,   // whole keys; "label [value]"
-  kGood,   // whole keys, whatever the value's kind; "label [value]"
-  kBonus,  // any beginning of a key matches; "label [value]", enumerations as numbers
-};
-
-template <size_t kCount>
-struct Rules {
-  Style style;
-  MemberRule members[kCount];
-};
-
 bool KeyEquals(const JsonMember &member, const char *name) {
   return member.key != nullptr && std::strcmp(member.key, name) == 0;
 }
 
-bool KeyMatches(Style style, const JsonMember &member, const char *name) {
+bool KeyMatches(PartStyle style, const JsonMember &member, const char *name) {
   // Deliberate: bills alone are read by whole names.
-  return style == Style::kBill || style == Style::kGood ? KeyEquals(member, name)
-                                                        : KeyIsPrefixOf(member, name);
+  return style == PartStyle::kBill || style == PartStyle::kGood ? KeyEquals(member, name)
+                                                                : KeyIsPrefixOf(member, name);
 }
 
-bool KindMatches(Style style, const JsonNode &value, Field field) {
-  switch (field) {
-    case Field::kNumber:
-      return style == Style::kGood || JsonIsNumber(value);
-    case Field::kFlag:
+bool KindMatches(PartStyle style, const JsonNode &value, MemberKind kind) {
+  switch (kind) {
+    case MemberKind::kWrittenFlag:
+      return false;
+    case MemberKind::kFlag:
       return value.type == JSON_TRUE || value.type == JSON_FALSE;
+    case MemberKind::kNumber:
+      return style == PartStyle::kGood || JsonIsNumber(value);
     default:
-      return style == Style::kGood || value.type == JSON_STRING;
+      return style == PartStyle::kGood || value.type == JSON_STRING;
   }
 }
 
-void TraceText(Style style, const char *label, const char *text) {
-  if (style == Style::kPart) {
+void TraceText(PartStyle style, const char *label, const char *text) {
+  if (style == PartStyle::kPart) {
     Trace("%s = %s\n", label, text);
   } else {
     Trace("%s [%s]\n", label, text);
   }
 }
 
-void TraceNumber(Style style, const char *label, int32_t number) {
-  if (style == Style::kPart) {
+void TraceNumber(PartStyle style, const char *label, int32_t number) {
+  if (style == PartStyle::kPart) {
     Trace("%s = %d\n", label, number);
   } else {
     Trace("%s [%d]\n", label, number);
   }
 }
 
-void StoreDate(char *field, const char *text) {
+void StoreDate(char (&field)[kDateBytes], const char *text) {
   std::memset(field, 0, kDateBytes);
   std::strncpy(field, text, kDateBytes - 1);
 }
 
-void StoreMember(Transaction *transaction, void *block, Style style, const MemberRule &rule,
-                 const JsonNode &value) {
-  void *field = static_cast<char *>(block) + rule.offset;
-  const char *text = JsonText(value);
-  if (rule.field == Field::kText) {
-    TraceText(style, rule.label, trans_strcpy(transaction, static_cast<const char **>(field), text));
-    return;
-  }
-  if (rule.field == Field::kDate) {
-    StoreDate(static_cast<char *>(field), text);
-    TraceText(style, rule.label, static_cast<char *>(field));
-    return;
-  }
-  auto *number = static_cast<int32_t *>(field);
-  if (rule.field == Field::kEnumeration) {
-    *number = rule.from_text(text);
-  } else {
-    *number = rule.field == Field::kFlag ? value.type == JSON_TRUE : JsonInt32(value);
-  }
-  if (rule.field == Field::kEnumeration && style != Style::kBonus) {
-    TraceText(style, rule.label, text);
-  } else {
-    TraceNumber(style, rule.label, *number);
+int32_t StoreEnumeration(MemberField field, MemberKind kind, const char *text) {
+  switch (kind) {
+    case MemberKind::kActivationType:
+      return *field.activationType = ActivationTypeFromString(text);
+    case MemberKind::kRequestType:
+      return *field.requestType = RequestTypeFromString(text);
+    case MemberKind::kRequestState:
+      return *field.requestState = RequestStateFromString(text);
+    case MemberKind::kRequestStateCode:
+      return *field.requestStateCode = RequestStateCodeFromString(text);
+    case MemberKind::kAccountType:
+      return *field.accountType = AccountTypeFromString(text);
+    case MemberKind::kCashBackType:
+      return *field.cashBackType = CashBackTypeFromString(text);
+    default:
+      return 0;
   }
 }
 
-// Stores one member in the block by the first rule that fits; false when none does.
-template <size_t kCount>
-bool LoadMember(Transaction *transaction, void *block, const Rules<kCount> &rules, const JsonMember &member) {
-  for (const MemberRule &rule : rules.members) {
-    if (KindMatches(rules.style, member.value, rule.field) && KeyMatches(rules.style, member, rule.key)) {
-      StoreMember(transaction, block, rules.style, rule, member.value);
+// Stores a value of the right kind and traces it.
+void StoreValue(Transaction *transaction, PartStyle style, const MemberName &member, MemberField field,
+                const JsonNode &value) {
+  const char *text = JsonText(value);
+  int32_t enumerator;
+  switch (member.kind) {
+    case MemberKind::kText:
+      TraceText(style, member.label, trans_strcpy(transaction, field.text, text));
+      break;
+    case MemberKind::kDate:
+      StoreDate(*field.date, text);
+      TraceText(style, member.label, *field.date);
+      break;
+    case MemberKind::kNumber:
+      *field.number = JsonInt32(value);
+      TraceNumber(style, member.label, *field.number);
+      break;
+    case MemberKind::kFlag:
+      *field.flag = value.type == JSON_TRUE;
+      TraceNumber(style, member.label, *field.flag);
+      break;
+    default:
+      enumerator = StoreEnumeration(field, member.kind, text);
+      if (style == PartStyle::kBonus) {
+        TraceNumber(style, member.label, enumerator);
+      } else {
+        TraceText(style, member.label, text);
+      }
+      break;
+  }
+}
+
+bool Fits(PartStyle style, const JsonMember &json, const MemberName &member) {
+  return KindMatches(style, json.value, member.kind) && KeyMatches(style, json, member.key);
+}
+
+// Stores one member in the block as the first of the part that fits; false when none does.
+template <typename Block, size_t kCount>
+bool LoadMember(Transaction *transaction, Block *block, const Part<Block, kCount> &part,
+                const JsonMember &json) {
+  for (const Member<Block> &member : part.members) {
+    if (Fits(part.style, json, member)) {
+      StoreValue(transaction, part.style, member, FieldOf(block, member), json.value);
       return true;
     }
   }
@@ -130,13 +136,14 @@ void WarnUnknown(const char *subject, const JsonMember &member) {
                member.key);
 }
 
-// Loads the members of an object that have a rule, with a warning for each other; returns how many had one.
-template <size_t kCount>
-uint32_t LoadObject(Transaction *transaction, void *block, const Rules<kCount> &rules, const char *subject,
-                    const JsonNode *node) {
+// Loads the members of an object that the part knows, with a warning for each other; returns how many it
+// knows.
+template <typename Block, size_t kCount>
+uint32_t LoadObject(Transaction *transaction, Block *block, const Part<Block, kCount> &part,
+                    const char *subject, const JsonNode *node) {
   uint32_t loaded = 0;
   for (const JsonMember &member : JsonMembers(node)) {
-    if (LoadMember(transaction, block, rules, member)) {
+    if (LoadMember(transaction, block, part, member)) {
       ++loaded;
     } else {
       WarnUnknown(subject, member);
@@ -145,153 +152,9 @@ uint32_t LoadObject(Transaction *transaction, void *block, const Rules<kCount> &
   return loaded;
 }
 
-// Order matters where one key begins like another: the first rule of the value's kind wins.
-
-constexpr Rules<9> kRequestRules = {
-    Style::kPart,
-    {
-        {"ver", Field::kText, offsetof(RequestBlock, ver), "request.ver", nullptr},
-        {"type", Field::kEnumeration, offsetof(RequestBlock, type), "request.type", RequestTypeFromString},
-        {"requestId", Field::kText, offsetof(RequestBlock, requestId), "request.requestId", nullptr},
-        {"terminalId", Field::kText, offsetof(RequestBlock, terminalId), "request.terminalId", nullptr},
-        {"requestDate", Field::kDate, offsetof(RequestBlock, requestDate), "request.requestDate", nullptr},
-        {"employeeId", Field::kText, offsetof(RequestBlock, employeeId), "request.employeeId", nullptr},
-        {"cardNum", Field::kText, offsetof(RequestBlock, cardNum), "request.cardNum", nullptr},
-        {"shiftId", Field::kText, offsetof(RequestBlock, shiftId), "request.shiftId", nullptr},
-        {"isOffline", Field::kFlag, offsetof(RequestBlock, isOffline), "request.offline", nullptr},
-    }};
-
-constexpr Rules<8> kResponseRules = {
-    Style::kPart,
-    {
-        {"ver", Field::kText, offsetof(ResponseBlock, ver), "response.ver", nullptr},
-        {"requestId", Field::kText, offsetof(ResponseBlock, requestId), "response.requestId", nullptr},
-        {"responseId", Field::kText, offsetof(ResponseBlock, responseId), "response.responseId", nullptr},
-        {"responseDate", Field::kDate, offsetof(ResponseBlock, responseDate), "response.responseDate",
-         nullptr},
-        {"requestState", Field::kEnumeration, offsetof(ResponseBlock, requestState), "response.state",
-         RequestStateFromString},
-        {"requestStateCode", Field::kEnumeration, offsetof(ResponseBlock, requestStateCode),
-         "response.stateCode", RequestStateCodeFromString},
-        {"message", Field::kText, offsetof(ResponseBlock, message), "response.message", nullptr},
-        {"isNeedUpdate", Field::kFlag, offsetof(ResponseBlock, isNeedUpdate), "response.needUpdate", nullptr},
-    }};
-
-constexpr Rules<5> kBillRules = {
-    Style::kBill,
-    {
-        {"totalSum", Field::kNumber, offsetof(BillBlock, totalSum), " totalSum", nullptr},
-        {"orderLen", Field::kNumber, offsetof(BillBlock, orderLen), " orderLen", nullptr},
-        {"partnerFee", Field::kNumber, offsetof(BillBlock, partnerFee), " partnerFee", nullptr},
-        {"billNum", Field::kText, offsetof(BillBlock, billNum), " billNum", nullptr},
-        {"billDate", Field::kDate, offsetof(BillBlock, billDate), " billDate", nullptr},
-    }};
-
-constexpr Rules<5> kGoodRules = {
-    Style::kGood,
-    {
-        {"title", Field::kText, offsetof(Good, title), " title", nullptr},
-        {"productCode", Field::kText, offsetof(Good, productCode), " productCode", nullptr},
-        {"positionCost", Field::kNumber, offsetof(Good, positionCost), " positionCost", nullptr},
-        {"orderNum", Field::kNumber, offsetof(Good, orderNum), " orderNum", nullptr},
-        {"cnt", Field::kNumber, offsetof(Good, cnt), " cnt", nullptr},
-    }};
-
-constexpr Rules<4> kBonusRules = {
-    Style::kBonus,
-    {
-        {"earned", Field::kNumber, offsetof(Bonus, earned), "  earned", nullptr},
-        {"spend", Field::kNumber, offsetof(Bonus, spend), "  spend", nullptr},
-        {"organizerFee", Field::kNumber, offsetof(Bonus, organizerFee), "  organizerFee", nullptr},
-        {"accountType", Field::kEnumeration, offsetof(Bonus, accountType), "  accountType",
-         AccountTypeFromString},
-    }};
-
-constexpr Rules<2> kPaymentConfirmRules = {
-    Style::kPart,
-    {
-        {"isConfirm", Field::kFlag, offsetof(PaymentConfirmBlock, isConfirm), "confirm.isConfirm", nullptr},
-        {"requestId", Field::kText, offsetof(PaymentConfirmBlock, requestId), "confirm.requestId", nullptr},
-    }};
-
-constexpr Rules<3> kAccountRules = {
-    Style::kPart,
-    {
-        {"accountType", Field::kEnumeration, offsetof(BalanceAccount, accountType), "balance.account",
-         AccountTypeFromString},
-        {"availableAmount", Field::kNumber, offsetof(BalanceAccount, availableAmount),
-         "balance.availableAmount", nullptr},
-        {"amount", Field::kNumber, offsetof(BalanceAccount, amount), "balance.amount", nullptr},
-    }};
-
-constexpr Rules<2> kCashBackRules = {
-    Style::kPart,
-    {
-        {"cashBackType", Field::kEnumeration, offsetof(CashBackBlock, cashBackType), "cashback.cashBackType",
-         CashBackTypeFromString},
-        {"requestId", Field::kText, offsetof(CashBackBlock, requestId), "cashback.requestId", nullptr},
-    }};
-
-// Deliberate: sum and cnt bear another part's label.
-constexpr Rules<3> kCashBackGoodRules = {
-    Style::kPart,
-    {
-        {"pos", Field::kNumber, offsetof(CashBackGood, pos), "cbgood.pos", nullptr},
-        {"sum", Field::kNumber, offsetof(CashBackGood, sum), "activation.sum", nullptr},
-        {"cnt", Field::kNumber, offsetof(CashBackGood, cnt), "activation.cnt", nullptr},
-    }};
-
-constexpr Rules<1> kCashBackResultRules = {
-    Style::kPart,
-    {{"returnedSum", Field::kNumber, offsetof(Transaction, returnedSum), "cashbackResult.returnedSum",
-      nullptr}}};
-
-constexpr Rules<4> kActivationRules = {
-    Style::kPart,
-    {
-        {"activationType", Field::kEnumeration, offsetof(ActivationBlock, activationType),
-         "activation.activationType", ActivationTypeFromString},
-        {"type", Field::kEnumeration, offsetof(ActivationBlock, type), "activation.accountType",
-         AccountTypeFromString},
-        {"referParentCardNum", Field::kText, offsetof(ActivationBlock, referParentCardNum),
-         "activation.referParentCardNum", nullptr},
-        {"amount", Field::kNumber, offsetof(ActivationBlock, amount), "activation.amount", nullptr},
-    }};
-
-constexpr Rules<6> kActivationResultRules = {
-    Style::kPart,
-    {
-        {"activationSumType", Field::kEnumeration, offsetof(ActivationResultBlock, activationSumType),
-         "activationResult.activationSumType", AccountTypeFromString},
-        {"referralSumType", Field::kEnumeration, offsetof(ActivationResultBlock, referralSumType),
-         "activationResult.referralSumType", AccountTypeFromString},
-        {"giftSumType", Field::kEnumeration, offsetof(ActivationResultBlock, giftSumType),
-         "activationResult.giftSumType", AccountTypeFromString},
-        {"activationSum", Field::kNumber, offsetof(ActivationResultBlock, activationSum),
-         "activationResult.activationSum", nullptr},
-        {"referralSum", Field::kNumber, offsetof(ActivationResultBlock, referralSum),
-         "activationResult.referralSum", nullptr},
-        {"giftSum", Field::kNumber, offsetof(ActivationResultBlock, giftSum), "activationResult.giftSum",
-         nullptr},
-    }};
-
-constexpr Rules<1> kDepositRules = {
-    Style::kPart,
-    {{"amount", Field::kNumber, offsetof(Transaction, depositAmount), "deposit.amount", nullptr}}};
-
-constexpr Rules<1> kCardExchangeRules = {
-    Style::kPart, {{"token", Field::kText, offsetof(Transaction, exchangeToken), "exchange.token", nullptr}}};
-
-constexpr Rules<1> kLastRrnRules = {
-    Style::kPart,
-    {{"rrNumber", Field::kText, offsetof(Transaction, rrNumber), "last_rrn.last_rrn", nullptr}}};
-
-constexpr Rules<1> kAdvertisingRules = {
-    Style::kPart, {{"text", Field::kText, offsetof(Transaction, adText), "ad.ad", nullptr}}};
-
 void LoadBonus(Transaction *transaction, Bonus *bonus, const JsonNode &node) {
   for (const JsonMember &member : JsonMembers(&node)) {
-    if (!LoadMember(transaction, bonus, kBonusRules, member)) {
+    if (!LoadMember(transaction, bonus, kBonusMembers, member)) {
       TraceWarning("Unsupported BONUS element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -313,7 +176,7 @@ void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int lo
       if (load_bonuses != 0) {
         LoadBonuses(transaction, good, member.value);
       }
-    } else if (!LoadMember(transaction, good, kGoodRules, member)) {
+    } else if (!LoadMember(transaction, good, kGoodMembers, member)) {
       TraceWarning("Unsupported GOOD element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -363,7 +226,8 @@ void LoadAccounts(Transaction *transaction, const JsonNode &list) {
   balance.accounts = AllocateFor<BalanceAccount>(transaction, list);
   for (const JsonNode &element : JsonElements(list)) {
     if (JsonIsObject(element)) {
-      LoadObject(transaction, &balance.accounts[balance.count++], kAccountRules, "balance account", &element);
+      LoadObject(transaction, &balance.accounts[balance.count++], kAccountMembers, "balance account",
+                 &element);
     }
   }
 }
@@ -374,7 +238,7 @@ void LoadCashBackGoods(Transaction *transaction, const JsonNode &list) {
   cash_back.goods = AllocateFor<CashBackGood>(transaction, list);
   for (const JsonNode &element : JsonElements(list)) {
     if (JsonIsObject(element)) {
-      LoadObject(transaction, &cash_back.goods[cash_back.goodCount++], kCashBackGoodRules, "CashBack Good",
+      LoadObject(transaction, &cash_back.goods[cash_back.goodCount++], kCashBackGoodMembers, "CashBack Good",
                  &element);
     }
   }
@@ -436,12 +300,12 @@ uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
 }
 
 int LoadRequest(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, &transaction->request, kRequestRules, "request", node);
+  LoadObject(transaction, &transaction->request, kRequestMembers, "request", node);
   return 0;
 }
 
 int LoadResponse(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, &transaction->response, kResponseRules, "response", node);
+  LoadObject(transaction, &transaction->response, kResponseMembers, "response", node);
   return 0;
 }
 
@@ -460,7 +324,7 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
       if (result != 0) {
         return result;
       }
-    } else if (!LoadMember(transaction, &transaction->bill, kBillRules, member)) {
+    } else if (!LoadMember(transaction, &transaction->bill, kBillMembers, member)) {
       TraceWarning("unsupported bill element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -468,7 +332,7 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
 }
 
 int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, &transaction->paymentConfirm, kPaymentConfirmRules, "Payment Confirm", node);
+  LoadObject(transaction, &transaction->paymentConfirm, kPaymentConfirmMembers, "Payment Confirm", node);
   return 0;
 }
 
@@ -494,7 +358,7 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
   for (const JsonMember &member : JsonMembers(node)) {
     if (IsList(member, "cashBackGood")) {
       LoadCashBackGoods(transaction, member.value);
-    } else if (!LoadMember(transaction, &cash_back, kCashBackRules, member)) {
+    } else if (!LoadMember(transaction, &cash_back, kCashBackMembers, member)) {
       WarnUnknown("Activation", member);  // deliberate: another part's name
     }
   }
@@ -502,32 +366,33 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
 }
 
 int LoadCashBackResult(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, transaction, kCashBackResultRules, "Cashback Result", node);
+  LoadObject(transaction, transaction, kCashBackResultMembers, "Cashback Result", node);
   return 0;
 }
 
 int LoadActivation(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, &transaction->activation, kActivationRules, "Activation", node);
+  LoadObject(transaction, &transaction->activation, kActivationMembers, "Activation", node);
   return 0;
 }
 
 int LoadActivationResult(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, &transaction->activationResult, kActivationResultRules, "Activation Result", node);
+  LoadObject(transaction, &transaction->activationResult, kActivationResultMembers, "Activation Result",
+             node);
   return 0;
 }
 
 int LoadDeposit(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, transaction, kDepositRules, "Deposit", node);
+  LoadObject(transaction, transaction, kDepositMembers, "Deposit", node);
   return 0;
 }
 
 int LoadCardExchange(Transaction *transaction, const JsonNode *node) {
-  LoadObject(transaction, transaction, kCardExchangeRules, "Card Exchange", node);
+  LoadObject(transaction, transaction, kCardExchangeMembers, "Card Exchange", node);
   return 0;
 }
 
 int LoadLastRrn(Transaction *transaction, const JsonNode *node) {
-  if (LoadObject(transaction, transaction, kLastRrnRules, "Last Rrn", node) == 0) {
+  if (LoadObject(transaction, transaction, kLastRrnMembers, "Last Rrn", node) == 0) {
     Trace("last_rrn.last_rrn = (null)\n");
   }
   return 0;
@@ -535,7 +400,7 @@ int LoadLastRrn(Transaction *transaction, const JsonNode *node) {
 
 int LoadAdvertising(Transaction *transaction, const JsonNode *node) {
   // Deliberate: another part's name.
-  if (LoadObject(transaction, transaction, kAdvertisingRules, "Last Rrn", node) == 0) {
+  if (LoadObject(transaction, transaction, kAdvertisingMembers, "Last Rrn", node) == 0) {
     Trace("ad.ad = (null)\n");
   }
   return 0;

@@ -6,6 +6,7 @@
 #include "foundation/trace.h"
 #include "json/lumojson.h"
 #include "lumo.h"
+#include "protocol/part_members.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"
 
@@ -35,15 +36,12 @@ constexpr PartWriter kPaymentConfirm = {"paymentConfirm", [](Printer printer, Re
                                         }};
 constexpr PartWriter kCashBack = {
     "cashBack", [](Printer printer, Record record) { return WriteCashBackPart(printer, &record->cashBack); }};
-constexpr PartWriter kLinkedCard = {"linkedCard", [](Printer printer, Record record) {
-                                      return WriteLinkedCardPart(printer, record->linkedCardNum);
-                                    }};
-constexpr PartWriter kCardExchange = {"cardExchange", [](Printer printer, Record record) {
-                                        return WriteCardExchangePart(printer, record->exchangeToken);
-                                      }};
-constexpr PartWriter kDeposit = {"deposit", [](Printer printer, Record record) {
-                                   return WriteDepositPart(printer, record->depositAmount);
-                                 }};
+constexpr PartWriter kLinkedCard = {
+    "linkedCard", [](Printer printer, Record record) { return WriteLinkedCardPart(printer, record); }};
+constexpr PartWriter kCardExchange = {
+    "cardExchange", [](Printer printer, Record record) { return WriteCardExchangePart(printer, record); }};
+constexpr PartWriter kDeposit = {
+    "deposit", [](Printer printer, Record record) { return WriteDepositPart(printer, record); }};
 
 // What an operation looks like in documents, by its RequestType.
 struct OperationForm {
@@ -69,7 +67,7 @@ constexpr OperationForm kOperations[] = {
 };
 static_assert(sizeof kOperations / sizeof kOperations[0] == REQUEST_UNKNOWN);
 
-const OperationForm *FindOperation(int32_t type) {
+const OperationForm *FindOperation(RequestType type) {
   return type >= 0 && type < REQUEST_UNKNOWN ? &kOperations[type] : nullptr;
 }
 
@@ -80,6 +78,66 @@ void Begin(JsonPrinter *printer, JsonEvent structure) {
 int End(JsonPrinter *printer, JsonEvent structure) {
   JsonPrinterRaw(printer, structure, nullptr, 0);
   return 0;
+}
+
+const char *EnumerationText(MemberField field, MemberKind kind) {
+  switch (kind) {
+    case MemberKind::kActivationType:
+      return ActivationTypeToString(*field.activationType);
+    case MemberKind::kRequestType:
+      return RequestTypeToString(*field.requestType);
+    case MemberKind::kRequestState:
+      return RequestStateToString(*field.requestState);
+    case MemberKind::kRequestStateCode:
+      return RequestStateCodeToString(*field.requestStateCode);
+    case MemberKind::kAccountType:
+      return AccountTypeToString(*field.accountType);
+    case MemberKind::kCashBackType:
+      return CashBackTypeToString(*field.cashBackType);
+    default:
+      return "";
+  }
+}
+
+void WriteValue(JsonPrinter *printer, const MemberName &member, MemberField field) {
+  switch (member.kind) {
+    case MemberKind::kText:
+      if (*field.text != nullptr || !member.isOptional) {
+        WriteStringMember(printer, member.key, *field.text);
+      }
+      break;
+    case MemberKind::kDate:
+      WriteStringMember(printer, member.key, *field.date);
+      break;
+    case MemberKind::kNumber:
+      WriteIntMember(printer, member.key, *field.number);
+      break;
+    case MemberKind::kWrittenFlag:
+      WriteBoolMember(printer, member.key, *field.number);
+      break;
+    case MemberKind::kFlag:
+      WriteBoolMember(printer, member.key, *field.flag);
+      break;
+    default:
+      WriteStringMember(printer, member.key, EnumerationText(field, member.kind));
+      break;
+  }
+}
+
+template <typename Block, size_t kCount>
+void WriteMembers(JsonPrinter *printer, const Block &block, const Part<Block, kCount> &part) {
+  for (const Member<Block> &member : part.members) {
+    // A field is only read here.
+    WriteValue(printer, member, FieldOf(const_cast<Block *>(&block), member));
+  }
+}
+
+// The whole part, when it has no list.
+template <typename Block, size_t kCount>
+int WriteObject(JsonPrinter *printer, const Block &block, const Part<Block, kCount> &part) {
+  Begin(printer, JSON_OBJECT_BEGIN);
+  WriteMembers(printer, block, part);
+  return End(printer, JSON_OBJECT_END);
 }
 
 void WritePart(JsonPrinter *printer, const Transaction *transaction, const PartWriter *part) {
@@ -117,12 +175,12 @@ int CreateOperationRequest(const Transaction *transaction, String *output) {
   return 0;
 }
 
-const char *RequestRootName(int32_t type) {
+const char *RequestRootName(RequestType type) {
   const OperationForm *operation = FindOperation(type);
   return operation != nullptr ? operation->requestName : "";
 }
 
-const char *WebMethodName(int32_t type) {
+const char *WebMethodName(RequestType type) {
   const OperationForm *operation = FindOperation(type);
   return operation != nullptr ? operation->webMethod : "";
 }
@@ -148,50 +206,20 @@ bool WriteOperationRecordParts(JsonPrinter *printer, const Transaction *transact
 }
 
 int WriteRequestPart(JsonPrinter *printer, const Transaction *transaction) {
-  const RequestBlock &request = transaction->request;
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "ver", request.ver);
-  WriteStringMember(printer, "type", RequestTypeToString(request.type));
-  WriteStringMember(printer, "requestId", request.requestId);
-  WriteStringMember(printer, "terminalId", request.terminalId);
-  WriteStringMember(printer, "requestDate", request.requestDate);
-  WriteStringMember(printer, "employeeId", request.employeeId);
-  WriteStringMember(printer, "cardNum", request.cardNum);
-  WriteBoolMember(printer, "isOffline", isOffline(transaction));
-  WriteStringMember(printer, "shiftId", request.shiftId);
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, transaction->request, kRequestMembers);
 }
 
 int WriteActivationPart(JsonPrinter *printer, const ActivationBlock *activation) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "activationType", ActivationTypeToString(activation->activationType));
-  WriteIntMember(printer, "amount", activation->amount);
-  WriteStringMember(printer, "type", AccountTypeToString(activation->type));
-  if (activation->referParentCardNum != nullptr) {
-    WriteStringMember(printer, "referParentCardNum", activation->referParentCardNum);
-  }
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, *activation, kActivationMembers);
 }
 
 int WriteActivationResultPart(JsonPrinter *printer, const ActivationResultBlock *result) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteIntMember(printer, "activationSum", result->activationSum);
-  WriteStringMember(printer, "activationSumType", AccountTypeToString(result->activationSumType));
-  WriteIntMember(printer, "referralSum", result->referralSum);
-  WriteStringMember(printer, "referralSumType", AccountTypeToString(result->referralSumType));
-  WriteIntMember(printer, "giftSum", result->giftSum);
-  WriteStringMember(printer, "giftSumType", AccountTypeToString(result->giftSumType));
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, *result, kActivationResultMembers);
 }
 
 int WriteBillPart(JsonPrinter *printer, const BillBlock *bill) {
   Begin(printer, JSON_OBJECT_BEGIN);
-  WriteIntMember(printer, "totalSum", bill->totalSum);
-  WriteBoolMember(printer, "spendBonus", bill->spendAmount);
-  WriteIntMember(printer, "orderLen", bill->orderLen);
-  WriteStringMember(printer, "billNum", bill->billNum);
-  WriteStringMember(printer, "billDate", bill->billDate);
-  WriteIntMember(printer, "partnerFee", bill->partnerFee);
+  WriteMembers(printer, *bill, kBillMembers);
   if (bill->goodCount > 0) {
     WriteKey(printer, "goodList");
     Begin(printer, JSON_OBJECT_BEGIN);
@@ -208,11 +236,7 @@ int WriteBillPart(JsonPrinter *printer, const BillBlock *bill) {
 
 int WriteGoodPart(JsonPrinter *printer, const Good *good) {
   Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "title", good->title);
-  WriteStringMember(printer, "productCode", good->productCode);
-  WriteIntMember(printer, "positionCost", good->positionCost);
-  WriteIntMember(printer, "orderNum", good->orderNum);
-  WriteIntMember(printer, "cnt", good->cnt);
+  WriteMembers(printer, *good, kGoodMembers);
   if (good->bonusCount > 0) {
     WriteKey(printer, "bonus");
     Begin(printer, JSON_ARRAY_BEGIN);
@@ -225,29 +249,20 @@ int WriteGoodPart(JsonPrinter *printer, const Good *good) {
 }
 
 int WriteBonusPart(JsonPrinter *printer, const Bonus *bonus) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteIntMember(printer, "earned", bonus->earned);
-  WriteIntMember(printer, "spend", bonus->spend);
-  WriteIntMember(printer, "organizerFee", bonus->organizerFee);
-  WriteStringMember(printer, "accountType", AccountTypeToString(bonus->accountType));
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, *bonus, kBonusMembers);
 }
 
 int WritePaymentConfirmPart(JsonPrinter *printer, const PaymentConfirmBlock *confirm) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "requestId", confirm->requestId);
-  WriteBoolMember(printer, "isConfirm", confirm->isConfirm);
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, *confirm, kPaymentConfirmMembers);
 }
 
-int WriteDepositPart(JsonPrinter *printer, int32_t amount) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteIntMember(printer, "amount", amount);
-  return End(printer, JSON_OBJECT_END);
+int WriteDepositPart(JsonPrinter *printer, const Transaction *transaction) {
+  return WriteObject(printer, *transaction, kDepositMembers);
 }
 
 int WriteCashBackPart(JsonPrinter *printer, const CashBackBlock *cash_back) {
   Begin(printer, JSON_OBJECT_BEGIN);
+  // In another order than they are read.
   WriteStringMember(printer, "requestId", cash_back->requestId);
   WriteStringMember(printer, "cashBackType", CashBackTypeToString(cash_back->cashBackType));
   if (cash_back->cashBackType == CASHBACK_SEQ && cash_back->goodCount > 0) {
@@ -262,23 +277,15 @@ int WriteCashBackPart(JsonPrinter *printer, const CashBackBlock *cash_back) {
 }
 
 int WriteCashBackGoodPart(JsonPrinter *printer, const CashBackGood *good) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteIntMember(printer, "pos", good->pos);
-  WriteIntMember(printer, "sum", good->sum);
-  WriteIntMember(printer, "cnt", good->cnt);
-  return End(printer, JSON_OBJECT_END);
+  return WriteObject(printer, *good, kCashBackGoodMembers);
 }
 
-int WriteLinkedCardPart(JsonPrinter *printer, const char *linked_card_num) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "linkedCardNum", linked_card_num);
-  return End(printer, JSON_OBJECT_END);
+int WriteLinkedCardPart(JsonPrinter *printer, const Transaction *transaction) {
+  return WriteObject(printer, *transaction, kLinkedCardMembers);
 }
 
-int WriteCardExchangePart(JsonPrinter *printer, const char *token) {
-  Begin(printer, JSON_OBJECT_BEGIN);
-  WriteStringMember(printer, "token", token);
-  return End(printer, JSON_OBJECT_END);
+int WriteCardExchangePart(JsonPrinter *printer, const Transaction *transaction) {
+  return WriteObject(printer, *transaction, kCardExchangeMembers);
 }
 
 }  // namespace lumo

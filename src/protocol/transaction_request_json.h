@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "json/json_printer.h"
+#include "record/enumerations.h"
 
 namespace lumo {
 
@@ -22,8 +23,8 @@ struct Transaction;
 int CreateOperationRequest(const Transaction *transaction, String *output);  // 0 or -305
 
 // The empty text for a type outside the table.
-const char *RequestRootName(int32_t type);
-const char *WebMethodName(int32_t type);
+const char *RequestRootName(RequestType type);
+const char *WebMethodName(RequestType type);
 
 // Write, each with its key, the parts that follow "request" in the operation's request and in its journal
 // record. False, and nothing written, for a type outside the table.
@@ -37,11 +38,11 @@ int WriteBillPart(JsonPrinter *printer, const BillBlock *bill);
 int WriteGoodPart(JsonPrinter *printer, const Good *good);
 int WriteBonusPart(JsonPrinter *printer, const Bonus *bonus);
 int WritePaymentConfirmPart(JsonPrinter *printer, const PaymentConfirmBlock *confirm);
-int WriteDepositPart(JsonPrinter *printer, int32_t amount);
+int WriteDepositPart(JsonPrinter *printer, const Transaction *transaction);
 int WriteCashBackPart(JsonPrinter *printer, const CashBackBlock *cash_back);
 int WriteCashBackGoodPart(JsonPrinter *printer, const CashBackGood *good);
-int WriteLinkedCardPart(JsonPrinter *printer, const char *linked_card_num);
-int WriteCardExchangePart(JsonPrinter *printer, const char *token);
+int WriteLinkedCardPart(JsonPrinter *printer, const Transaction *transaction);
+int WriteCardExchangePart(JsonPrinter *printer, const Transaction *transaction);
 
 // A JsonSink that appends to the String given as user.
 void AppendToString(void *string, const char *text, uint32_t length);

@@ -29,39 +29,9 @@ constexpr const char *kRequestTypes[] = {
 constexpr const char *kRequestStates[] = {"OK", "SUCCESS", "PROCESSED", "ERROR", "CANCELED"};
 
 constexpr const char *kRequestStateCodes[] = {
-    "OK",
-    "INTERNAL_ERROR",
-    "REQUEST_NOT_FOUND",
-    "REQUEST_PARSING_ERROR",
-    "UNSUPPORTED_PROTOCOL_VERSION",
-    "INCORRECT_REQUEST_PARAM",
-    "UNKNOWN_TERMINAL",
-    "LOCKED_TERMINAL",
-    "ACTIVATION_REQUIRED",
-    "LOCKED_CARD",
-    "CARD_NOT_FOUND",
-    "CARD_NUMBER_INCORRECT",
-    "ALREADY_ACTIVATED",
-    "ACTIVATION_SUM_TYPE_REQUIRED",
-    "ACTIVATION_BLOCK_REQUIRED",
-    "REFERRAL_NOT_FOUND",
-    "REFERRAL_LIMIT_REACHED",
-    "INCORRECT_BILL",
-    "UNPROCESSED_BILL",
-    "BILL_NOT_FOUND",
-    "UNKNOWN_USER",
-    "INCORRECT_SUM",
-    "UNKNOWN_CASH_BACK_TYPE",
-    "INCORRECT_TOKEN",
-    "RETAIL_POINT_CONFIG_ERROR",
-    "REQUEST_ID_EMPTY",
-    "INCORRECT_REQUEST_ID",
-    "BILL_INCORRECT_STATE",
-    "UPDATE_REQUIRED",
-    "ZERO_ACTIVATION_ERROR",
-    "INCORRECT_REQUEST",
-    "DUPLICATE_REQUEST_ID",
-    "SMS_AUTH_FAILED",
+#define LUMO_STATE_CODE(name) #name,
+    LUMO_STATE_CODES(LUMO_STATE_CODE)
+#undef LUMO_STATE_CODE
 };
 
 constexpr const char *kAccountTypes[] = {"GLOBAL", "LOCAL", "DISCOUNT"};
@@ -75,7 +45,7 @@ constexpr int32_t UnknownValue(const char *const (&)[kCount]) {
 static_assert(UnknownValue(kActivationTypes) == ACTIVATION_UNKNOWN);
 static_assert(UnknownValue(kRequestTypes) == REQUEST_UNKNOWN);
 static_assert(UnknownValue(kRequestStates) == STATE_UNKNOWN);
-static_assert(UnknownValue(kRequestStateCodes) == kStateCodeUnknown);
+static_assert(UnknownValue(kRequestStateCodes) == STATE_CODE_UNKNOWN);
 static_assert(UnknownValue(kAccountTypes) == ACCOUNT_UNKNOWN);
 static_assert(UnknownValue(kCashBackTypes) == CASHBACK_UNKNOWN);
 
@@ -105,50 +75,50 @@ int32_t FindOrTrace(const char *const (&table)[kCount], const char *name, const 
 
 }  // namespace
 
-const char *ActivationTypeToString(int32_t value) {
+const char *ActivationTypeToString(ActivationType value) {
   return TextAt(kActivationTypes, value);
 }
-const char *RequestTypeToString(int32_t value) {
+const char *RequestTypeToString(RequestType value) {
   return TextAt(kRequestTypes, value);
 }
-const char *RequestStateToString(int32_t value) {
+const char *RequestStateToString(RequestState value) {
   return TextAt(kRequestStates, value);
 }
-const char *RequestStateCodeToString(int32_t value) {
-  if (value == kStateCodeUnknown) {
+const char *RequestStateCodeToString(RequestStateCode value) {
+  if (value == STATE_CODE_UNKNOWN) {
     TraceError("Unsupported Request State Code\n");
     return nullptr;
   }
   return TextAt(kRequestStateCodes, value);
 }
-const char *AccountTypeToString(int32_t value) {
+const char *AccountTypeToString(AccountType value) {
   return TextAt(kAccountTypes, value);
 }
-const char *CashBackTypeToString(int32_t value) {
+const char *CashBackTypeToString(CashBackType value) {
   return TextAt(kCashBackTypes, value);
 }
 
-int32_t ActivationTypeFromString(const char *text) {
-  return FindOrTrace(kActivationTypes, "ActivationType", text);
+ActivationType ActivationTypeFromString(const char *text) {
+  return static_cast<ActivationType>(FindOrTrace(kActivationTypes, "ActivationType", text));
 }
-int32_t RequestTypeFromString(const char *text) {
-  return FindOrTrace(kRequestTypes, "RequestType", text);
+RequestType RequestTypeFromString(const char *text) {
+  return static_cast<RequestType>(FindOrTrace(kRequestTypes, "RequestType", text));
 }
-int32_t RequestStateFromString(const char *text) {
-  return FindOrTrace(kRequestStates, "RequestState", text);
+RequestState RequestStateFromString(const char *text) {
+  return static_cast<RequestState>(FindOrTrace(kRequestStates, "RequestState", text));
 }
-int32_t RequestStateCodeFromString(const char *text) {
-  return FindOrTrace(kRequestStateCodes, "RequestStateCode", text);
+RequestStateCode RequestStateCodeFromString(const char *text) {
+  return static_cast<RequestStateCode>(FindOrTrace(kRequestStateCodes, "RequestStateCode", text));
 }
-int32_t AccountTypeFromString(const char *text) {
-  return FindOrTrace(kAccountTypes, "AccountType", text);
+AccountType AccountTypeFromString(const char *text) {
+  return static_cast<AccountType>(FindOrTrace(kAccountTypes, "AccountType", text));
 }
-int32_t CashBackTypeFromString(const char *text) {
-  return FindOrTrace(kCashBackTypes, "CashBackType", text);
+CashBackType CashBackTypeFromString(const char *text) {
+  return static_cast<CashBackType>(FindOrTrace(kCashBackTypes, "CashBackType", text));
 }
 
-int32_t FindActivationType(const char *text) {
-  return Find(kActivationTypes, text);
+ActivationType FindActivationType(const char *text) {
+  return static_cast<ActivationType>(Find(kActivationTypes, text));
 }
 
 }  // namespace lumo

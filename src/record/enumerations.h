@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "record/state_codes.h"
+
 namespace lumo {
 
 enum RequestType : int32_t {
@@ -30,8 +32,12 @@ enum RequestState : int32_t {
   STATE_UNKNOWN = 5,
 };
 
-constexpr int32_t kStateCodeUnknown =
-    33;  // the 33 codes have no rule of their own in the library, only texts
+// No rule of the library asks for one of them: they have only texts.
+enum RequestStateCode : int32_t {
+#define LUMO_STATE_CODE(name) STATE_CODE_##name,
+  LUMO_STATE_CODES(LUMO_STATE_CODE) STATE_CODE_UNKNOWN
+#undef LUMO_STATE_CODE
+};
 
 enum AccountType : int32_t {
   ACCOUNT_GLOBAL = 0,
@@ -49,23 +55,23 @@ enum ActivationType : int32_t {
 
 // The table's text; the empty text for a value outside the table. RequestStateCodeToString alone traces an
 // error and returns null for its unknown value.
-const char *ActivationTypeToString(int32_t value);
-const char *RequestTypeToString(int32_t value);
-const char *RequestStateToString(int32_t value);
-const char *RequestStateCodeToString(int32_t value);
-const char *AccountTypeToString(int32_t value);
-const char *CashBackTypeToString(int32_t value);
+const char *ActivationTypeToString(ActivationType value);
+const char *RequestTypeToString(RequestType value);
+const char *RequestStateToString(RequestState value);
+const char *RequestStateCodeToString(RequestStateCode value);
+const char *AccountTypeToString(AccountType value);
+const char *CashBackTypeToString(CashBackType value);
 
 // The text's value; whole texts, upper and lower case differ. Another text, or null, traces an error and
 // gives the unknown value.
-int32_t ActivationTypeFromString(const char *text);
-int32_t RequestTypeFromString(const char *text);
-int32_t RequestStateFromString(const char *text);
-int32_t RequestStateCodeFromString(const char *text);
-int32_t AccountTypeFromString(const char *text);
-int32_t CashBackTypeFromString(const char *text);
+ActivationType ActivationTypeFromString(const char *text);
+RequestType RequestTypeFromString(const char *text);
+RequestState RequestStateFromString(const char *text);
+RequestStateCode RequestStateCodeFromString(const char *text);
+AccountType AccountTypeFromString(const char *text);
+CashBackType CashBackTypeFromString(const char *text);
 
 // The value without the error line, for a text that is only shown.
-int32_t FindActivationType(const char *text);
+ActivationType FindActivationType(const char *text);
 
 }  // namespace lumo

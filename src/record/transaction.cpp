@@ -109,7 +109,7 @@ const char *trans_strcpy(Transaction *transaction, const char **field, const cha
   return copy;
 }
 
-int32_t isOffline(const Transaction *transaction) {
+bool isOffline(const Transaction *transaction) {
   return transaction->request.isOffline;
 }
 

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "record/enumerations.h"
+
 namespace lumo {
 
 struct ReceiptBuffer;
@@ -18,10 +20,10 @@ struct RequestBlock {
   const char *employeeId;
   const char *cardNum;
   const char *shiftId;
-  int32_t type;           // RequestType
+  RequestType type;
   const char *requestId;  // the RRN; "0000000000000000" for the service requests
   char requestDate[kDateBytes];
-  int32_t isOffline;  // the operation was completed without the server
+  bool isOffline;  // the operation was completed without the server
 };
 
 struct ResponseBlock {
@@ -29,14 +31,14 @@ struct ResponseBlock {
   const char *requestId;  // null when the answer holds none
   const char *responseId;
   char responseDate[kDateBytes];
-  int32_t requestState;  // RequestState
-  int32_t requestStateCode;
+  RequestState requestState;
+  RequestStateCode requestStateCode;
   const char *message;
-  int32_t isNeedUpdate;
+  bool isNeedUpdate;
 };
 
 struct BalanceAccount {
-  int32_t accountType;
+  AccountType accountType;
   int32_t availableAmount;
   int32_t amount;
 };
@@ -50,7 +52,7 @@ struct Bonus {
   int32_t spend;
   int32_t earned;
   int32_t organizerFee;
-  int32_t accountType;
+  AccountType accountType;
 };
 
 struct Good {
@@ -81,31 +83,31 @@ struct CashBackGood {
 };
 
 struct CashBackBlock {
-  int32_t cashBackType;
+  CashBackType cashBackType;
   const char *requestId;  // the RRN of the payment whose goods come back
   int32_t goodCount;
   CashBackGood *goods;
 };
 
 struct PaymentConfirmBlock {
-  int32_t isConfirm;
+  bool isConfirm;
   const char *requestId;  // the RRN of the payment
 };
 
 struct ActivationBlock {
   int32_t amount;
-  int32_t type;  // AccountType
-  int32_t activationType;
+  AccountType type;
+  ActivationType activationType;
   const char *referParentCardNum;
 };
 
 struct ActivationResultBlock {
   int32_t activationSum;
-  int32_t activationSumType;
+  AccountType activationSumType;
   int32_t referralSum;
-  int32_t referralSumType;
+  AccountType referralSumType;
   int32_t giftSum;
-  int32_t giftSumType;
+  AccountType giftSumType;
 };
 
 // The operations that succeeded on a record, one bit each.
@@ -158,7 +160,7 @@ void *trans_alloc(Transaction *transaction, size_t size);
 // is no failure.
 const char *trans_strcpy(Transaction *transaction, const char **field, const char *source);
 
-int32_t isOffline(const Transaction *transaction);
+bool isOffline(const Transaction *transaction);
 
 // True, with the pointer's error line in the trace, when there is no record.
 bool TraceIfNull(const Transaction *transaction);

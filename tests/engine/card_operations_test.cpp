@@ -354,7 +354,7 @@ TEST_F(CardOperation, ActivationAmountIsTheSumOfTheKind) {
   card->activationResult.giftSum = 3300;
   for (const SumCase &wanted : kSumCases) {
     folder.ClearTrace();
-    card->activation.activationType = wanted.activation_type;
+    card->activation.activationType = static_cast<lumo::ActivationType>(wanted.activation_type);
     EXPECT_EQ(lumo::GetActivationAmountProcess(card), wanted.sum) << wanted.activation_type;
     EXPECT_EQ(folder.Trace(), wanted.trace) << wanted.activation_type;
   }
@@ -558,7 +558,8 @@ TEST_F(CardOperation, AnAbsentNetworkNamePrintsAsEmpty) {
 TEST_F(CardOperation, BalanceSumCountsGlobalAndLocalAccounts) {
   OpenShop();
   OpenCard();
-  lumo::BalanceAccount accounts[] = {{0, 1000, 1}, {1, 250, 2}, {2, 70, 3}};
+  lumo::BalanceAccount accounts[] = {
+      {lumo::ACCOUNT_GLOBAL, 1000, 1}, {lumo::ACCOUNT_LOCAL, 250, 2}, {lumo::ACCOUNT_DISCOUNT, 70, 3}};
   card->balance.count = 3;
   card->balance.accounts = accounts;
   EXPECT_EQ(lumo::SumBalanceAmounts(card), 1250);
@@ -568,7 +569,9 @@ TEST_F(CardOperation, BalanceSumCountsGlobalAndLocalAccounts) {
 TEST_F(CardOperation, BalanceSumTracesUnknownKinds) {
   OpenShop();
   OpenCard();
-  lumo::BalanceAccount accounts[] = {{3, 1000, 1}, {-1, 250, 2}, {1, 70, 3}};
+  lumo::BalanceAccount accounts[] = {{lumo::ACCOUNT_UNKNOWN, 1000, 1},
+                                     {static_cast<lumo::AccountType>(-1), 250, 2},
+                                     {lumo::ACCOUNT_LOCAL, 70, 3}};
   card->balance.count = 3;
   card->balance.accounts = accounts;
   EXPECT_EQ(lumo::SumBalanceAmounts(card), 70);
@@ -578,7 +581,7 @@ TEST_F(CardOperation, BalanceSumTracesUnknownKinds) {
 TEST_F(CardOperation, BalanceSumWrapsAt32Bits) {
   OpenShop();
   OpenCard();
-  lumo::BalanceAccount accounts[] = {{0, INT32_MAX, 0}, {1, 1, 0}};
+  lumo::BalanceAccount accounts[] = {{lumo::ACCOUNT_GLOBAL, INT32_MAX, 0}, {lumo::ACCOUNT_LOCAL, 1, 0}};
   card->balance.count = 2;
   card->balance.accounts = accounts;
   EXPECT_EQ(lumo::SumBalanceAmounts(card), INT32_MIN);

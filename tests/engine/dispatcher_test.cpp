@@ -20,14 +20,14 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr int kAd = 9;
-constexpr int kLastRrn = 10;
-constexpr int kDeposit = 8;
+constexpr auto kAd = lumo::REQUEST_AD;
+constexpr auto kLastRrn = lumo::REQUEST_LAST_RRN;
+constexpr auto kDeposit = lumo::REQUEST_DEPOSIT;
 
 class Dispatcher : public test::Shop {
  protected:
   // The state as FillRequest left it, then the outcome of `type`.
-  int Process(int type) {
+  int Process(lumo::RequestType type) {
     card->request.type = type;
     folder.ClearTrace();
     return lumo::TransactionProcess(card);
@@ -67,7 +67,7 @@ TEST_F(Dispatcher, WritesNoJournalAndNoReceipt) {
 enum class Outcome { kSuccess, kRefused, kUnreachable, kBadAnswer };
 
 struct OfflineCase : test::NamedCase {
-  int type;
+  lumo::RequestType type;
   int offline_mode;
   int offline_before;
   Outcome outcome;

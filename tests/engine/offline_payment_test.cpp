@@ -41,7 +41,8 @@ class OfflinePayment : public testing::Test {
   void GiveBonuses(size_t good, const Entries &entries) {
     auto *bonuses = static_cast<lumo::Bonus *>(lumo::trans_alloc(card, entries.size() * sizeof(lumo::Bonus)));
     for (size_t i = 0; i < entries.size(); ++i) {
-      bonuses[i] = lumo::Bonus{entries[i][0], entries[i][1], entries[i][2], entries[i][3]};
+      bonuses[i] = lumo::Bonus{entries[i][0], entries[i][1], entries[i][2],
+                               static_cast<lumo::AccountType>(entries[i][3])};
     }
     card->bill.goods[good].bonuses = bonuses;
     card->bill.goods[good].bonusCount = static_cast<int32_t>(entries.size());

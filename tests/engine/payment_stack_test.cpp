@@ -19,7 +19,12 @@ class PaymentStack : public testing::Test {
  protected:
   ~PaymentStack() override { lumo::PaymentStackFree(&stack); }
 
-  void Push(const char *rrn, int32_t state = -1) { lumo::PaymentStackPush(&stack, rrn, 0, 0, 0, state); }
+  void Push(const char *rrn, int32_t state = -1) {
+    lumo::PaymentStackPush(&stack, rrn, 0, 0, 0, static_cast<lumo::PaymentState>(state));
+  }
+  void Answer(const char *rrn, int32_t state) {
+    lumo::PaymentStackAnswer(&stack, rrn, static_cast<lumo::PaymentState>(state));
+  }
   std::vector<int32_t> PopStates() {
     std::vector<int32_t> states;
     PaymentStackItem item;
@@ -36,8 +41,8 @@ class PaymentStack : public testing::Test {
 using States = std::vector<int32_t>;
 
 TEST_F(PaymentStack, GivesThePaymentsBackNewestFirst) {
-  lumo::PaymentStackPush(&stack, "A", 1, 2, 3, -1);
-  lumo::PaymentStackPush(&stack, "B", 4, 5, 6, 1);
+  lumo::PaymentStackPush(&stack, "A", 1, 2, 3, lumo::PAYMENT_UNANSWERED);
+  lumo::PaymentStackPush(&stack, "B", 4, 5, 6, lumo::PAYMENT_CONFIRMED);
   PaymentStackItem item;
   ASSERT_TRUE(lumo::PaymentStackPop(&stack, &item));
   EXPECT_STREQ(item.rrn, "B");
@@ -52,21 +57,21 @@ TEST_F(PaymentStack, AnAnswerHoldsForEveryPaymentOfItsRrn) {
   Push("A");
   Push("B");
   Push("A", 1);
-  lumo::PaymentStackAnswer(&stack, "A", 0);
+  Answer("A", 0);
   EXPECT_EQ(PopStates(), (States{0, -1, 0}));
 }
 
 TEST_F(PaymentStack, ALaterAnswerOverridesAnEarlierOne) {
   Push("A");
-  lumo::PaymentStackAnswer(&stack, "A", 0);
-  lumo::PaymentStackAnswer(&stack, "A", 1);
+  Answer("A", 0);
+  Answer("A", 1);
   EXPECT_EQ(PopStates(), (States{1}));
 }
 
 TEST_F(PaymentStack, AnAnswerDoesNotHoldForLaterPayments) {
-  lumo::PaymentStackAnswer(&stack, "A", 1);
+  Answer("A", 1);
   Push("A");
-  lumo::PaymentStackAnswer(&stack, "A", 0);
+  Answer("A", 0);
   Push("A");
   Push("A", 1);
   EXPECT_EQ(PopStates(), (States{1, -1, 0}));
@@ -75,7 +80,7 @@ TEST_F(PaymentStack, AnAnswerDoesNotHoldForLaterPayments) {
 TEST_F(PaymentStack, OnlyTheFirst20BytesAreCompared) {
   Push("12345678901234567890A");
   Push("1234567890123456789");
-  lumo::PaymentStackAnswer(&stack, "12345678901234567890B", 1);
+  Answer("12345678901234567890B", 1);
   EXPECT_EQ(PopStates(), (States{-1, 1}));
 }
 
@@ -83,19 +88,19 @@ TEST_F(PaymentStack, ANullRrnIsTheEmptyText) {
   Push(nullptr);
   Push("");
   Push("A");
-  lumo::PaymentStackAnswer(&stack, nullptr, 1);
+  Answer(nullptr, 1);
   EXPECT_EQ(PopStates(), (States{-1, 1, 1}));
 }
 
 TEST_F(PaymentStack, AnswersWithoutPaymentsTakeNoMemory) {
   for (int i = 0; i < 1000; ++i) {
-    lumo::PaymentStackAnswer(&stack, std::to_string(i).c_str(), 1);
+    Answer(std::to_string(i).c_str(), 1);
   }
   EXPECT_EQ(stack.bucketCount, 0U);
   Push("A");
   const uint32_t bucket_count = stack.bucketCount;
   for (int i = 0; i < 1000; ++i) {
-    lumo::PaymentStackAnswer(&stack, std::to_string(i).c_str(), 1);
+    Answer(std::to_string(i).c_str(), 1);
   }
   EXPECT_EQ(stack.answers, 1U);
   EXPECT_EQ(stack.bucketCount, bucket_count);
@@ -131,8 +136,8 @@ uint64_t StepsOfAShift(uint32_t payments, const char *format) {
     if (format != nullptr) {
       std::snprintf(rrn, sizeof rrn, "%s", format);
     }
-    lumo::PaymentStackPush(&stack, rrn, 0, 0, 0, -1);
-    lumo::PaymentStackAnswer(&stack, rrn, 1);
+    lumo::PaymentStackPush(&stack, rrn, 0, 0, 0, lumo::PAYMENT_UNANSWERED);
+    lumo::PaymentStackAnswer(&stack, rrn, lumo::PAYMENT_CONFIRMED);
   }
   const uint64_t steps = LookupSteps(stack);
   EXPECT_LE(stack.answers, stack.bucketCount);
@@ -172,7 +177,7 @@ TEST_F(PaymentStack, AgreesWithAWalkOverAllPayments) {
         Push(rrn.c_str(), state == 0 ? -1 : 1);
         payments.insert(payments.begin(), Known{rrn, state == 0 ? -1 : 1});
       } else {
-        lumo::PaymentStackAnswer(&stack, rrn.c_str(), state);
+        Answer(rrn.c_str(), state);
         for (Known &payment : payments) {
           if (payment.rrn == rrn) {
             payment.state = state;

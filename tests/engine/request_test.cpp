@@ -102,7 +102,7 @@ class FillRequest : public test::Shop {};
 TEST_F(FillRequest, StampsTypeDateAndId) {
   OpenShop();
   OpenCard();
-  EXPECT_EQ(lumo::FillRequest(card, 8), 0);
+  EXPECT_EQ(lumo::FillRequest(card, lumo::REQUEST_DEPOSIT), 0);
   EXPECT_EQ(card->request.type, 8);
   EXPECT_STREQ(card->request.requestDate, "2012-12-05T10:00:00Z");
   EXPECT_STREQ(card->request.requestId, "TERM012120500008");
@@ -119,7 +119,7 @@ TEST_F(FillRequest, StampsTypeDateAndId) {
 TEST_F(FillRequest, StoresTheNewIdBeforeAnythingIsSent) {
   OpenShop();
   OpenCard();
-  lumo::FillRequest(card, 8);
+  lumo::FillRequest(card, lumo::REQUEST_DEPOSIT);
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500008","shiftId":"12","offline":0,"shiftState":1,"update":0})");
 }
 
@@ -129,7 +129,7 @@ TEST_F(FillRequest, AServiceRequestTakesNoNumber) {
   const std::string state = State();
   for (const int type : {9, 10}) {
     folder.ClearTrace();
-    EXPECT_EQ(lumo::FillRequest(card, type), 0);
+    EXPECT_EQ(lumo::FillRequest(card, static_cast<lumo::RequestType>(type)), 0);
     EXPECT_EQ(card->request.type, type);
     EXPECT_STREQ(card->request.requestId, "0000000000000000");
     EXPECT_STREQ(card->request.requestDate, "2012-12-05T10:00:00Z");
@@ -145,7 +145,7 @@ TEST_F(FillRequest, EveryOtherTypeTakesTheNextNumber) {
                              "TERM012120500011", "TERM012120500012", "TERM012120500013",
                              "TERM012120500014", "TERM012120500015", "TERM012120500016"};
   for (int type = 0; type <= 8; ++type) {
-    EXPECT_EQ(lumo::FillRequest(card, type), 0);
+    EXPECT_EQ(lumo::FillRequest(card, static_cast<lumo::RequestType>(type)), 0);
     EXPECT_STREQ(card->request.requestId, ids[type]);
   }
 }
@@ -153,10 +153,10 @@ TEST_F(FillRequest, EveryOtherTypeTakesTheNextNumber) {
 TEST_F(FillRequest, ASecondOperationOverwritesTheStampAndKeepsTheOldTexts) {
   OpenShop();
   OpenCard();
-  lumo::FillRequest(card, 8);
+  lumo::FillRequest(card, lumo::REQUEST_DEPOSIT);
   const char *first_id = card->request.requestId;
   test::SetClock(2012, 12, 5, 11, 30, 15);
-  lumo::FillRequest(card, 4);
+  lumo::FillRequest(card, lumo::REQUEST_BALANCE);
   EXPECT_EQ(card->request.type, 4);
   EXPECT_STREQ(card->request.requestDate, "2012-12-05T11:30:15Z");
   EXPECT_STREQ(card->request.requestId, "TERM012120500009");
@@ -167,14 +167,14 @@ TEST_F(FillRequest, ALongerDateOfALoadedRecordLeavesNoRest) {
   OpenShop();
   OpenCard();
   std::memset(card->request.requestDate, 'x', sizeof card->request.requestDate);
-  lumo::FillRequest(card, 9);
+  lumo::FillRequest(card, lumo::REQUEST_AD);
   EXPECT_STREQ(card->request.requestDate, "2012-12-05T10:00:00Z");
 }
 
 TEST_F(FillRequest, RefusesAMissingRecord) {
   OpenShop();
   const std::string state = State();
-  EXPECT_EQ(lumo::FillRequest(nullptr, 8), -100);
+  EXPECT_EQ(lumo::FillRequest(nullptr, lumo::REQUEST_DEPOSIT), -100);
   EXPECT_EQ(folder.Trace(), "FillRequest(DEPOSIT)\nERROR: Pointer \"trans\" is null\n");
   EXPECT_EQ(State(), state);
 }
@@ -183,13 +183,13 @@ TEST_F(FillRequest, LeavesTheRegistersCopyOfTheLastIdAlone) {
   OpenShop();
   OpenCard();
   const char *held = lumo::CopyRequestId();
-  lumo::FillRequest(card, 3);
+  lumo::FillRequest(card, lumo::REQUEST_PAYMENT_CONFIRM);
   EXPECT_STREQ(held, "TERM012120500007");
 }
 
 TEST_F(FillRequest, AnOperationDoesNotStartWithoutARecord) {
   OpenShop();
-  EXPECT_EQ(lumo::StartOperation(nullptr, 8), -100);
+  EXPECT_EQ(lumo::StartOperation(nullptr, lumo::REQUEST_DEPOSIT), -100);
   EXPECT_EQ(folder.Trace(), "ERROR: Pointer \"trans\" is null\n");
 }
 
@@ -198,7 +198,7 @@ TEST_F(FillRequest, AFreshRecordWithoutAnswerHasNoIdAndStoresNone) {
   OpenShop();
   SetState(R"({"shiftId":"12"})");
   OpenCard();
-  EXPECT_EQ(lumo::FillRequest(card, 8), 0);
+  EXPECT_EQ(lumo::FillRequest(card, lumo::REQUEST_DEPOSIT), 0);
   EXPECT_EQ(card->request.requestId, nullptr);
   EXPECT_EQ(State(), R"({"shiftId":"12"})") << "nothing was saved";
   EXPECT_THAT(folder.Trace(), StartsWith("FillRequest(DEPOSIT)\n"
@@ -213,9 +213,9 @@ TEST_F(FillRequest, AFreshRecordWithoutAnswerHasNoIdAndStoresNone) {
 TEST_F(FillRequest, AReusedRecordWithoutAnswerStoresItsOldIdAgain) {
   OpenShop();
   OpenCard();
-  lumo::FillRequest(card, 8);
+  lumo::FillRequest(card, lumo::REQUEST_DEPOSIT);
   SetState("{}");
-  EXPECT_EQ(lumo::FillRequest(card, 8), 0);
+  EXPECT_EQ(lumo::FillRequest(card, lumo::REQUEST_DEPOSIT), 0);
   EXPECT_STREQ(card->request.requestId, "TERM012120500008");
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500008","offline":0,"shiftState":0,"update":0})");
 }
@@ -471,7 +471,7 @@ TEST_F(FillRequest, AnIdFromTheServerBecomesThePersistentOne) {
   OpenShop();
   SetState("{}");
   OpenCard();
-  EXPECT_EQ(lumo::FillRequest(card, 8), 0);
+  EXPECT_EQ(lumo::FillRequest(card, lumo::REQUEST_DEPOSIT), 0);
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500008","offline":0,"shiftState":0,"update":0})");
 }
 
@@ -501,7 +501,7 @@ TEST_F(LastRrnQuestion, LeavesTheRecordItselfAlone) {
   StartServer({RrnReply("TERM012120500007")});
   OpenShop();
   OpenCard();
-  lumo::FillRequest(card, 8);
+  lumo::FillRequest(card, lumo::REQUEST_DEPOSIT);
   const lumo::Transaction before = *card;
   const std::string header = lumo::ReceiptGetText(card->header);
   EXPECT_EQ(lumo::GetLastRrnProcess(card), 0);

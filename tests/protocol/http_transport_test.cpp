@@ -92,7 +92,7 @@ TEST_F(Exchange, EveryTypeHasItsWebMethod) {
   };
   for (const Method &method : methods) {
     const test::ScriptedServer server(kSuccess);
-    record->request.type = method.type;
+    record->request.type = static_cast<lumo::RequestType>(method.type);
     EXPECT_EQ(Run(server.address()), 0);
     EXPECT_THAT(server.requests()[0], StartsWith(method.line));
   }

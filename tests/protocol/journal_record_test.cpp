@@ -32,9 +32,11 @@ class RecordWriter : public ProtocolTest {
 };
 
 struct RecordCase {
-  int32_t type;
+  int32_t number;
   const char *type_text;
   const char *parts;  // behind the request part
+
+  lumo::RequestType type() const { return static_cast<lumo::RequestType>(number); }
 };
 
 std::ostream &operator<<(std::ostream &out, const RecordCase &operation) {
@@ -58,7 +60,7 @@ const RecordCase kRecords[] = {
 class OperationRecord : public RecordWriter, public ::testing::WithParamInterface<RecordCase> {};
 
 TEST_P(OperationRecord, IsItsRequestAndItsParts) {
-  record->request.type = GetParam().type;
+  record->request.type = GetParam().type();
   EXPECT_EQ(Printed(record),
             "{\"request\":" + FullRequest(GetParam().type_text, "false") + GetParam().parts + "}");
   record->request.isOffline = 1;
@@ -68,7 +70,7 @@ TEST_P(OperationRecord, IsItsRequestAndItsParts) {
 }
 
 TEST_P(OperationRecord, ReadsBackAsItWasWritten) {
-  record->request.type = GetParam().type;
+  record->request.type = GetParam().type();
   const std::string text = Printed(record);
   lumo::Transaction *copy = lumo::new_transaction();
   EXPECT_EQ(lumo::LoadLogRecord(copy, text.c_str()), 0);
@@ -91,7 +93,7 @@ using RecordWriterDeathTest = RecordWriter;
 TEST_F(RecordWriterDeathTest, UnhandledTypeEndsTheProcess) {
   const auto write_type = [&](int32_t type) {
     test::PrintTraceAtExit(folder);
-    record->request.type = type;
+    record->request.type = static_cast<lumo::RequestType>(type);
     Printed(record);
   };
   const char *const line = "ERROR: ASSERT IN transaction_json.* LINE .*: Unhandled request type!";

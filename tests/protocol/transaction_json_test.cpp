@@ -449,7 +449,7 @@ TEST_F(WholePart, ReturnListFillsItsBlock) {
 }
 
 TEST_F(WholePart, ReturnListKeepsTypeAndRrnItDoesNotName) {
-  record->cashBack.cashBackType = 1;
+  record->cashBack.cashBackType = lumo::CASHBACK_SEQ;
   Store(&record->cashBack.requestId, "R");
   LoadFrom(lumo::LoadCashBack, "{\"cashBackGood\":[{}]}");
   EXPECT_EQ(record->cashBack.cashBackType, 1);

@@ -39,11 +39,13 @@ class RequestWriter : public ProtocolTest {
 };
 
 struct OperationCase {
-  int32_t type;
+  int32_t number;
   const char *type_text;
   const char *request_name;
   const char *web_method;
   const char *parts;  // behind the request part
+
+  lumo::RequestType type() const { return static_cast<lumo::RequestType>(number); }
 };
 
 std::ostream &operator<<(std::ostream &out, const OperationCase &operation) {
@@ -71,7 +73,7 @@ class OperationRequest : public RequestWriter, public ::testing::WithParamInterf
 
 TEST_P(OperationRequest, HoldsTheRequestAndItsOwnPart) {
   FillRecord(record);
-  record->request.type = GetParam().type;
+  record->request.type = GetParam().type();
   folder.ClearTrace();
   EXPECT_EQ(Request(), std::string("{\"") + GetParam().request_name + "\":{\"request\":" +
                            FullRequest(GetParam().type_text, "false") + GetParam().parts + "}}");
@@ -79,8 +81,8 @@ TEST_P(OperationRequest, HoldsTheRequestAndItsOwnPart) {
 }
 
 TEST_P(OperationRequest, HasItsNames) {
-  EXPECT_STREQ(lumo::RequestRootName(GetParam().type), GetParam().request_name);
-  EXPECT_STREQ(lumo::WebMethodName(GetParam().type), GetParam().web_method);
+  EXPECT_STREQ(lumo::RequestRootName(GetParam().type()), GetParam().request_name);
+  EXPECT_STREQ(lumo::WebMethodName(GetParam().type()), GetParam().web_method);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, OperationRequest, ::testing::ValuesIn(kOperations),
@@ -88,8 +90,8 @@ INSTANTIATE_TEST_SUITE_P(Operations, OperationRequest, ::testing::ValuesIn(kOper
 
 TEST(OperationNames, AreEmptyOutsideTheTable) {
   for (const int32_t type : {-1, 11, INT32_MIN, INT32_MAX}) {
-    EXPECT_STREQ(lumo::RequestRootName(type), "");
-    EXPECT_STREQ(lumo::WebMethodName(type), "");
+    EXPECT_STREQ(lumo::RequestRootName(static_cast<lumo::RequestType>(type)), "");
+    EXPECT_STREQ(lumo::WebMethodName(static_cast<lumo::RequestType>(type)), "");
   }
 }
 
@@ -104,7 +106,7 @@ TEST_F(RequestWriter, PrintsEveryAbsentTextAsTheEmptyOne) {
 }
 
 TEST_F(RequestWriter, EveryPartSurvivesAnEmptyRecord) {
-  const std::pair<int32_t, const char *> parts[] = {
+  const std::pair<lumo::RequestType, const char *> parts[] = {
       {lumo::REQUEST_ACTIVATION,
        "\"activation\":{\"activationType\":\"SIMPLE_ACTIVATION\",\"amount\":0,\"type\":\"GLOBAL\"}"},
       {lumo::REQUEST_PAYMENT_CONFIRM, "\"paymentConfirm\":{\"requestId\":\"\",\"isConfirm\":false}"},
@@ -135,10 +137,11 @@ TEST_F(RequestWriter, EscapesQuotesBackslashesAndControlBytesOnly) {
 }
 
 TEST_F(RequestWriter, WritesTheWholeRangeOfNumbers) {
-  EXPECT_EQ(Printed([](lumo::JsonPrinter *printer) { return lumo::WriteDepositPart(printer, INT32_MIN); }),
-            "{\"amount\":-2147483648}");
-  EXPECT_EQ(Printed([](lumo::JsonPrinter *printer) { return lumo::WriteDepositPart(printer, INT32_MAX); }),
-            "{\"amount\":2147483647}");
+  const auto print = [&](lumo::JsonPrinter *printer) { return lumo::WriteDepositPart(printer, record); };
+  record->depositAmount = INT32_MIN;
+  EXPECT_EQ(Printed(print), "{\"amount\":-2147483648}");
+  record->depositAmount = INT32_MAX;
+  EXPECT_EQ(Printed(print), "{\"amount\":2147483647}");
 }
 
 TEST_F(RequestWriter, TextsOfAnyLengthFit) {
@@ -260,7 +263,7 @@ using RequestWriterDeathTest = RequestWriter;
 TEST_F(RequestWriterDeathTest, UnhandledTypeEndsTheProcess) {
   const auto request_of_type = [&](int32_t type) {
     test::PrintTraceAtExit(folder);
-    record->request.type = type;
+    record->request.type = static_cast<lumo::RequestType>(type);
     Request();
   };
   const char *const line = "ERROR: ASSERT IN transaction_request_json.* LINE .*: Unhandled request type!";

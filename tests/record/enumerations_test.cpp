@@ -9,6 +9,15 @@
 
 namespace {
 
+template <auto kFrom>
+int32_t From(const char *text) {
+  return kFrom(text);
+}
+template <typename Enumeration, const char *(*kTo)(Enumeration)>
+const char *To(int32_t value) {
+  return kTo(static_cast<Enumeration>(value));
+}
+
 struct Vocabulary {
   const char *name;
   int32_t (*from)(const char *text);
@@ -22,21 +31,21 @@ std::ostream &operator<<(std::ostream &out, const Vocabulary &vocabulary) {
 
 const Vocabulary kVocabularies[] = {
     {"ActivationType",
-     lumo::ActivationTypeFromString,
-     lumo::ActivationTypeToString,
+     From<lumo::ActivationTypeFromString>,
+     To<lumo::ActivationType, lumo::ActivationTypeToString>,
      {"SIMPLE_ACTIVATION", "GIFT_CARD", "REFER_A_FRIEND"}},
     {"RequestType",
-     lumo::RequestTypeFromString,
-     lumo::RequestTypeToString,
+     From<lumo::RequestTypeFromString>,
+     To<lumo::RequestType, lumo::RequestTypeToString>,
      {"ACTIVATION", "PAYMENT", "PAYMENT_AND_CONFIRM", "PAYMENT_CONFIRM", "BALANCE", "CASHBACK", "LINK",
       "EXCHANGE", "DEPOSIT", "AD", "LAST_RRN"}},
     {"RequestState",
-     lumo::RequestStateFromString,
-     lumo::RequestStateToString,
+     From<lumo::RequestStateFromString>,
+     To<lumo::RequestState, lumo::RequestStateToString>,
      {"OK", "SUCCESS", "PROCESSED", "ERROR", "CANCELED"}},
     {"RequestStateCode",
-     lumo::RequestStateCodeFromString,
-     lumo::RequestStateCodeToString,
+     From<lumo::RequestStateCodeFromString>,
+     To<lumo::RequestStateCode, lumo::RequestStateCodeToString>,
      {"OK",
       "INTERNAL_ERROR",
       "REQUEST_NOT_FOUND",
@@ -70,8 +79,14 @@ const Vocabulary kVocabularies[] = {
       "INCORRECT_REQUEST",
       "DUPLICATE_REQUEST_ID",
       "SMS_AUTH_FAILED"}},
-    {"AccountType", lumo::AccountTypeFromString, lumo::AccountTypeToString, {"GLOBAL", "LOCAL", "DISCOUNT"}},
-    {"CashBackType", lumo::CashBackTypeFromString, lumo::CashBackTypeToString, {"FULL", "SEQ"}},
+    {"AccountType",
+     From<lumo::AccountTypeFromString>,
+     To<lumo::AccountType, lumo::AccountTypeToString>,
+     {"GLOBAL", "LOCAL", "DISCOUNT"}},
+    {"CashBackType",
+     From<lumo::CashBackTypeFromString>,
+     To<lumo::CashBackType, lumo::CashBackTypeToString>,
+     {"FULL", "SEQ"}},
 };
 
 class Enumeration : public ::testing::TestWithParam<Vocabulary> {
@@ -130,19 +145,19 @@ INSTANTIATE_TEST_SUITE_P(Protocol, Enumeration, ::testing::ValuesIn(kVocabularie
 
 TEST(RequestStateCode, UnknownValueAloneIsTracedAndNull) {
   test::Folder folder;
-  EXPECT_STREQ(lumo::RequestStateCodeToString(32), "SMS_AUTH_FAILED");
+  EXPECT_STREQ(lumo::RequestStateCodeToString(lumo::STATE_CODE_SMS_AUTH_FAILED), "SMS_AUTH_FAILED");
   EXPECT_EQ(folder.Trace(), "");
-  EXPECT_EQ(lumo::RequestStateCodeToString(33), nullptr);
+  EXPECT_EQ(lumo::RequestStateCodeToString(lumo::STATE_CODE_UNKNOWN), nullptr);
   EXPECT_EQ(folder.Trace(), "ERROR: Unsupported Request State Code\n");
 }
 
 TEST(OtherEnumerations, UnknownValueGivesTheEmptyText) {
   test::Folder folder;
-  EXPECT_STREQ(lumo::ActivationTypeToString(3), "");
-  EXPECT_STREQ(lumo::RequestTypeToString(11), "");
-  EXPECT_STREQ(lumo::RequestStateToString(5), "");
-  EXPECT_STREQ(lumo::AccountTypeToString(3), "");
-  EXPECT_STREQ(lumo::CashBackTypeToString(2), "");
+  EXPECT_STREQ(lumo::ActivationTypeToString(lumo::ACTIVATION_UNKNOWN), "");
+  EXPECT_STREQ(lumo::RequestTypeToString(lumo::REQUEST_UNKNOWN), "");
+  EXPECT_STREQ(lumo::RequestStateToString(lumo::STATE_UNKNOWN), "");
+  EXPECT_STREQ(lumo::AccountTypeToString(lumo::ACCOUNT_UNKNOWN), "");
+  EXPECT_STREQ(lumo::CashBackTypeToString(lumo::CASHBACK_UNKNOWN), "");
   EXPECT_EQ(folder.Trace(), "");
 }
 

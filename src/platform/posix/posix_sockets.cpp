@@ -39,17 +39,19 @@ int64_t Milliseconds() {
   return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
-// When a call that begins now has waited long enough; -1 means never.
-int64_t Deadline(int descriptor, int option) {
+// When a call that began then has waited long enough; -1 means never.
+int64_t Deadline(int descriptor, int option, int64_t begin) {
   timeval time = {};
   socklen_t length = sizeof time;
   if (getsockopt(descriptor, SOL_SOCKET, option, &time, &length) != 0) return -1;
   const int64_t wait = static_cast<int64_t>(time.tv_sec) * 1000 + time.tv_usec / 1000;
-  return wait == 0 ? -1 : Milliseconds() + wait;
+  return wait == 0 ? -1 : begin + wait;
 }
 
-// Waits for the socket whatever signals come in between. Returns 0 or an errno value.
-int WaitFor(int descriptor, short events, int64_t deadline) {
+// Waits for the socket whatever signals come in between, as long as the option says of a call that began
+// then. The option is asked for here, since most calls need not wait. Returns 0 or an errno value.
+int WaitFor(int descriptor, short events, int option, int64_t begin) {
+  const int64_t deadline = Deadline(descriptor, option, begin);
   for (;;) {
     const int64_t rest = deadline < 0 ? -1 : deadline - Milliseconds();
     if (deadline >= 0 && rest <= 0) return ETIMEDOUT;
@@ -183,12 +185,12 @@ int lumo_connect(SOCKET socket, const sockaddr *address, int length) {
   target.sin_port = given.sin_port;
   target.sin_addr.s_addr = given.sin_addr.s_addr;
   const int descriptor = DescriptorOf(socket);
-  const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
+  const int64_t begin = Milliseconds();
   if (connect(descriptor, reinterpret_cast<::sockaddr *>(&target), sizeof target) == 0) return 0;
   int error = errno;
   if (error == EINTR) {
     // The system goes on connecting; only the end of it can be waited for.
-    error = WaitFor(descriptor, POLLOUT, deadline);
+    error = WaitFor(descriptor, POLLOUT, SO_SNDTIMEO, begin);
     socklen_t size = sizeof error;
     if (error == 0 && getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0) error = errno;
   }
@@ -198,13 +200,13 @@ int lumo_connect(SOCKET socket, const sockaddr *address, int length) {
 int lumo_send(SOCKET socket, const char *data, int length, int) {
   if (!IsStarted()) return SOCKET_ERROR;
   const int descriptor = DescriptorOf(socket);
-  const int64_t deadline = Deadline(descriptor, SO_SNDTIMEO);
+  const int64_t begin = Milliseconds();
   int sent = 0;
   do {
     const ssize_t result =
         send(descriptor, data + sent, static_cast<size_t>(length - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
     int error = result < 0 ? errno : 0;
-    if (error == EAGAIN) error = WaitFor(descriptor, POLLOUT, deadline);
+    if (error == EAGAIN) error = WaitFor(descriptor, POLLOUT, SO_SNDTIMEO, begin);
     if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
     if (result > 0) sent += static_cast<int>(result);
   } while (sent < length);
@@ -214,12 +216,12 @@ int lumo_send(SOCKET socket, const char *data, int length, int) {
 int lumo_recv(SOCKET socket, char *buffer, int capacity, int) {
   if (!IsStarted()) return SOCKET_ERROR;
   const int descriptor = DescriptorOf(socket);
-  const int64_t deadline = Deadline(descriptor, SO_RCVTIMEO);
+  const int64_t begin = Milliseconds();
   for (;;) {
     const ssize_t result = recv(descriptor, buffer, static_cast<size_t>(capacity), MSG_DONTWAIT);
     if (result >= 0) return static_cast<int>(result);
     int error = errno;
-    if (error == EAGAIN) error = WaitFor(descriptor, POLLIN, deadline);
+    if (error == EAGAIN) error = WaitFor(descriptor, POLLIN, SO_RCVTIMEO, begin);
     if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
   }
 }

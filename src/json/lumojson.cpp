@@ -39,8 +39,10 @@ constexpr int kFileNotOpened = -307;
 
 constexpr uint32_t kFileChunk = 1024;
 constexpr size_t kSmallestBlock = 1024;
-// Below the size from which heaps map and unmap every piece on its own.
-constexpr size_t kLargestBlock = 96 * 1024;
+// A heap that has once had to give a large block back to the system keeps as much from then on: what trees
+// of up to twice this size need is there when the next one is built.
+constexpr size_t kLargestBlock = 1024 * 1024;
+constexpr size_t kBlockGrowth = 4;
 constexpr size_t kFirstItems = 2048;
 
 int printer_flag;
@@ -59,7 +61,7 @@ char *AllocateInNewBlock(JsonReader *reader, size_t size, bool texts) {
   reader->blocks = block;
   char *bytes = reinterpret_cast<char *>(block + 1);
   if (of_its_own) return bytes;
-  reader->blockSize = Smaller(reader->blockSize * 2, kLargestBlock);
+  reader->blockSize = Smaller(block_size * kBlockGrowth, kLargestBlock);
   reader->low = texts ? bytes : bytes + size;
   reader->high = texts ? bytes + block_size - size : bytes + block_size;
   return texts ? reader->high : bytes;
@@ -274,7 +276,7 @@ int parseJsonText(JsonReader *reader, const char *text) {
   if (reader == nullptr) return kNoReader;
   const size_t length = text != nullptr ? std::strlen(text) : 0;
   // A tree takes two to three times the room of its compact text.
-  const size_t first_block = Smaller(kSmallestBlock + 3 * Smaller(length, kLargestBlock), kLargestBlock);
+  const size_t first_block = kSmallestBlock + 3 * Smaller(length, 16 * kLargestBlock);
   Parse parse;
   const int error = BeginParse(&parse, reader, first_block);
   if (error != 0) return error;

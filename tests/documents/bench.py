@@ -1,12 +1,14 @@
 """A shop of a test's own: a folder with a copy of the library file and its settings, and the bench's server.
 
 The tests are given what was built in the environment: LUMO_LIBRARY, LUMO_SERVER, LUMO_SOURCE."""
+import ctypes
 import json
 import os
 import shutil
 import socket
 import subprocess
 import tempfile
+import threading
 
 SOURCE = os.environ["LUMO_SOURCE"]
 CASHIER = "7"
@@ -89,8 +91,85 @@ class Shop:
         shutil.rmtree(self.folder)
 
 
-def refused_address():
-    """An address where nobody listens for as long as the returned socket lives."""
-    bound = socket.socket()
-    bound.bind(("127.0.0.1", 0))
-    return "127.0.0.1:%d" % bound.getsockname()[1], bound
+class Library:
+    """The calls of a shop's library file. Its state is the process's: one shop in a test program."""
+
+    TEXTS = ("GetErrorMessage", "getTerminalId", "getPingAddress", "getPingAltAddress", "getResponseState",
+             "getResponseStateCode", "getResponseMessage", "getRRN", "getReceiptHeaderPtr", "getReceiptBodyPtr",
+             "getReceiptFooterPtr", "GetReportPtr", "lumoVersion")
+
+    def __init__(self, shop):
+        self.calls = ctypes.CDLL(shop.path("liblumo.so"))
+
+    def __getattr__(self, name):
+        call = getattr(self.calls, name)
+        call.restype = ctypes.c_char_p if name in self.TEXTS else ctypes.c_int
+
+        def with_texts(*arguments):
+            result = call(*(a.encode() if isinstance(a, str) else a for a in arguments))
+            return result.decode() if isinstance(result, bytes) else result
+
+        return with_texts
+
+
+class Wire:
+    """Stands between terminal and server and keeps what goes by: (request, answer) as bytes."""
+
+    def __init__(self, server):
+        self.server = server
+        self.exchanges = []
+        self.port = 0
+        self.listener = None
+        self.refuse()
+        self.resume()
+
+    @property
+    def address(self):
+        return f"127.0.0.1:{self.port}"
+
+    def refuse(self):
+        """From now on nobody listens at the address, which stays taken."""
+        if self.listener is not None:
+            self.listener.shutdown(socket.SHUT_RDWR)
+            self.thread.join()
+            self.listener.close()
+        self.listener = socket.socket()
+        self.listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        self.listener.bind(("127.0.0.1", self.port))
+        self.port = self.listener.getsockname()[1]
+
+    def resume(self):
+        self.listener.listen()
+        self.thread = threading.Thread(target=self.run, args=(self.listener,), daemon=True)
+        self.thread.start()
+
+    def run(self, listener):
+        while True:
+            try:
+                terminal, _ = listener.accept()
+            except OSError:
+                return
+            with terminal:
+                request = b""
+                while not self.is_whole(request):
+                    request += terminal.recv(65536)
+                answer = self.exchange(request)
+                self.exchanges.append((request, answer))
+                terminal.sendall(answer)
+
+    def exchange(self, request):
+        answer = b""
+        with socket.create_connection((self.server.host, self.server.port)) as onward:
+            onward.sendall(request)
+            while piece := onward.recv(65536):
+                answer += piece
+        return answer
+
+    @staticmethod
+    def is_whole(request):
+        head, blank, rest = request.partition(b"\n\n")
+        return bool(blank) and len(rest) == int(head.split(b"Content-Length: ")[1]) + 1
+
+    def stop(self):
+        self.refuse()
+        self.listener.close()

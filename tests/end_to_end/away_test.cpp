@@ -138,6 +138,19 @@ TEST_F(Away, ATransactionThatIsOfflineLeavesRecordsOfWhatTheServerTook) {
   EXPECT_THAT(shop.Trace(), HasSubstr("response.stateCode = DUPLICATE_REQUEST_ID\n"));
 }
 
+// Its record does not say what comes back.
+TEST_F(Away, AReturnInATransactionThatIsOfflineIsRefusedForEver) {
+  ASSERT_EQ(Pay(0), 0);
+  ComeBack();
+  EXPECT_EQ(shop.CashBackProc(kFirstRrn, nullptr), 0);
+  EXPECT_EQ(Exchanges(), 0U);
+  EXPECT_EQ(shop.SendOfflinePayments(), 1);
+  EXPECT_EQ(shop.lumoOfflineCount(), 1);
+  EXPECT_THAT(shop.Trace(), HasSubstr(R"("cashBack":{"requestId":"","cashBackType":"FULL"})"));
+  EXPECT_EQ(shop.SendOfflinePayments(), 0);
+  EXPECT_THAT(shop.Trace(), HasSubstr("response.stateCode = BILL_NOT_FOUND\n"));
+}
+
 TEST_F(Away, RatesThatContradictEachOtherStopTheSale) {
   Start(R"("offlineMode":1,"localBonusOffline":1,"globalBonusOffline":1,"orgFeeOffline":3)");
   GoAway();

@@ -116,6 +116,48 @@ TEST_F(TwoTerminals, WhoseIdsBeginAlikeUseTheSameNumbers) {
   EXPECT_STREQ(shop.getResponseStateCode(), "DUPLICATE_REQUEST_ID");
 }
 
+// ---- Members of a bill
+
+class BillMember : public test::Register {
+ protected:
+  // The bill of the request that this file makes.
+  std::string Sent(const std::string &bill) {
+    Open({Success("putPaymentResponse", "\"bill\":{}")});
+    shop.Write("BILL.JSN", bill);
+    EXPECT_EQ(shop.PaymentProc(0, "BILL.JSN"), 0);
+    const std::string request = server->requests().at(0);
+    return request.substr(request.find("\"bill\":"));
+  }
+};
+
+TEST_F(BillMember, ThatIsMissingIsZeroOrEmpty) {
+  EXPECT_EQ(
+      Sent(R"({"goodList":{"good":[{}]}})"),
+      R"("bill":{"totalSum":0,"spendBonus":false,"orderLen":0,"billNum":"","billDate":"","partnerFee":0,)"
+      R"("goodList":{"good":[{"title":"","productCode":"","positionCost":0,"orderNum":0,"cnt":0}]}}}})"
+      "\n");
+}
+
+TEST_F(BillMember, ThatIsANumberInQuotesIsMissingInTheBillAndReadInAPosition) {
+  EXPECT_EQ(
+      Sent(R"({"totalSum":"12","billNum":"7","goodList":{"good":[{"positionCost":"12","cnt":"3"}]}})"),
+      R"("bill":{"totalSum":0,"spendBonus":false,"orderLen":0,"billNum":"7","billDate":"","partnerFee":0,)"
+      R"("goodList":{"good":[{"title":"","productCode":"","positionCost":12,"orderNum":0,"cnt":3}]}}}})"
+      "\n");
+}
+
+TEST_F(BillMember, ThatIsUnknownOrCutShortIsPassedOver) {
+  EXPECT_EQ(
+      Sent(R"({"total":12,"totalSum":7,"colour":1,"spendBonus":true})"),
+      R"("bill":{"totalSum":7,"spendBonus":false,"orderLen":0,"billNum":"","billDate":"","partnerFee":0}}})"
+      "\n");
+}
+
+TEST_F(BillMember, DateKeeps31Bytes) {
+  EXPECT_THAT(Sent(R"({"billDate":"0123456789012345678901234567890123456789"})"),
+              HasSubstr(R"("billDate":"0123456789012345678901234567890")"));
+}
+
 // ---- Two registers in one folder
 
 class TwoRegisters : public test::Bench {

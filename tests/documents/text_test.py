@@ -1,0 +1,75 @@
+#!/usr/bin/env python3
+"""The documents themselves: links lead somewhere, examples of JSON are valid by their schema."""
+import json
+import os
+import re
+import sys
+import unittest
+
+import bench
+from schemas_test import VALIDATORS
+
+# An example tells its schema behind the word json; these are no documents of lumo's.
+OTHER_JSON = ("docs/loyalty_server.md", "docs/register.md", "docs/performance.md", "docs/platforms.md")
+
+
+def documents():
+    for folder, folders, files in os.walk(bench.SOURCE):
+        folders[:] = [name for name in folders if not name.startswith(".") and name != "build"]
+        for file in files:
+            if file.endswith(".md"):
+                path = os.path.join(folder, file)
+                with open(path, encoding="utf-8") as opened:
+                    yield os.path.relpath(path, bench.SOURCE), opened.read()
+
+
+def anchors(text):
+    """As they are made of headings."""
+    for heading in re.findall(r"^#+ (.*)$", text, re.M):
+        heading = re.sub(r"\[([^]]*)\]\([^)]*\)", r"\1", heading).strip().lower()
+        yield re.sub(r"[^\w\- ]", "", heading).replace(" ", "-")
+
+
+class Text(unittest.TestCase):
+    def test_every_link_leads_somewhere(self):
+        texts = dict(documents())
+        self.assertIn("README.md", texts)
+        for name, text in texts.items():
+            text = re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S)
+            for target in re.findall(r"\]\(([^)\s]+)\)", text):
+                if re.match(r"[a-z]+:", target):
+                    continue
+                path, _, anchor = target.partition("#")
+                path = os.path.normpath(os.path.join(os.path.dirname(name), path)) if path else name
+                with self.subTest(name, target=target):
+                    self.assertTrue(os.path.exists(os.path.join(bench.SOURCE, path)))
+                    if anchor:
+                        self.assertIn(anchor, list(anchors(texts[path])))
+
+    def test_every_example_of_json_is_valid(self):
+        tried = set()
+        for name, text in documents():
+            for schema, example in re.findall(r"^```json ?(\w*)\n(.*?)^```$", text, re.M | re.S):
+                if name in OTHER_JSON:
+                    continue
+                with self.subTest(name, example=example[:60]):
+                    self.assertIn(schema, sorted(VALIDATORS))
+                    for document in example.split("\n") if schema == "record" else [example]:
+                        if document:
+                            errors = [error.message for error in VALIDATORS[schema].iter_errors(json.loads(document))]
+                            self.assertEqual(errors, [])
+                    tried.add(schema)
+        self.assertEqual(tried, {"request", "answer", "record", "config", "state", "bill", "return_list"})
+
+    def test_the_protocol_shows_every_request_and_answer(self):
+        text = dict(documents())["docs/protocol.md"]
+        for schema in ("request", "answer"):
+            shown = {next(iter(json.loads(example)))
+                     for example in re.findall(rf"^```json {schema}\n(.*?)^```$", text, re.M | re.S)}
+            known = set(VALIDATORS[schema].schema["properties"])
+            # Like those of the payment.
+            self.assertEqual(known - shown, {f"putPaymentAndConfirm{'Request' if schema == 'request' else 'Response'}"})
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])

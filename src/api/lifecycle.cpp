@@ -5,11 +5,13 @@
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
+#include "journal/recovery.h"
 #include "lumo.h"
 
 int LUMOInit(void) {
   lumo::Trace("LUMOInit()\n");
   if (lumo::LoadNewConfig() != 0 && lumo::LoadConfig() != 0) return ERR_CONFIG_LOAD;
+  lumo::RecoverJournals();
   if (lumo::LoadState() != 0) return ERR_STATE_LOAD;
   lumo::SetLogSize(lumo::Settings().logSize);
   // Deliberate: a transaction still open is forgotten, not freed. The register may hold its texts.

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "foundation/dates.h"
-#include "foundation/file_sink.h"
 #include "foundation/files.h"
+#include "foundation/lumostring.h"
 #include "foundation/memory.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
@@ -128,38 +128,15 @@ int ApplyStateTree(const JsonNode *root) {
   return 0;
 }
 
-// Deliberate: a state that cannot be read gives way to an empty one, and all values start again from zero.
+// Note: a state that cannot be parsed gives way to an empty one, and all values start again from zero.
 int ResetStateFile() {
-  const HANDLE file = FileOpen(kStateFile, "w");
-  if (!FileIsValid(file)) return ERR_STATE_CREATE;
-  FileWrite(kEmptyState, 1, sizeof(kEmptyState) - 1, file);
-  FileClose(file);
-  return 0;
+  const uint32_t length = sizeof(kEmptyState) - 1;
+  return FileReplace(kStateFile, kEmptyState, length) == Replaced::kDone ? 0 : ERR_STATE_CREATE;
 }
 
-}  // namespace
-
-int LoadState() {
-  JsonReader *reader = JsonReaderCreate();
-  Trace("LoadState\n");
-  ClearState();
-  int result = parseJsonFile(reader, kStateFile);
-  result = result == 0 ? ApplyStateTree(JsonReaderRoot(reader)) : ResetStateFile();
-  if (reader != nullptr) JsonReaderDestroy(reader);
-  return result;
-}
-
-int SaveState() {
-  Trace("SaveState\n");
-  const HANDLE file = FileOpen(kStateFile, "w+");
-  if (!FileIsValid(file)) {
-    TraceWarning("SaveState: Cant open file!\n");
-    return ERR_STATE_OPEN;
-  }
-  FileSink sink;
-  FileSinkInit(&sink, file);
+void PrintState(String *text) {
   JsonPrinter printer;
-  JsonPrinterInit(&printer, FileSinkWrite, &sink);
+  JsonPrinterInit(&printer, StringSink, text);
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
   if (state.reqId != nullptr) WriteStringMember(&printer, "reqId", state.reqId);
   if (state.shiftId != nullptr) WriteStringMember(&printer, "shiftId", state.shiftId);
@@ -170,9 +147,35 @@ int SaveState() {
   WriteIntMember(&printer, "update", state.update);
   JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
   JsonPrinterFree(&printer);
-  FileSinkFlush(&sink);
-  FileClose(file);
-  return 0;
+}
+
+}  // namespace
+
+int LoadState() {
+  JsonReader *reader = JsonReaderCreate();
+  Trace("LoadState\n");
+  int result = parseJsonFile(reader, kStateFile);
+  if (JsonReaderReadFailed(reader)) {
+    // What is in memory is what this process wrote last: better than nothing at all.
+    result = ERR_STATE_LOAD;
+  } else {
+    ClearState();
+    result = result == 0 ? ApplyStateTree(JsonReaderRoot(reader)) : ResetStateFile();
+  }
+  JsonReaderDestroy(reader);
+  return result;
+}
+
+int SaveState() {
+  Trace("SaveState\n");
+  String *text = StringCreate();
+  PrintState(text);
+  const Replaced replaced = FileReplace(kStateFile, StringGetText(text), StringGetLength(text));
+  StringFree(text);
+  if (replaced == Replaced::kNotOpened) {
+    TraceWarning("SaveState: Cant open file!\n");
+  }
+  return replaced == Replaced::kDone ? 0 : ERR_STATE_OPEN;
 }
 
 int InitState() {

@@ -5,18 +5,29 @@
 #include "journal/logger.h"
 #include "lumo.h"
 #include "protocol/journal_record.h"
+#include "record/enumerations.h"
 #include "record/transaction.h"
 
 namespace lumo {
 
 namespace {
 
+// Loads a record that waits to be sent. 0, or why it cannot be.
+int LoadWaitingRecord(Transaction *transaction, const char *record) {
+  if (record == nullptr) {
+    return ERR_JSON_FILE_OPEN;
+  }
+  transaction->request.type = REQUEST_UNKNOWN;
+  const int result = LoadLogRecord(transaction, record);
+  // A record cut short has no operation, and one of an unknown operation cannot be written as a request.
+  return result == 0 && transaction->request.type == REQUEST_UNKNOWN ? ERR_RESPONSE_STRUCTURE : result;
+}
+
 // Sends one record under the number and date it was written with.
 int ReplayRecord(Transaction *transaction, const char *record) {
-  // A text that could not be read is not the empty record, which would go to the server as one.
-  int result = record != nullptr ? LoadLogRecord(transaction, record) : ERR_JSON_FILE_OPEN;
+  int result = LoadWaitingRecord(transaction, record);
   if (result != 0) {
-    // Deliberate: this line alone has no end.
+    // Note: this line alone has no end.
     TraceError("LoadLogRecord returned %d", result);
     return result;
   }
@@ -31,30 +42,28 @@ int ReplayRecord(Transaction *transaction, const char *record) {
 
 int OfflinePaymentsProcess() {
   Trace("OfflinePaymentsProcess\n");
-  RecordEntry *records = GetOfflineRecords();
+  bool all_listed = false;
+  RecordEntry *records = GetOfflineRecords(&all_listed);
+  DropInterruptedReplay(records, all_listed);
+  const OfflineTmpMark mark = MarkOfflineTmp();
+  bool all_set_aside = all_listed;
   int sent = 0;
-  // A replay that ended between the two steps of its commit left its records there and nowhere else.
-  const bool has_earlier_records = OfflineTmpExists();
-  bool all_set_aside = true;
   for (RecordEntry *entry = records; entry != nullptr;) {
     Transaction *transaction = new_transaction();
     if (ReplayRecord(transaction, entry->text) == 0) {
       ++sent;
-    } else if (AppendOfflineTmpRecord(entry->text) != 0) {
+    } else if (AppendOfflineTmpEntry(entry) != 0) {
       all_set_aside = false;
     }
     entry = NextOfflineRecord(entry);
     free_transaction(transaction);
   }
-  // Deliberate: only a record that failed makes the journal change. When all were sent it stays, and they are
-  // offered again.
-  // A record that could be neither sent nor set aside stays where it is, and so does the whole journal: the
-  // server tells what it has already taken by the request id. What was set aside is then there twice.
-  int result = 0;
-  if (all_set_aside) {
-    result = CommitOfflineTmp();
-  } else if (!has_earlier_records) {
-    DropOfflineTmp();
+  // Note: only a record that failed makes the journal change. When all were sent it stays, and they are
+  // offered again. So they are when one could be neither sent nor set aside, or was not even listed: the
+  // server tells by the request id what it has already taken.
+  const int result = all_set_aside ? CommitOfflineTmp() : 0;
+  if (!all_set_aside) {
+    TakeBackOfflineTmp(mark);
   }
   if (result != 0) {
     TraceError("Records flush failed [%d]\n", result);

@@ -8,7 +8,9 @@
 namespace lumo {
 
 struct FileSink {
-  HANDLE file;  // borrowed
+  HANDLE file;       // borrowed
+  uint32_t written;  // bytes in the file
+  bool failed;       // a write did; nothing is written behind it
   uint32_t fill;
   char buffer[2048];
 };
@@ -16,5 +18,6 @@ struct FileSink {
 void FileSinkInit(FileSink *sink, HANDLE file);
 void FileSinkWrite(void *sink, const char *text, uint32_t length);  // fits JsonSink
 void FileSinkFlush(FileSink *sink);                                 // call before closing the file
+void FileSinkEnd(FileSink *sink);  // flushes, and cuts what an older text has behind this one
 
 }  // namespace lumo

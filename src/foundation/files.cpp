@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/memory.h"
 #include "foundation/module_path.h"
 #include "foundation/trace.h"
 
@@ -36,25 +37,140 @@ const OpenMode *FindMode(const char *mode) {
   return nullptr;
 }
 
-int ErrorUnless(BOOL succeeded) {
-  return succeeded != 0 ? 0 : static_cast<int>(GetLastError());
+// The files that must not fail because somebody copies the folder at that moment.
+constexpr const char *kPatientFiles[] = {"STATE", "LOG", "OFFLINE", "OFFLINE_TMP"};
+constexpr uint32_t kPauseMilliseconds = 25;
+constexpr int kPauses = 10;
+
+bool IsPatient(const char *name) {
+  for (const char *patient : kPatientFiles) {
+    if (name != nullptr && std::strcmp(name, patient) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Makes the call, and again after a pause as long as another program holds the file. `call` tells success.
+template <typename Call>
+bool TryPatiently(bool is_patient, Call call) {
+  for (int pauses = is_patient ? kPauses : 0;; --pauses) {
+    if (call()) {
+      return true;
+    }
+    if (pauses == 0 || GetLastError() != ERROR_SHARING_VIOLATION) {
+      return false;
+    }
+    Sleep(kPauseMilliseconds);
+  }
+}
+
+// A name that makes no path is not refused here or below: the empty path lets the system's call fail, with
+// its error number.
+HANDLE OpenPath(const char *name, DWORD access, DWORD creation) {
+  WCHAR path[kPathUnits];
+  BuildPath(name, path);
+  HANDLE file = INVALID_HANDLE_VALUE;
+  TryPatiently(IsPatient(name), [&] {
+    file = CreateFileW(path, access, 0, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE;
+  });
+  return file;
+}
+
+// A null name is a missing file.
+void TraceOpenFailure(const char *name) {
+  const DWORD error = name != nullptr ? GetLastError() : ERROR_FILE_NOT_FOUND;
+  TraceError("CreateFile function failed with error %d\n", static_cast<int>(error));
+}
+
+// Blanks behind the text of a file are no part of it. False when they could not all be written.
+bool AppendBlanks(HANDLE file, uint32_t count) {
+  char blanks[256];
+  std::memset(blanks, ' ', sizeof blanks);
+  while (count != 0) {
+    const uint32_t piece = count < sizeof blanks ? count : static_cast<uint32_t>(sizeof blanks);
+    if (!FileWriteAll(file, blanks, piece)) {
+      return false;
+    }
+    count -= piece;
+  }
+  return true;
+}
+
+// Writes the text and, where the old one was longer, blanks over its rest, in one write, and cuts the blanks.
+bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_length) {
+  if (old_length <= length) {
+    return FileMoveTo(file, 0) && FileWriteAll(file, text, length);
+  }
+  char *padded = static_cast<char *>(MemMalloc(old_length, LUMO_HERE));
+  std::memcpy(padded, text, length);
+  std::memset(padded + length, ' ', old_length - length);
+  const bool written = FileMoveTo(file, 0) && FileWriteAll(file, padded, old_length);
+  MemFree(padded, LUMO_HERE);
+  if (written) {
+    FileCut(file, length);
+  }
+  return written;
+}
+
+Replaced ReplaceExisting(HANDLE file, const char *text, uint32_t length) {
+  uint32_t old_length = 0;
+  if (!FileMoveToEnd(file, &old_length)) {
+    return Replaced::kNotWritten;
+  }
+  // A longer text needs room first: on a full disk the old text is then still there.
+  if (old_length < length && !AppendBlanks(file, length - old_length)) {
+    FileCut(file, old_length);
+    return Replaced::kNotWritten;
+  }
+  return WriteOver(file, text, length, old_length) ? Replaced::kDone : Replaced::kNotWritten;
+}
+
+// A file comes into being under its name only when its text is whole.
+Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
+  char new_name[kPathUnits];
+  if (std::strlen(name) + sizeof ".new" > sizeof new_name) {
+    return Replaced::kNotOpened;
+  }
+  std::strcpy(new_name, name);
+  std::strcat(new_name, ".new");
+  HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
+  if (!FileIsValid(file)) {
+    TraceOpenFailure(name);
+    return Replaced::kNotOpened;
+  }
+  const bool written = FileWriteAll(file, text, length);
+  FileClose(file);
+  if (written && FileMove(new_name, name) == 0) {
+    return Replaced::kDone;
+  }
+  FileDelete(new_name);
+  return Replaced::kNotWritten;
+}
+
+int ErrorUnless(bool succeeded) {
+  return succeeded ? 0 : static_cast<int>(GetLastError());
 }
 
 }  // namespace
 
-// A name that makes no path is not refused here or below: the empty path lets the system's call fail, with
-// its error number. A null name is a missing file.
 HANDLE FileOpen(const char *name, const char *mode) {
   HANDLE file = INVALID_HANDLE_VALUE;
   const OpenMode *row = FindMode(mode);
   if (row != nullptr) {
-    WCHAR path[kPathUnits];
-    BuildPath(name, path);
-    file = CreateFileW(path, row->access, 0, nullptr, row->creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    file = OpenPath(name, row->access, row->creation);
   }
-  if (file == INVALID_HANDLE_VALUE) {
-    const DWORD error = name != nullptr ? GetLastError() : ERROR_FILE_NOT_FOUND;
-    TraceError("CreateFile function failed with error %d\n", static_cast<int>(error));
+  if (!FileIsValid(file)) {
+    TraceOpenFailure(name);
+  }
+  return file;
+}
+
+HANDLE FileOpenShared(const char *name) {
+  HANDLE file = OpenPath(name, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+  if (!FileIsValid(file)) {
+    TraceOpenFailure(name);
   }
   return file;
 }
@@ -76,28 +192,101 @@ uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count, HANDLE fil
   return written;
 }
 
-uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file) {
-  DWORD read = 0;
-  if (ReadFile(file, buffer, size * count, &read, nullptr) == 0) {
-    TraceError("ReadFile function failed with error %d\n", static_cast<int>(GetLastError()));
-    return 0;
+bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_written) {
+  uint32_t written = 0;
+  while (written < count) {
+    const uint32_t piece = FileWrite(static_cast<const char *>(bytes) + written, 1, count - written, file);
+    if (piece == 0) {
+      break;
+    }
+    written += piece;
   }
+  if (out_written != nullptr) {
+    *out_written = written;
+  }
+  return written == count;
+}
+
+bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_read) {
+  DWORD read = 0;
+  const BOOL succeeded = ReadFile(file, buffer, capacity, &read, nullptr);
+  if (succeeded == 0) {
+    TraceError("ReadFile function failed with error %d\n", static_cast<int>(GetLastError()));
+    read = 0;
+  }
+  *out_read = read;
+  return succeeded != 0;
+}
+
+uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file) {
+  uint32_t read = 0;
+  FileReadPiece(file, buffer, size * count, &read);
   return read;
 }
 
-int FileSeek(HANDLE file, int32_t offset, uint32_t origin) {
-  // Deliberate: position 1 alone counts as success, so nearly every seek leaves its error line.
-  if (SetFilePointer(file, offset, nullptr, origin) == 1) {
+int FileSeek(HANDLE file, int32_t offset, uint32_t origin, bool *out_moved) {
+  const DWORD position = SetFilePointer(file, offset, nullptr, origin);
+  if (out_moved != nullptr) {
+    *out_moved = position != INVALID_SET_FILE_POINTER;
+  }
+  // Note: position 1 alone counts as success, so nearly every seek leaves its error line.
+  if (position == 1) {
     return 0;
   }
   TraceError("SetFilePointer function failed with error %d\n", static_cast<int>(GetLastError()));
   return 1;
 }
 
+bool FileMoveTo(HANDLE file, uint32_t position) {
+  LONG high = 0;
+  return SetFilePointer(file, static_cast<LONG>(position), &high, FILE_BEGIN) == position;
+}
+
+bool FileMoveToEnd(HANDLE file, uint32_t *out_length) {
+  const DWORD length = SetFilePointer(file, 0, nullptr, FILE_END);
+  *out_length = length;
+  return length != INVALID_SET_FILE_POINTER;
+}
+
+bool FileCut(HANDLE file, uint32_t length) {
+  return FileMoveTo(file, length) && SetEndOfFile(file) != 0;
+}
+
+bool FileFlush(HANDLE file) {
+  return FlushFileBuffers(file) != 0;
+}
+
+bool ReadFileStamp(const char *name, FileStamp *out_stamp) {
+  WCHAR path[kPathUnits];
+  BuildPath(name, path);
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data) == 0) {
+    return false;
+  }
+  out_stamp->length = static_cast<uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+  out_stamp->write_time =
+      static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
+  return true;
+}
+
+Replaced FileReplace(const char *name, const char *text, uint32_t length) {
+  HANDLE file = OpenPath(name, GENERIC_WRITE, OPEN_EXISTING);
+  if (!FileIsValid(file)) {
+    if (GetLastError() == ERROR_FILE_NOT_FOUND) {
+      return MakeWhole(name, text, length);
+    }
+    TraceOpenFailure(name);
+    return Replaced::kNotOpened;
+  }
+  const Replaced replaced = ReplaceExisting(file, text, length);
+  FileClose(file);
+  return replaced;
+}
+
 int FileDelete(const char *name) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);
-  return ErrorUnless(DeleteFileW(path));
+  return ErrorUnless(TryPatiently(IsPatient(name), [&] { return DeleteFileW(path) != 0; }));
 }
 
 int FileMove(const char *from, const char *to) {
@@ -105,7 +294,8 @@ int FileMove(const char *from, const char *to) {
   WCHAR to_path[kPathUnits];
   BuildPath(from, from_path);
   BuildPath(to, to_path);
-  return ErrorUnless(MoveFileW(from_path, to_path));
+  return ErrorUnless(
+      TryPatiently(IsPatient(from) || IsPatient(to), [&] { return MoveFileW(from_path, to_path) != 0; }));
 }
 
 int FileCopy(const char *from, const char *to) {
@@ -113,7 +303,7 @@ int FileCopy(const char *from, const char *to) {
   WCHAR to_path[kPathUnits];
   BuildPath(from, from_path);
   BuildPath(to, to_path);
-  return ErrorUnless(CopyFileW(from_path, to_path, 0));
+  return ErrorUnless(CopyFileW(from_path, to_path, 0) != 0);
 }
 
 int FileExists(const char *name) {

@@ -10,8 +10,11 @@ namespace lumo {
 
 // "w+" and "w" create or truncate, "r+" and "r" open what exists, "a+" and "a" open or create for writing,
 // both without moving to the end. Letters after these are passed over. Anything else gives the invalid
-// handle.
+// handle. A file of the library's own that another program holds is tried again for a quarter of a second,
+// here and in FileDelete and FileMove.
 HANDLE FileOpen(const char *name, const char *mode);
+// Opens a file to read and write it, made anew when there is none. Traced like FileOpen.
+HANDLE FileOpenShared(const char *name);
 int FileIsValid(HANDLE file);
 int FileClose(HANDLE file);
 uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count,
@@ -19,9 +22,33 @@ uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count,
 uint32_t FileRead(void *buffer, uint32_t size, uint32_t count,
                   HANDLE file);  // bytes read; 0 on failure or end
 
-// Deliberate: returns 0 only when the new position is exactly 1; every other seek, a good one included,
-// returns 1 and leaves an error line in the trace.
-int FileSeek(HANDLE file, int32_t offset, uint32_t origin);
+// Reads up to `capacity` bytes; *out_read is 0 at the end of the file alone. False when the read failed.
+bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_read);
+// Writes all the bytes; a write that comes short is carried on. False when not all could be written, with the
+// count that was in *out_written.
+bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_written = nullptr);
+
+// Note: returns 0 only when the new position is exactly 1; every other seek, a good one included, returns 1
+// and leaves an error line in the trace. Whether it went well, *out_moved says.
+int FileSeek(HANDLE file, int32_t offset, uint32_t origin, bool *out_moved = nullptr);
+
+// These leave no line in the trace, and return false when the system refuses.
+bool FileMoveTo(HANDLE file, uint32_t position);
+bool FileMoveToEnd(HANDLE file, uint32_t *out_length);
+bool FileCut(HANDLE file, uint32_t length);  // the position is then the end
+bool FileFlush(HANDLE file);                 // to the disk, so that it survives the power
+
+// What tells one content of a file from another.
+struct FileStamp {
+  uint64_t length;
+  uint64_t write_time;  // the system's own unit
+};
+bool ReadFileStamp(const char *name, FileStamp *out_stamp);  // false when there is no such file
+
+// Writes a small file over as a whole, so that a process that ends at any moment leaves a whole text: the old
+// one or the new one, perhaps with blanks behind it. A missing file is made under the name + ".new" first.
+enum class Replaced { kDone, kNotOpened, kNotWritten };
+Replaced FileReplace(const char *name, const char *text, uint32_t length);
 
 // 0 or the system's error number.
 int FileDelete(const char *name);

@@ -105,6 +105,10 @@ int StringAppendN(String *string, const char *bytes, uint32_t count) {
   return 0;
 }
 
+void StringSink(void *string, const char *bytes, uint32_t count) {
+  StringAppendN(static_cast<String *>(string), bytes, count);
+}
+
 int StringAppendFormat(String *string, const char *format, ...) {
   char formatted[kFormatBytes];
   va_list arguments;

@@ -18,6 +18,7 @@ String *StringCreate();  // capacity 256, length 0; free with StringFree
 void StringFree(String *string);
 int StringAppend(String *string, const char *text);                    // a null text appends nothing
 int StringAppendN(String *string, const char *bytes, uint32_t count);  // stops copying at a zero byte
+void StringSink(void *string, const char *bytes, uint32_t count);      // fits JsonSink
 int StringAppendFormat(String *string, const char *format, ...)
     LUMO_PRINTF(2, 3);                            // 1024 bytes or more: fatal
 const char *StringGetText(const String *string);  // until the next append or StringFree

@@ -1,12 +1,12 @@
 #include "journal/logger.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "foundation/files.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
 #include "foundation/trace.h"
+#include "journal/line_file.h"
 #include "lumo.h"
 
 namespace lumo {
@@ -16,40 +16,52 @@ constexpr char kLog[] = "LOG";
 constexpr char kOffline[] = "OFFLINE";
 constexpr char kOfflineTmp[] = "OFFLINE_TMP";
 
-constexpr uint32_t kChunkBytes = 2048;
-constexpr size_t kNameBytes = 260;
-constexpr int kNameWidth = 256;
+constexpr size_t kLongestName = 260;  // of a copy, its suffix included, without a warning
 
 int32_t log_size = 0;
 
-// The first line feed in the bytes from `from` to `end`, or null.
-const char *FindLineFeed(const char *from, const char *end) {
-  return static_cast<const char *>(std::memchr(from, '\n', static_cast<size_t>(end - from)));
+// How many lines LOG had when this process wrote it last. As long as its length and time are the same, nobody
+// else wrote it, and it need not be read to be counted.
+struct {
+  bool is_known;
+  FileStamp stamp;
+  int32_t lines;
+} log_count;
+
+// The count, and whether it is certain: nothing was read when it was remembered.
+struct LineCount {
+  int32_t lines;
+  bool is_exact;
+};
+
+LineCount CountLinesOf(const char *file_name) {
+  HANDLE file = FileOpen(file_name, "rb");
+  if (!FileIsValid(file)) {
+    return {0, false};
+  }
+  LineReader reader;
+  LineReaderInit(&reader, file);
+  uint32_t lines = 0;
+  while (LineReaderNext(&reader)) {
+    ++lines;
+  }
+  FileClose(file);
+  return {static_cast<int32_t>(lines), !reader.failed};
 }
 
-// Copies what lies behind the first `count` line feeds. A count of 0 or less copies all. False when not all
-// of it could be written.
-bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
-  char chunk[kChunkBytes];
-  uint32_t bytes = kChunkBytes;
-  while (bytes == kChunkBytes) {
-    bytes = FileRead(chunk, 1, kChunkBytes, from);
-    const char *rest = chunk;
-    const char *end = chunk + bytes;
-    for (; count > 0 && rest != end; --count) {
-      const char *line_feed = FindLineFeed(rest, end);
-      if (line_feed == nullptr) {
-        rest = end;
-        break;
-      }
-      rest = line_feed + 1;
-    }
-    const uint32_t length = static_cast<uint32_t>(end - rest);
-    if (length != 0 && FileWrite(rest, 1, length, to) != length) {
-      return false;
-    }
+LineCount CountLogLines() {
+  FileStamp stamp = {};
+  if (log_count.is_known && ReadFileStamp(kLog, &stamp) && stamp.length == log_count.stamp.length &&
+      stamp.write_time == log_count.stamp.write_time) {
+    return {log_count.lines, true};
   }
-  return true;
+  return CountLinesOf(kLog);
+}
+
+// `length` is what LOG must have for the count to be true of it.
+void RememberLogCount(int32_t lines, uint32_t length) {
+  log_count.lines = lines;
+  log_count.is_known = ReadFileStamp(kLog, &log_count.stamp) && log_count.stamp.length == length;
 }
 
 void CloseOrTrace(HANDLE file, const char *message) {
@@ -60,14 +72,17 @@ void CloseOrTrace(HANDLE file, const char *message) {
   }
 }
 
-// The name of the copy that a file is trimmed from, from the runtime's malloc.
+// The name of the copy that a file is trimmed from; free with MemFree.
 char *OldName(const char *name) {
-  if (std::strlen(name) + std::strlen(".old") <= kNameBytes) {
-    return FormatAlloc("%s.old", name);
+  const size_t length = std::strlen(name);
+  if (length + std::strlen(".old") > kLongestName) {
+    // Note: the name is kept whole all the same, and the system refuses it.
+    TraceWarning("too long name specified\n");
   }
-  TraceWarning("too long name specified\n");
-  // Deliberate: a width, not a limit. The name is kept whole, and the system refuses it.
-  return FormatAlloc("%*s.old", kNameWidth, name);
+  char *old_name = static_cast<char *>(MemMalloc(length + sizeof ".old", LUMO_HERE));
+  std::memcpy(old_name, name, length);
+  std::strcpy(old_name + length, ".old");
+  return old_name;
 }
 
 int TrimThroughOldFile(int32_t count, const char *name, const char *old_name) {
@@ -86,7 +101,7 @@ int TrimThroughOldFile(int32_t count, const char *name, const char *old_name) {
     return ERR_LOG_DELETE;
   }
   if (!copied) {
-    // The disk is full: better a log that is too long than one that lost its end.
+    // Better a log that is too long than one that lost its end.
     FileDelete(name);
     FileMove(old_name, name);
     return ERR_LOG_DELETE;
@@ -97,63 +112,121 @@ int TrimThroughOldFile(int32_t count, const char *name, const char *old_name) {
   return 0;
 }
 
-enum class Trim { kNo, kYes };
+// What follows the last line feed belongs to no record and is cut off; the record would join it. *out_length
+// is the file's length then. False when the end of the file cannot be found.
+bool CutTornTail(HANDLE file, uint32_t *out_length) {
+  uint32_t length = 0;
+  uint32_t torn = 0;
+  if (!FileMoveToEnd(file, &length) || !FindTornTail(file, length, &torn)) {
+    return false;
+  }
+  *out_length = length - torn;
+  return torn == 0 || FileCut(file, *out_length);
+}
 
-int AppendRecord(const char *file_name, const char *record, Trim trim) {
-  if (record == nullptr) {
-    TraceError("Record string is null pointer\n");
-    return ERR_OFFLINE_SAVE;
+// Appends the record and its line feed in one write. One that cannot be written whole is cut off again.
+bool WriteRecord(HANDLE file, const char *record, uint32_t record_length, uint32_t *out_length) {
+  uint32_t old_length = 0;
+  bool moved = false;
+  if (!CutTornTail(file, &old_length)) {
+    return false;
   }
-  if (trim == Trim::kYes && static_cast<int64_t>(CountLines(file_name)) + 1 >= log_size) {
-    TrimOldestLines(log_size / 3, file_name);
+  FileSeek(file, 0, FILE_END, &moved);
+  if (!moved) {
+    return false;
   }
-  HANDLE file = FileOpen(file_name, "ab");
+  char *line = static_cast<char *>(MemMalloc(static_cast<size_t>(record_length) + 1, LUMO_HERE));
+  std::memcpy(line, record, record_length);
+  line[record_length] = '\n';
+  const bool written = FileWriteAll(file, line, record_length + 1);
+  MemFree(line, LUMO_HERE);
+  if (!written) {
+    FileCut(file, old_length);
+    return false;
+  }
+  *out_length = old_length + record_length + 1;
+  return true;
+}
+
+// Whether the records of OFFLINE_TMP stand in OFFLINE too, in the same order.
+bool IsPartOf(const RecordEntry *set_aside, const RecordEntry *records) {
+  HANDLE tmp_file = FileOpen(kOfflineTmp, "rb");
+  HANDLE file = FileOpen(kOffline, "rb");
+  if (FileIsValid(tmp_file) && FileIsValid(file)) {
+    for (; set_aside != nullptr && records != nullptr; records = records->next) {
+      if (records->length == set_aside->length &&
+          HaveSameBytes(tmp_file, set_aside->offset, file, records->offset, records->length)) {
+        set_aside = set_aside->next;
+      }
+    }
+  }
+  if (FileIsValid(tmp_file)) {
+    FileClose(tmp_file);
+  }
+  if (FileIsValid(file)) {
+    FileClose(file);
+  }
+  return set_aside == nullptr;
+}
+
+// What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
+// file.
+void FlushOfflineTmp() {
+  HANDLE file = FileOpen(kOfflineTmp, "r+");
+  if (FileIsValid(file)) {
+    FileFlush(file);
+    FileClose(file);
+  }
+}
+
+// Whether a record must be on the disk before its operation counts as done.
+enum class Durable { kNo, kYes };
+
+// *out_length is the file's length after a success.
+int AppendRecord(const char *file_name, const char *record, uint32_t length, Durable durable,
+                 uint32_t *out_length) {
+  HANDLE file = FileOpenShared(file_name);
   if (!FileIsValid(file)) {
     TraceError("[%s] file is not opened\n", file_name);
     return ERR_OFFLINE_SAVE;
   }
-  FileSeek(file, 0, FILE_END);
-  const uint32_t length = static_cast<uint32_t>(std::strlen(record));
-  const bool whole = FileWrite(record, 1, length, file) == length;
-  // Also behind a record that came short, so that the next one begins a line of its own.
-  const bool ended = FileWrite("\n", 1, 1, file) == 1;
+  bool appended = WriteRecord(file, record, length, out_length);
+  if (appended && durable == Durable::kYes && !FileFlush(file)) {
+    FileCut(file, *out_length - length - 1);
+    appended = false;
+  }
   FileClose(file);
-  return whole && ended ? 0 : ERR_OFFLINE_SAVE;
+  return appended ? 0 : ERR_OFFLINE_SAVE;
 }
 
-RecordEntry *ListRecords(const char *file_name) {
-  HANDLE file = FileOpen(file_name, "rb");
-  if (!FileIsValid(file)) {
+uint32_t TextLength(const char *text) {
+  return static_cast<uint32_t>(std::strlen(text));
+}
+
+bool IsNullRecord(const char *record) {
+  if (record != nullptr) {
+    return false;
+  }
+  TraceError("Record string is null pointer\n");
+  return true;
+}
+
+// The record's text; null when it could not be read whole. Free with MemFree.
+char *ReadRecord(HANDLE file, const RecordEntry *entry) {
+  bool moved = false;
+  FileSeek(file, static_cast<int32_t>(entry->offset), FILE_BEGIN, &moved);
+  char *text = static_cast<char *>(MemCalloc(1, static_cast<size_t>(entry->length) + 1, LUMO_HERE));
+  uint32_t length = 0;
+  uint32_t piece = moved ? 1 : 0;
+  while (length < entry->length && piece != 0 &&
+         FileReadPiece(file, text + length, entry->length - length, &piece)) {
+    length += piece;
+  }
+  if (!moved || length < entry->length) {
+    MemFree(text, LUMO_HERE);
     return nullptr;
   }
-  RecordEntry *first = nullptr;
-  RecordEntry **link = &first;
-  char chunk[kChunkBytes];
-  uint32_t chunk_offset = 0;
-  uint32_t record_offset = 0;
-  uint32_t bytes = kChunkBytes;
-  // A file position is a signed 32-bit number: what lies behind its range could not be loaded.
-  while (bytes == kChunkBytes && chunk_offset <= INT32_MAX - kChunkBytes) {
-    bytes = FileRead(chunk, 1, kChunkBytes, file);
-    const char *end = chunk + bytes;
-    for (const char *rest = chunk; rest != end;) {
-      const char *line_feed = FindLineFeed(rest, end);
-      if (line_feed == nullptr) {
-        break;
-      }
-      rest = line_feed + 1;
-      RecordEntry *entry = static_cast<RecordEntry *>(MemCalloc(1, sizeof(RecordEntry), LUMO_HERE));
-      const uint32_t next_offset = chunk_offset + static_cast<uint32_t>(rest - chunk);
-      entry->offset = record_offset;
-      entry->length = next_offset - 1 - record_offset;
-      record_offset = next_offset;
-      *link = entry;
-      link = &entry->next;
-    }
-    chunk_offset += bytes;
-  }
-  FileClose(file);
-  return first;
+  return text;
 }
 
 void LoadRecord(RecordEntry *entry, const char *file_name) {
@@ -163,17 +236,16 @@ void LoadRecord(RecordEntry *entry, const char *file_name) {
       TraceError("Can't open log file [%s]\n", file_name);
       return;
     }
-    entry->text = static_cast<char *>(MemCalloc(1, static_cast<size_t>(entry->length) + 1, LUMO_HERE));
-    FileSeek(file, static_cast<int32_t>(entry->offset), FILE_BEGIN);
-    // The file may have been cut since it was listed: the text ends where the file does.
-    entry->text[FileRead(entry->text, 1, entry->length, file)] = 0;
+    entry->text = ReadRecord(file, entry);
     FileClose(file);
   }
-  Trace("Record data: %s\n", entry->text);
+  if (entry->text != nullptr) {
+    Trace("Record data: %s\n", entry->text);
+  }
 }
 
-RecordEntry *FirstRecord(const char *file_name) {
-  RecordEntry *first = ListRecords(file_name);
+RecordEntry *FirstRecord(const char *file_name, bool *out_whole) {
+  RecordEntry *first = ListRecords(file_name, out_whole);
   if (first != nullptr) {
     LoadRecord(first, file_name);
   }
@@ -199,35 +271,91 @@ int SetLogSize(int32_t lines) {
 }
 
 int AppendLogRecord(const char *record) {
-  return AppendRecord(kLog, record, Trim::kYes);
+  if (IsNullRecord(record)) {
+    return ERR_OFFLINE_SAVE;
+  }
+  LineCount count = CountLogLines();
+  if (static_cast<int64_t>(count.lines) + 1 >= log_size) {
+    TrimOldestLines(log_size / 3, kLog);
+    count.is_exact = false;
+  }
+  uint32_t length = 0;
+  const int result = AppendRecord(kLog, record, TextLength(record), Durable::kNo, &length);
+  log_count.is_known = false;
+  if (result == 0 && count.is_exact) {
+    RememberLogCount(count.lines + 1, length);
+  }
+  return result;
 }
 
 int AppendOfflineRecord(const char *record) {
-  return AppendRecord(kOffline, record, Trim::kNo);
+  uint32_t length = 0;
+  return IsNullRecord(record) ? ERR_OFFLINE_SAVE
+                              : AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
 }
 
+// Not on the disk one by one: CommitOfflineTmp sees to them all.
 int AppendOfflineTmpRecord(const char *record) {
-  return AppendRecord(kOfflineTmp, record, Trim::kNo);
+  uint32_t length = 0;
+  return IsNullRecord(record) ? ERR_OFFLINE_SAVE
+                              : AppendRecord(kOfflineTmp, record, TextLength(record), Durable::kNo, &length);
+}
+
+int AppendOfflineTmpEntry(const RecordEntry *entry) {
+  uint32_t length = 0;
+  return IsNullRecord(entry->text)
+             ? ERR_OFFLINE_SAVE
+             : AppendRecord(kOfflineTmp, entry->text, entry->length, Durable::kNo, &length);
 }
 
 int CommitOfflineTmp() {
-  if (!OfflineTmpExists()) {
+  if (FileExists(kOfflineTmp) == 0) {
     return 0;
   }
+  FlushOfflineTmp();
   const int code = FileDelete(kOffline);
   return code != 0 ? code : FileMove(kOfflineTmp, kOffline);
 }
 
-bool OfflineTmpExists() {
-  return FileExists(kOfflineTmp) != 0;
+void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) {
+  if (!all_listed || offline_records == nullptr || FileExists(kOfflineTmp) == 0) {
+    return;
+  }
+  bool all_set_aside_listed = false;
+  RecordEntry *set_aside = ListRecords(kOfflineTmp, &all_set_aside_listed);
+  const bool is_part = all_set_aside_listed && IsPartOf(set_aside, offline_records);
+  FreeRecordList(set_aside);
+  if (is_part) {
+    FileDelete(kOfflineTmp);
+  }
 }
 
-void DropOfflineTmp() {
-  FileDelete(kOfflineTmp);
+OfflineTmpMark MarkOfflineTmp() {
+  FileStamp stamp = {};
+  const bool exists = ReadFileStamp(kOfflineTmp, &stamp);
+  return {exists, exists ? static_cast<uint32_t>(stamp.length) : 0};
+}
+
+void TakeBackOfflineTmp(OfflineTmpMark mark) {
+  if (!mark.exists) {
+    if (FileExists(kOfflineTmp) != 0) {
+      FileDelete(kOfflineTmp);
+    }
+    return;
+  }
+  HANDLE file = FileOpen(kOfflineTmp, "r+");
+  if (FileIsValid(file)) {
+    FileCut(file, mark.length);
+    FileClose(file);
+  }
 }
 
 int32_t CountOfflineRecords() {
-  return FileExists(kOffline) != 0 ? CountLines(kOffline) : 0;
+  if (FileExists(kOffline) == 0) {
+    return 0;
+  }
+  const LineCount count = CountLinesOf(kOffline);
+  return count.is_exact ? count.lines : static_cast<int32_t>(ERR_JSON_FILE_OPEN);
 }
 
 int ClearOffline(int32_t expected) {
@@ -239,12 +367,13 @@ int ClearOffline(int32_t expected) {
 
 RecordEntry *GetLogRecords() {
   Trace("GetLogRecords()\n");
-  return FirstRecord(kLog);
+  bool whole = false;
+  return FirstRecord(kLog, &whole);
 }
 
-RecordEntry *GetOfflineRecords() {
+RecordEntry *GetOfflineRecords(bool *out_whole) {
   Trace("GetOfflineRecords()\n");
-  return FirstRecord(kOffline);
+  return FirstRecord(kOffline, out_whole);
 }
 
 RecordEntry *NextLogRecord(RecordEntry *entry) {
@@ -253,6 +382,28 @@ RecordEntry *NextLogRecord(RecordEntry *entry) {
 
 RecordEntry *NextOfflineRecord(RecordEntry *entry) {
   return NextRecord(entry, kOffline);
+}
+
+RecordEntry *ListRecords(const char *file_name, bool *out_whole) {
+  HANDLE file = FileOpen(file_name, "rb");
+  if (!FileIsValid(file)) {
+    *out_whole = FileExists(file_name) == 0;
+    return nullptr;
+  }
+  RecordEntry *first = nullptr;
+  RecordEntry **link = &first;
+  LineReader reader;
+  LineReaderInit(&reader, file);
+  while (LineReaderNext(&reader)) {
+    RecordEntry *entry = static_cast<RecordEntry *>(MemCalloc(1, sizeof(RecordEntry), LUMO_HERE));
+    entry->offset = reader.line_offset;
+    entry->length = reader.line_length;
+    *link = entry;
+    link = &entry->next;
+  }
+  *out_whole = !reader.failed;
+  FileClose(file);
+  return first;
 }
 
 void FreeRecordList(RecordEntry *first) {
@@ -265,29 +416,14 @@ void FreeRecordList(RecordEntry *first) {
 }
 
 int32_t CountLines(const char *file_name) {
-  HANDLE file = FileOpen(file_name, "rb");
-  if (!FileIsValid(file)) {
-    return 0;
-  }
-  uint32_t lines = 0;
-  char chunk[kChunkBytes];
-  uint32_t bytes = kChunkBytes;
-  while (bytes == kChunkBytes) {
-    bytes = FileRead(chunk, 1, kChunkBytes, file);
-    const char *end = chunk + bytes;
-    for (const char *rest = FindLineFeed(chunk, end); rest != nullptr; rest = FindLineFeed(rest + 1, end)) {
-      ++lines;
-    }
-  }
-  FileClose(file);
-  return static_cast<int32_t>(lines);
+  return CountLinesOf(file_name).lines;
 }
 
 int TrimOldestLines(int32_t count, const char *file_name) {
   const char *name = TextOrEmpty(file_name);
   char *old_name = OldName(name);
   const int result = TrimThroughOldFile(count, name, old_name);
-  std::free(old_name);
+  MemFree(old_name, LUMO_HERE);
   return result;
 }
 

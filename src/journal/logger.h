@@ -15,32 +15,49 @@ struct RecordEntry {
 
 int SetLogSize(int32_t lines);  // the bound of LOG; returns 0
 
-// Append one record: 0, or -201 when the record is null, the file cannot be opened or not all of it could be
-// written. Only LOG is trimmed: when the record would be the logSize-th line or a later one, the oldest
-// logSize / 3 lines go first.
+// Append one record, behind the last line feed: what follows that belongs to no record and is cut off. 0, or
+// ERR_OFFLINE_SAVE when the record is null or could not be added whole; the file then holds the records it
+// held. Only LOG is trimmed: when the record would be the logSize-th line or a later one, the oldest
+// logSize / 3 lines go first. A record of OFFLINE is on the disk when the call returns.
 int AppendLogRecord(const char *record);
 int AppendOfflineRecord(const char *record);
 int AppendOfflineTmpRecord(const char *record);
+// The same with every byte of a loaded record of OFFLINE, zero bytes too.
+int AppendOfflineTmpEntry(const RecordEntry *entry);
 
 // Replaces OFFLINE by OFFLINE_TMP, when there is one. 0 or the system's error number.
 int CommitOfflineTmp();
-bool OfflineTmpExists();
-void DropOfflineTmp();
 
-// How many records OFFLINE holds; 0 when there is none, -307 when it cannot be opened or read.
+// Deletes an OFFLINE_TMP whose records are all in OFFLINE still: a replay that was interrupted left it, and
+// the next one would keep them twice. Given the list of OFFLINE.
+void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed);
+
+// What OFFLINE_TMP was before a replay, and the way back to it.
+struct OfflineTmpMark {
+  bool exists;
+  uint32_t length;
+};
+OfflineTmpMark MarkOfflineTmp();
+void TakeBackOfflineTmp(OfflineTmpMark mark);
+
+// How many records OFFLINE holds; 0 when there is none, ERR_JSON_FILE_OPEN when it cannot be opened or read.
 int32_t CountOfflineRecords();
-// Deletes OFFLINE when it holds exactly so many records; -202 otherwise.
+// Deletes OFFLINE when it holds exactly so many records; ERR_LOG_DELETE otherwise.
 int ClearOffline(int32_t expected);
 
 // The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with
-// Next..., free the first entry with FreeRecordList. A trim makes the offsets stale.
+// Next..., free the first entry with FreeRecordList. A text that could not be read whole is null. A trim
+// makes the offsets stale. *out_whole: nothing of the journal is missing from the list.
 RecordEntry *GetLogRecords();
-RecordEntry *GetOfflineRecords();
+RecordEntry *GetOfflineRecords(bool *out_whole);
 RecordEntry *NextLogRecord(RecordEntry *entry);
 RecordEntry *NextOfflineRecord(RecordEntry *entry);
 void FreeRecordList(RecordEntry *first);
 
+// The lines of any file, in silence unless it cannot be opened or read. Free with FreeRecordList.
+RecordEntry *ListRecords(const char *file_name, bool *out_whole);
+
 int32_t CountLines(const char *file_name);
-int TrimOldestLines(int32_t count, const char *file_name);  // 0 or -202
+int TrimOldestLines(int32_t count, const char *file_name);  // 0 or ERR_LOG_DELETE
 
 }  // namespace lumo

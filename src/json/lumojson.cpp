@@ -21,6 +21,7 @@ struct JsonBlock {
 
 struct JsonReader {
   bool hasRoot;
+  bool readFailed;
   JsonNode root;
   JsonBlock *blocks;  // every block, the newest first
   char *low;          // what is free of the block in use
@@ -36,6 +37,7 @@ constexpr int kSyntaxError = -303;
 constexpr int kNoReader = -304;
 constexpr int kAppendNoMemory = -306;
 constexpr int kFileNotOpened = -307;
+constexpr int kFileNotRead = -307;
 
 constexpr uint32_t kFileChunk = 1024;
 constexpr size_t kSmallestBlock = 1024;
@@ -209,32 +211,50 @@ int EndParse(Parse *parse, int result) {
   return result;
 }
 
-void SkipByteOrderMark(HANDLE file) {
-  signed char mark[3] = {};
-  if (FileRead(mark, 1, sizeof mark, file) == 0) return;
-  if (std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) == 0) {
-    Trace("Byte Order Mark skipping\n");
-    return;
-  }
-  // Deliberate: the bytes are signed, so one of 80 or more prints with FFFFFF before its two digits.
-  Trace("No BOM found %02X %02X %02X\n", static_cast<unsigned>(mark[0]), static_cast<unsigned>(mark[1]),
-        static_cast<unsigned>(mark[2]));
-  FileSeek(file, 0, FILE_BEGIN);
+// 0 or -303.
+int FeedChunk(Parse *parse, const char *chunk, uint32_t length) {
+  uint32_t processed = 0;
+  const int error = JsonParserFeed(&parse->parser, chunk, length, &processed);
+  if (error == 0) return 0;
+  TraceError("JSON Parser Error res [%d] last character [%d]\n%1000s\n", error, static_cast<int>(processed),
+             chunk);
+  return kSyntaxError;
 }
 
+// Reads past a byte order mark, or goes back to the start. 0, -303 or -307.
+int SkipByteOrderMark(Parse *parse, HANDLE file) {
+  char mark[4] = {};
+  uint32_t length = 0;
+  uint32_t piece = 1;
+  while (length < 3 && piece != 0) {
+    if (!FileReadPiece(file, mark + length, 3 - length, &piece)) return kFileNotRead;
+    length += piece;
+  }
+  if (length == 0) return 0;
+  if (std::memcmp(mark, "\xEF\xBB\xBF", 3) == 0) {
+    Trace("Byte Order Mark skipping\n");
+    return 0;
+  }
+  // Note: the bytes are signed, so one of 80 or more prints with FFFFFF before its two digits.
+  const auto *bytes = reinterpret_cast<const signed char *>(mark);
+  Trace("No BOM found %02X %02X %02X\n", static_cast<unsigned>(bytes[0]), static_cast<unsigned>(bytes[1]),
+        static_cast<unsigned>(bytes[2]));
+  bool moved = false;
+  FileSeek(file, 0, FILE_BEGIN, &moved);
+  // A file that cannot go back goes on behind the bytes that are read already.
+  return moved ? 0 : FeedChunk(parse, mark, length);
+}
+
+// 0, -303 or -307.
 int FeedFile(Parse *parse, HANDLE file) {
   char chunk[kFileChunk + 1];
   for (;;) {
-    const uint32_t length = FileRead(chunk, 1, kFileChunk, file);
+    uint32_t length = 0;
+    if (!FileReadPiece(file, chunk, kFileChunk, &length)) return kFileNotRead;
     if (length == 0) return 0;
     chunk[length] = 0;
-    uint32_t processed = 0;
-    const int error = JsonParserFeed(&parse->parser, chunk, length, &processed);
-    if (error != 0) {
-      TraceError("JSON Parser Error res [%d] last character [%d]\n%1000s\n", error,
-                 static_cast<int>(processed), chunk);
-      return kSyntaxError;
-    }
+    const int error = FeedChunk(parse, chunk, length);
+    if (error != 0) return error;
   }
 }
 
@@ -258,6 +278,10 @@ const JsonNode *JsonReaderRoot(const JsonReader *reader) {
   return reader != nullptr && reader->hasRoot ? &reader->root : nullptr;
 }
 
+bool JsonReaderReadFailed(const JsonReader *reader) {
+  return reader != nullptr && reader->readFailed;
+}
+
 int parseJsonFile(JsonReader *reader, const char *file_name) {
   Trace("parseJsonFile [%s]\n", file_name);
   if (reader == nullptr) return kNoReader;
@@ -266,9 +290,10 @@ int parseJsonFile(JsonReader *reader, const char *file_name) {
   if (error != 0) return error;
   HANDLE file = FileOpen(file_name, "r");
   if (!FileIsValid(file)) return EndParse(&parse, kFileNotOpened);
-  SkipByteOrderMark(file);
-  const int result = FeedFile(&parse, file);
+  int result = SkipByteOrderMark(&parse, file);
+  if (result == 0) result = FeedFile(&parse, file);
   FileClose(file);
+  reader->readFailed = result == kFileNotRead;
   return EndParse(&parse, result);
 }
 

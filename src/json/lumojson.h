@@ -32,6 +32,8 @@ struct JsonReader;
 JsonReader *JsonReaderCreate();
 void JsonReaderDestroy(JsonReader *reader);                // frees every node and text of its tree
 const JsonNode *JsonReaderRoot(const JsonReader *reader);  // null until a parse brought an object or array
+// True when the last parseJsonFile stopped because a read failed, not because the file ended.
+bool JsonReaderReadFailed(const JsonReader *reader);
 int parseJsonFile(JsonReader *reader, const char *file_name);  // 0, -301, -302, -303, -304 or -307
 int parseJsonText(JsonReader *reader, const char *text);       // 0, -301, -302, -303 or -304
 

@@ -20,6 +20,9 @@ namespace {
 // An answer ends at the first piece shorter than this; the server announces no length.
 constexpr int kPieceBytes = 500;
 
+// More than this is no answer, whoever sends it.
+constexpr int32_t kLargestAnswer = 4 * 1024 * 1024;
+
 // The server that was reached. Its texts are owned.
 struct Server {
   char *host;
@@ -109,9 +112,14 @@ int SendRequest(const Transaction *transaction, const Server &server) {
 int ReceiveAnswer(String *answer) {
   char piece[kPieceBytes + 1];
   int received = 0;
+  int32_t total = 0;
   do {
     std::memset(piece, 0, sizeof piece);
     received = SocketReceive(piece, kPieceBytes);
+    total += received > 0 ? received : 0;
+    if (total > kLargestAnswer) {
+      return -1;
+    }
     if (received > 0) {
       Trace("%s\n", piece);
       // Deliberate: as a text, so that what follows a zero byte in a piece is lost.

@@ -1,6 +1,7 @@
 #include "protocol/journal_record.h"
 
 #include "foundation/format.h"
+#include "foundation/lumostring.h"
 #include "foundation/trace.h"
 #include "json/lumojson.h"
 #include "lumo.h"
@@ -11,7 +12,7 @@ namespace lumo {
 
 int PrintTransactionRecord(const Transaction *transaction, String *output) {
   JsonPrinter printer;
-  const int result = JsonPrinterInit(&printer, AppendToString, output);
+  const int result = JsonPrinterInit(&printer, StringSink, output);
   if (result != 0) {
     TraceError("Create operation request JSON printer init failed [%d]", result);
     return ERR_JSON_PRINTER_INIT;

@@ -149,14 +149,10 @@ void WritePart(JsonPrinter *printer, const Transaction *transaction, const PartW
 
 }  // namespace
 
-void AppendToString(void *string, const char *text, uint32_t length) {
-  StringAppendN(static_cast<String *>(string), text, length);
-}
-
 int CreateOperationRequest(const Transaction *transaction, String *output) {
   Trace("CreateOperationRequest\n");
   JsonPrinter printer;
-  const int result = JsonPrinterInit(&printer, output != nullptr ? AppendToString : nullptr, output);
+  const int result = JsonPrinterInit(&printer, output != nullptr ? StringSink : nullptr, output);
   if (result != 0) {
     TraceError("Create operation request JSON printer init failed [%d]", result);
     return ERR_JSON_PRINTER_INIT;

@@ -44,7 +44,4 @@ int WriteCashBackGoodPart(JsonPrinter *printer, const CashBackGood *good);
 int WriteLinkedCardPart(JsonPrinter *printer, const Transaction *transaction);
 int WriteCardExchangePart(JsonPrinter *printer, const Transaction *transaction);
 
-// A JsonSink that appends to the String given as user.
-void AppendToString(void *string, const char *text, uint32_t length);
-
 }  // namespace lumo

@@ -8,7 +8,6 @@
 #include <string>
 
 #include "support/allocations.h"
-#include "support/file_traffic.h"
 #include "support/folder.h"
 
 namespace {
@@ -397,13 +396,6 @@ TEST_F(Config, OfATextGivenManyTimesOnlyTheLastIsKept) {
   EXPECT_GT(of_one, 0);
   EXPECT_LT(mallocs_of_load(2, 1000), of_one + 100) << "of 999 texts";
   EXPECT_LT(mallocs_of_load(1000, 1000), of_one) << "an equal text is not kept twice";
-}
-
-TEST_F(Config, IsSavedInOneWrite) {
-  ASSERT_EQ(Load("{\"terminalId\":\"1\",\"receiptHeader\":\"Head\",\"timeout\":5}"), 0);
-  test::ResetFileTraffic();
-  ASSERT_EQ(lumo::SaveConfig(), 0);
-  EXPECT_EQ(test::CountFileTraffic().writes, 1);
 }
 
 }  // namespace

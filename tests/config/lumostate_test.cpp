@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <string>
 
-#include "support/file_traffic.h"
 #include "support/folder.h"
 #include "support/test_clock.h"
 
@@ -241,13 +240,6 @@ TEST_F(State, SavesTheNumbersAloneWhenNothingIsSet) {
   ASSERT_EQ(Load("{}"), 0);
   EXPECT_EQ(lumo::SaveState(), 0);
   EXPECT_EQ(folder_.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":0}");
-}
-
-TEST_F(State, IsSavedInOneWrite) {
-  ASSERT_EQ(Load("{\"reqId\":\"7\",\"shiftId\":\"42\",\"shiftOpenDate\":\"o\"}"), 0);
-  test::ResetFileTraffic();
-  ASSERT_EQ(lumo::SaveState(), 0);
-  EXPECT_EQ(test::CountFileTraffic().writes, 1);
 }
 
 TEST_F(State, CannotBeSaved) {

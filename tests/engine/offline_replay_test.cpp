@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/waiting_records.h"
 #include "record/transaction.h"
-#include "support/file_traffic.h"
 #include "support/shop.h"
 #include "support/test_clock.h"
 
@@ -23,32 +23,16 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-// The parts of the payment of this number, as the terminal wrote them another day.
+// A payment of this number, as the terminal wrote it another day.
 std::string Parts(int number) {
-  return R"("request":{"ver":"0.9","type":"PAYMENT","requestId":"TERM01212040000)" + std::to_string(number) +
-         R"(","terminalId":"TERM0009","requestDate":"2012-12-04T18:00:0)" + std::to_string(number) +
-         R"(Z","employeeId":"cashier1","cardNum":"96430000000000)" + std::to_string(number) +
-         R"(","isOffline":true,"shiftId":"11"},"bill":{"totalSum":10000,"spendBonus":false,"orderLen":1,"billNum":"7",)"
-         R"("billDate":"2012-12-04T17:59:00Z","partnerFee":1000,"goodList":{"good":[{"title":"ЧАЙ","productCode":"008",)"
-         R"("positionCost":10000,"orderNum":1,"cnt":1,"bonus":[{"earned":300,"spend":0,"organizerFee":300,)"
-         R"("accountType":"LOCAL"}]}]}})";
+  return test::WaitingParts(number);
 }
 
 std::string Record(int number) {
-  return "{" + Parts(number) + "}\n";
+  return test::WaitingRecord(number);
 }
 
-class OfflineReplay : public test::Shop {
- protected:
-  static std::string Taken() { return Reply("putPaymentResponse", R"("bill":{"totalSum":10000})"); }
-  static std::string Refused() { return Reply("putPaymentResponse", "", kRefusal); }
-  void Open(const std::string &offline, const std::string &members = "") {
-    OpenShop(members);
-    if (!offline.empty()) {
-      folder.Write("OFFLINE", offline);
-    }
-  }
-};
+using OfflineReplay = test::ReplayShop;
 
 TEST_F(OfflineReplay, WithoutAJournalSendsNothingAndChangesNothing) {
   Open("");
@@ -120,6 +104,69 @@ TEST_F(OfflineReplay, KeepsTheBytesOfARecordThatCannotBeRead) {
   EXPECT_EQ(folder.Read("OFFLINE"), "{\"request\": damaged\n");
 }
 
+struct UnsendableCase {
+  const char *name;
+  const char *record;
+};
+
+constexpr UnsendableCase kUnsendable[] = {
+    {"a blank line", ""},
+    {"a record cut short", R"({"request":{"ver":"1.0","type":"PAYMENT")"},
+    {"a record cut before its last bracket", R"({"request":{"type":"PAYMENT"},"bill":{"totalSum":1})"},
+    {"no request", R"({"bill":{"totalSum":10000}})"},
+    {"no type", R"({"request":{"ver":"1.0","requestId":"TERM012120400001"}})"},
+    {"a type that is no text", R"({"request":{"type":1}})"},
+    {"an unknown type", R"({"request":{"type":"PAYMEMT"}})"},
+    {"an unknown type behind a known one", R"({"request":{"type":"PAYMENT","type":"payment"}})"},
+    {"an empty type", R"({"request":{"type":""}})"},
+    {"no object", R"(["request"])"},
+    {"a value alone", "1"},
+};
+
+TEST_F(OfflineReplay, KeepsWhatNamesNoOperationAndSendsTheRest) {
+  for (const UnsendableCase &row : kUnsendable) {
+    folder.ClearTrace();
+    StartServer({Taken()});
+    Open(std::string(row.record) + "\n" + Record(1));
+    EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1) << row.name;
+    EXPECT_EQ(RequestDocument(0), R"({"putPaymentRequest":{)" + Parts(1) + "}}") << row.name;
+    EXPECT_EQ(folder.Read("OFFLINE"), std::string(row.record) + "\n") << row.name;
+    EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: LoadLogRecord returned -402")) << row.name;
+  }
+}
+
+TEST_F(OfflineReplay, AKnownTypeBehindAnUnknownOneCounts) {
+  StartServer({Reply("getBalanceResponse", R"("balance":{"account":[]})")});
+  Open(R"({"request":{"type":"PAYMEMT","type":"BALANCE"}})"
+       "\n");
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+}
+
+TEST_F(OfflineReplay, KeepsEveryByteOfARecordWithAZeroByte) {
+  const std::string record = std::string(R"({"request":{"type":"PAY)") + '\0' +
+                             R"(MENT"}})"
+                             "\n";
+  Open(record);
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
+  EXPECT_EQ(folder.Read("OFFLINE"), record);
+}
+
+TEST_F(OfflineReplay, AReplayThatWasInterruptedKeepsNoRecordTwice) {
+  StartServer({Taken(), Refused(), Refused()});
+  Open(Record(1) + Record(2) + Record(3));
+  folder.Write("OFFLINE_TMP", Record(2));
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(2) + Record(3));
+}
+
+TEST_F(OfflineReplay, RecordsThatAreSetAsideAndNowhereElseAreKept) {
+  StartServer({Taken(), Refused()});
+  Open(Record(1) + Record(2));
+  folder.Write("OFFLINE_TMP", Record(2) + Record(1));
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(2) + Record(1) + Record(2));
+}
+
 TEST_F(OfflineReplay, BytesBehindTheLastLineFeedAreNoRecord) {
   StartServer({Refused()});
   Open(Record(1) + "{" + Parts(2) + "}");
@@ -180,29 +227,6 @@ TEST_F(OfflineReplay, KeepsTheWholeJournalWhenAFailedRecordCannotBeSetAside) {
   EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
   EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
   EXPECT_THAT(folder.Trace(), Not(HasSubstr("Records flush failed")));
-}
-
-TEST_F(OfflineReplay, AFullDiskLeavesNoHalfRecordForTheNextReplay) {
-  StartServer({Refused(), Refused(), Taken(), Taken()});
-  Open(Record(1) + Record(2));
-  test::LeaveDiskRoom(0);
-  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
-  test::LeaveDiskRoom(UINT64_MAX);
-  EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
-  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
-  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 2);
-  EXPECT_EQ(folder.Read("OFFLINE"), Record(1) + Record(2));
-}
-
-TEST_F(OfflineReplay, AFullDiskKeepsTheRecordsOfAReplayThatNeverEnded) {
-  StartServer({Refused()});
-  Open(Record(1));
-  folder.Write("OFFLINE_TMP", Record(3));
-  test::LeaveDiskRoom(0);
-  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
-  test::LeaveDiskRoom(UINT64_MAX);
-  EXPECT_EQ(folder.Read("OFFLINE"), Record(1));
-  EXPECT_EQ(folder.Read("OFFLINE_TMP"), Record(3));
 }
 
 TEST_F(OfflineReplay, TracesARecordsStepsInOrder) {

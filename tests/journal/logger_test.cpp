@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "foundation/files.h"
-#include "support/file_traffic.h"
 #include "support/folder.h"
 #include "support/pattern.h"
 
@@ -37,7 +36,14 @@ using Trim = Journal;
 using Count = Journal;
 using List = Journal;
 using Commit = Journal;
-using Cost = Journal;
+
+// The list of an OFFLINE that is read whole.
+lumo::RecordEntry *OfflineRecords() {
+  bool whole = false;
+  lumo::RecordEntry *records = lumo::GetOfflineRecords(&whole);
+  EXPECT_TRUE(whole);
+  return records;
+}
 
 // Appending
 
@@ -74,8 +80,12 @@ const AppendCase kAppendCases[] = {
     {"a negative size never shrinks", -300, Lines(1, 4), Lines(1, 4) + "new\n"},
     {"the least size never shrinks", INT32_MIN, Lines(1, 4), Lines(1, 4) + "new\n"},
     {"the greatest size keeps all", INT32_MAX, Lines(1, 4), Lines(1, 4) + "new\n"},
-    {"an open tail is not counted and joins the record", 6, Lines(1, 4) + "5", Lines(1, 4) + "5new\n"},
-    {"an open tail outlives the cut", 6, Lines(1, 5) + "6", Lines(3, 5) + "6new\n"},
+    {"an open tail is not counted and is cut off", 6, Lines(1, 4) + "5", Lines(1, 4) + "new\n"},
+    {"an open tail is cut off after the trim", 6, Lines(1, 5) + "6", Lines(3, 5) + "new\n"},
+    {"an open tail alone is cut off", 6, "{\"request\"", "new\n"},
+    {"an open tail of a chunk", 6, "1\n" + std::string(1024, 't'), "1\nnew\n"},
+    {"an open tail of many chunks", 6, "1\n" + std::string(5000, 't'), "1\nnew\n"},
+    {"an open tail of many chunks alone", 6, std::string(5000, 't'), "new\n"},
     {"blank lines count", 6, "\n\n\n4\n\n", "\n4\n\nnew\n"},
 };
 
@@ -157,51 +167,6 @@ TEST_F(Append, RefusesAFileThatCannotBeOpened) {
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: [OFFLINE] file is not opened\n"));
   EXPECT_EQ(lumo::AppendOfflineTmpRecord("x"), -201);
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: [OFFLINE_TMP] file is not opened\n"));
-}
-
-struct FullDiskCase {
-  const char *name;
-  uint64_t room;
-  int code;
-  const char *written;
-};
-
-const FullDiskCase kFullDiskCases[] = {
-    {"the record and its line feed fit", 7, 0, "record\n"},
-    {"the line feed does not fit", 6, -201, "record"},
-    {"the record is cut", 5, -201, "recor"},
-    {"nothing fits", 0, -201, ""},
-};
-
-TEST_F(Append, ReportsARecordThatIsNotWrittenWhole) {
-  lumo::SetLogSize(300);
-  for (const FullDiskCase &row : kFullDiskCases) {
-    for (const auto &[file_name, append] :
-         {std::pair("LOG", lumo::AppendLogRecord), std::pair("OFFLINE", lumo::AppendOfflineRecord),
-          std::pair("OFFLINE_TMP", lumo::AppendOfflineTmpRecord)}) {
-      folder.Write(file_name, "1\n");
-      test::LeaveDiskRoom(row.room);
-      EXPECT_EQ(append("record"), row.code) << row.name << ", " << file_name;
-      test::LeaveDiskRoom(UINT64_MAX);
-      EXPECT_EQ(folder.Read(file_name), std::string("1\n") + row.written) << row.name << ", " << file_name;
-      EXPECT_EQ(lumo::FileDelete(file_name), 0) << row.name << ", " << file_name << " was left open";
-    }
-  }
-}
-
-TEST_F(Append, KeepsAFullLogWholeOnAFullDisk) {
-  lumo::SetLogSize(6);
-  folder.Write("LOG", Lines(1, 5));
-  test::LeaveDiskRoom(0);
-  EXPECT_EQ(lumo::AppendLogRecord("6"), -201);
-  EXPECT_EQ(folder.Read("LOG"), Lines(1, 5));
-}
-
-TEST_F(Append, EndsTheLineOfARecordThatCameShort) {
-  test::CutNextWrite(3);
-  EXPECT_EQ(lumo::AppendOfflineRecord("first"), -201);
-  EXPECT_EQ(lumo::AppendOfflineRecord("second"), 0);
-  EXPECT_EQ(folder.Read("OFFLINE"), "fir\nsecond\n");
 }
 
 TEST_F(Append, LeavesTheLineOfItsSeekInTheTrace) {
@@ -340,57 +305,6 @@ TEST_F(Trim, OfWhatIsNoFileLeavesItUnderTheCopysName) {
   EXPECT_EQ(folder.Read("J"), "");
 }
 
-TEST_F(Trim, WithoutANewFileLeavesAllUnderTheCopysName) {
-  folder.Write("J", Lines(1, 5));
-  test::RefuseOpen("J");
-  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), -202);
-  EXPECT_EQ(folder.Trace(), "ERROR: new file is NULL\n");
-  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
-  EXPECT_EQ(lumo::FileDelete("J.old"), 0) << "the copy was left open";
-}
-
-TEST_F(Trim, WithoutTheCopyClosesTheNewFile) {
-  folder.Write("J", Lines(1, 5));
-  test::RefuseOpen("J.old");
-  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), -202);
-  EXPECT_EQ(folder.Trace(), "ERROR: old file is NULL\n");
-  EXPECT_EQ(lumo::FileDelete("J"), 0) << "the new file was left open";
-  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
-}
-
-TEST_F(Trim, SucceedsThoughTheCopyCannotBeDeleted) {
-  folder.Write("J", Lines(1, 5));
-  test::RefuseDelete("J.old");
-  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), 0);
-  EXPECT_EQ(folder.Trace(), "ERROR: file [J.old] is not removed!\n");
-  EXPECT_EQ(folder.Read("J"), Lines(2, 5));
-  EXPECT_EQ(folder.Read("J.old"), Lines(1, 5));
-}
-
-TEST_F(Trim, PutsTheFileBackWhenTheRestCannotBeWritten) {
-  folder.Write("J", Lines(1, 5));
-  for (const uint64_t room : {0U, 5U}) {
-    test::LeaveDiskRoom(room);
-    EXPECT_EQ(lumo::TrimOldestLines(2, "J"), -202) << room;
-    EXPECT_EQ(folder.Read("J"), Lines(1, 5)) << room;
-    EXPECT_FALSE(folder.Exists("J.old")) << room;
-  }
-  test::LeaveDiskRoom(6);
-  EXPECT_EQ(lumo::TrimOldestLines(2, "J"), 0);
-  EXPECT_EQ(folder.Read("J"), Lines(3, 5));
-}
-
-TEST_F(Trim, ThatFailsLetsTheNextAppendStartANewLog) {
-  lumo::SetLogSize(6);
-  folder.Write("LOG", Lines(1, 5));
-  test::RefuseOpen("LOG");
-  EXPECT_EQ(lumo::TrimOldestLines(2, "LOG"), -202);
-  test::RefuseOpen("");
-  EXPECT_EQ(lumo::AppendLogRecord("6"), 0);
-  EXPECT_EQ(folder.Read("LOG"), "6\n");
-  EXPECT_EQ(folder.Read("LOG.old"), Lines(1, 5));
-}
-
 TEST_F(Trim, KeepsATooLongNameWholeAndFails) {
   const std::string name(257, 'n');
   EXPECT_EQ(lumo::TrimOldestLines(1, name.c_str()), -202);
@@ -473,7 +387,7 @@ TEST_F(List, HoldsOneEntryALine) {
     folder.Write("LOG", row.bytes);
     EXPECT_EQ(Walk(lumo::GetLogRecords(), lumo::NextLogRecord), row.entries) << row.name;
     folder.Write("OFFLINE", row.bytes);
-    EXPECT_EQ(Walk(lumo::GetOfflineRecords(), lumo::NextOfflineRecord), row.entries) << row.name;
+    EXPECT_EQ(Walk(OfflineRecords(), lumo::NextOfflineRecord), row.entries) << row.name;
   }
 }
 
@@ -487,7 +401,7 @@ TEST_F(List, OfAMissingFileIsNull) {
   EXPECT_EQ(lumo::GetLogRecords(), nullptr);
   EXPECT_EQ(folder.Trace(), "GetLogRecords()\nERROR: CreateFile function failed with error 2\n");
   folder.ClearTrace();
-  EXPECT_EQ(lumo::GetOfflineRecords(), nullptr);
+  EXPECT_EQ(OfflineRecords(), nullptr);
   EXPECT_EQ(folder.Trace(), "GetOfflineRecords()\nERROR: CreateFile function failed with error 2\n");
 }
 
@@ -507,7 +421,7 @@ TEST_F(List, LoadsTheFirstRecordOnly) {
 
 TEST_F(List, TracesEachRecordItLoads) {
   folder.Write("OFFLINE", "first\nsecond\n");
-  lumo::RecordEntry *first = lumo::GetOfflineRecords();
+  lumo::RecordEntry *first = OfflineRecords();
   folder.ClearTrace();
   lumo::RecordEntry *second = lumo::NextOfflineRecord(first);
   EXPECT_THAT(folder.Trace(), test::MatchesPattern("ERROR: SetFilePointer function failed with error [0-9]+\n"
@@ -563,22 +477,34 @@ TEST_F(List, LoadsNoTextOnceTheFileIsGone) {
 
 TEST_F(List, NamesTheFileThatCannotBeOpened) {
   folder.Write("OFFLINE", "first\nsecond\n");
-  lumo::RecordEntry *first = lumo::GetOfflineRecords();
+  lumo::RecordEntry *first = OfflineRecords();
   folder.Remove("OFFLINE");
   lumo::NextOfflineRecord(first);
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: Can't open log file [OFFLINE]\n"));
   lumo::FreeRecordList(first);
 }
 
-TEST_F(List, EndsATextWhereTheFileWasCut) {
+TEST_F(List, HasNoTextOfARecordThatTheFileNoLongerHolds) {
   folder.Write("LOG", "first\nsecond\nthird\n");
   lumo::RecordEntry *first = lumo::GetLogRecords();
   folder.Write("LOG", "first\nsec");
+  folder.ClearTrace();
   lumo::RecordEntry *second = lumo::NextLogRecord(first);
-  EXPECT_STREQ(second->text, "sec");
-  lumo::RecordEntry *third = lumo::NextLogRecord(second);
-  EXPECT_STREQ(third->text, "");
+  EXPECT_EQ(second->text, nullptr);
+  EXPECT_THAT(folder.Trace(), testing::Not(testing::HasSubstr("Record data")));
+  EXPECT_EQ(lumo::NextLogRecord(second)->text, nullptr);
   lumo::FreeRecordList(first);
+}
+
+TEST_F(List, OfAMissingJournalIsWhole) {
+  EXPECT_EQ(OfflineRecords(), nullptr);
+}
+
+TEST_F(List, OfAJournalThatCannotBeOpenedIsNot) {
+  MakeFolder("OFFLINE");
+  bool whole = true;
+  EXPECT_EQ(lumo::GetOfflineRecords(&whole), nullptr);
+  EXPECT_FALSE(whole);
 }
 
 TEST_F(List, MayBeFreedAnywhereAndWhenThereIsNone) {
@@ -624,15 +550,6 @@ TEST_F(Commit, GivesTheErrorNumberWhenTheOldJournalCannotBeDeleted) {
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), "unsent\n");
 }
 
-TEST_F(Commit, KeepsBothWhenTheOldJournalCannotBeDeleted) {
-  folder.Write("OFFLINE", "old\n");
-  folder.Write("OFFLINE_TMP", "new\n");
-  test::RefuseDelete("OFFLINE");
-  EXPECT_EQ(lumo::CommitOfflineTmp(), 5);
-  EXPECT_EQ(folder.Read("OFFLINE"), "old\n");
-  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "new\n");
-}
-
 TEST_F(Commit, GivesTheErrorNumberWhenTheRebuiltJournalCannotBeMoved) {
   folder.Write("OFFLINE", "old\n");
   folder.Write("OFFLINE_TMP", "new\n");
@@ -640,84 +557,6 @@ TEST_F(Commit, GivesTheErrorNumberWhenTheRebuiltJournalCannotBeMoved) {
   EXPECT_EQ(lumo::CommitOfflineTmp(), 32);
   lumo::FileClose(open);
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), "new\n");
-}
-
-// Cost: bytes through the files, at a thousand and at ten thousand records.
-
-std::string Records(int count) {
-  std::string records;
-  for (int i = 0; i < count; ++i) {
-    records += std::string(99, 'r') + "\n";
-  }
-  return records;
-}
-
-TEST_F(Cost, OfAnAppendToTheLogIsOneReadingOfIt) {
-  lumo::SetLogSize(INT32_MAX);
-  for (const int count : {1000, 10000}) {
-    folder.Write("LOG", Records(count));
-    test::ResetFileTraffic();
-    EXPECT_EQ(lumo::AppendLogRecord("new"), 0);
-    const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, static_cast<uint64_t>(count) * 100);
-    EXPECT_EQ(traffic.bytes_written, 4U);
-    EXPECT_LE(traffic.largest_read, 4096U);
-    EXPECT_LE(traffic.reads, count * 100 / 1000);
-  }
-}
-
-TEST_F(Cost, OfAnAppendToTheOfflineJournalIsTheRecord) {
-  folder.Write("OFFLINE", Records(10000));
-  test::ResetFileTraffic();
-  EXPECT_EQ(lumo::AppendOfflineRecord("new"), 0);
-  EXPECT_EQ(test::CountFileTraffic().bytes_read, 0U);
-  EXPECT_EQ(test::CountFileTraffic().bytes_written, 4U);
-}
-
-TEST_F(Cost, OfATrimIsTwoReadingsAndOneWritingOfWhatStays) {
-  for (const int count : {999, 9999}) {
-    lumo::SetLogSize(count + 1);
-    const int kept = count - (count + 1) / 3;
-    folder.Write("LOG", Records(count));
-    test::ResetFileTraffic();
-    EXPECT_EQ(lumo::AppendLogRecord("new"), 0);
-    const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, static_cast<uint64_t>(count) * 100 * 2);
-    EXPECT_EQ(traffic.bytes_written, static_cast<uint64_t>(kept) * 100 + 4);
-    EXPECT_LE(traffic.largest_read, 4096U);
-  }
-}
-
-TEST_F(Cost, OfAWalkIsTwoReadingsOfTheFile) {
-  for (const int count : {1000, 10000}) {
-    folder.Write("LOG", Records(count));
-    test::ResetFileTraffic();
-    int walked = 0;
-    lumo::RecordEntry *first = lumo::GetLogRecords();
-    for (lumo::RecordEntry *entry = first; entry != nullptr; entry = lumo::NextLogRecord(entry)) {
-      ++walked;
-    }
-    lumo::FreeRecordList(first);
-    EXPECT_EQ(walked, count);
-    const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, static_cast<uint64_t>(count) * (100 + 99));
-    EXPECT_LE(traffic.largest_read, 4096U);
-  }
-}
-
-TEST_F(Cost, AListOf100000RecordsIsListedInOneReading) {
-  folder.Write("LOG", Records(100000));
-  test::ResetFileTraffic();
-  lumo::RecordEntry *first = lumo::GetLogRecords();
-  uint32_t entries = 0;
-  for (lumo::RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
-    ASSERT_EQ(entry->offset, entries * 100);
-    ASSERT_EQ(entry->length, 99U);
-    ++entries;
-  }
-  lumo::FreeRecordList(first);
-  EXPECT_EQ(entries, 100000U);
-  EXPECT_EQ(test::CountFileTraffic().bytes_read, 100000U * 100 + 99);
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ class RequestWriter : public ProtocolTest {
   std::string Printed(Write write) {
     lumo::String *output = lumo::StringCreate();
     lumo::JsonPrinter printer;
-    EXPECT_EQ(lumo::JsonPrinterInit(&printer, lumo::AppendToString, output), 0);
+    EXPECT_EQ(lumo::JsonPrinterInit(&printer, lumo::StringSink, output), 0);
     EXPECT_EQ(write(&printer), 0);
     lumo::JsonPrinterFree(&printer);
     std::string text(lumo::StringGetText(output), lumo::StringGetLength(output));

@@ -1,14 +1,23 @@
+#ifndef _WIN32
 #include "support/file_traffic.h"
 
 #include <algorithm>
 
-#include "foundation/files.h"
+#include "platform/platform.h"
 
 namespace {
+
+constexpr lumo::DWORD kAccessDenied = 5;
+constexpr lumo::DWORD kReadFault = 30;
+constexpr lumo::DWORD kDiskFull = 112;
+constexpr int kNever = -1;
 
 test::FileTraffic traffic;
 uint64_t disk_room = UINT64_MAX;
 uint64_t next_write = UINT64_MAX;  // the most it takes
+int read_fails_after = kNever;
+int read_is_short_after = kNever;
+int seek_fails_after = kNever;
 
 // The names that are refused, none at first.
 std::string &RefusedOpen() {
@@ -21,56 +30,101 @@ std::string &RefusedDelete() {
   return name;
 }
 
-bool Refuses(const std::string &refused, const char *name) {
-  return name != nullptr && !refused.empty() && refused == name;
+bool Refuses(const std::string &refused, const lumo::WCHAR *path) {
+  if (refused.empty() || path == nullptr) return false;
+  const std::u16string whole(path);
+  const std::u16string name = whole.substr(whole.rfind(u'/') + 1);
+  return name == std::u16string(refused.begin(), refused.end());
+}
+
+// Counts down; true once, when it is the turn of the call that is to fail.
+bool IsTurn(int *after) {
+  return *after != kNever && (*after)-- == 0;
 }
 
 }  // namespace
 
-// The names behind __wrap_ and __real_ are those of the functions in namespace lumo as the linker knows them.
 extern "C" {
 
-lumo::HANDLE __real__ZN4lumo8FileOpenEPKcS1_(const char *name, const char *mode);
-int __real__ZN4lumo10FileDeleteEPKc(const char *name);
-uint32_t __real__ZN4lumo8FileReadEPvjjS0_(void *buffer, uint32_t size, uint32_t count, lumo::HANDLE file);
-uint32_t __real__ZN4lumo9FileWriteEPKvjjPv(const void *buffer, uint32_t size, uint32_t count,
-                                           lumo::HANDLE file);
+lumo::HANDLE __real_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access, lumo::DWORD share_mode,
+                                     void *security, lumo::DWORD creation, lumo::DWORD attributes,
+                                     lumo::HANDLE model);
+lumo::BOOL __real_lumo_DeleteFileW(const lumo::WCHAR *name);
+lumo::BOOL __real_lumo_ReadFile(lumo::HANDLE file, void *buffer, lumo::DWORD count, lumo::DWORD *out_read,
+                                void *overlapped);
+lumo::BOOL __real_lumo_WriteFile(lumo::HANDLE file, const void *buffer, lumo::DWORD count,
+                                 lumo::DWORD *out_written, void *overlapped);
+lumo::DWORD __real_lumo_SetFilePointer(lumo::HANDLE file, lumo::LONG offset, lumo::LONG *offset_high,
+                                       lumo::DWORD origin);
 
-lumo::HANDLE __wrap__ZN4lumo8FileOpenEPKcS1_(const char *name, const char *mode);
-int __wrap__ZN4lumo10FileDeleteEPKc(const char *name);
-uint32_t __wrap__ZN4lumo8FileReadEPvjjS0_(void *buffer, uint32_t size, uint32_t count, lumo::HANDLE file);
-uint32_t __wrap__ZN4lumo9FileWriteEPKvjjPv(const void *buffer, uint32_t size, uint32_t count,
-                                           lumo::HANDLE file);
+lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access, lumo::DWORD share_mode,
+                                     void *security, lumo::DWORD creation, lumo::DWORD attributes,
+                                     lumo::HANDLE model);
+lumo::BOOL __wrap_lumo_DeleteFileW(const lumo::WCHAR *name);
+lumo::BOOL __wrap_lumo_ReadFile(lumo::HANDLE file, void *buffer, lumo::DWORD count, lumo::DWORD *out_read,
+                                void *overlapped);
+lumo::BOOL __wrap_lumo_WriteFile(lumo::HANDLE file, const void *buffer, lumo::DWORD count,
+                                 lumo::DWORD *out_written, void *overlapped);
+lumo::DWORD __wrap_lumo_SetFilePointer(lumo::HANDLE file, lumo::LONG offset, lumo::LONG *offset_high,
+                                       lumo::DWORD origin);
 
-lumo::HANDLE __wrap__ZN4lumo8FileOpenEPKcS1_(const char *name, const char *mode) {
+lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access, lumo::DWORD share_mode,
+                                     void *security, lumo::DWORD creation, lumo::DWORD attributes,
+                                     lumo::HANDLE model) {
+  ++traffic.opens;
   if (Refuses(RefusedOpen(), name)) {
+    lumo::lumo_SetLastError(kAccessDenied);
     return INVALID_HANDLE_VALUE;
   }
-  return __real__ZN4lumo8FileOpenEPKcS1_(name, mode);
+  return __real_lumo_CreateFileW(name, access, share_mode, security, creation, attributes, model);
 }
 
-int __wrap__ZN4lumo10FileDeleteEPKc(const char *name) {
-  return Refuses(RefusedDelete(), name) ? 5 : __real__ZN4lumo10FileDeleteEPKc(name);
+lumo::BOOL __wrap_lumo_DeleteFileW(const lumo::WCHAR *name) {
+  if (Refuses(RefusedDelete(), name)) {
+    lumo::lumo_SetLastError(kAccessDenied);
+    return 0;
+  }
+  return __real_lumo_DeleteFileW(name);
 }
 
-uint32_t __wrap__ZN4lumo8FileReadEPvjjS0_(void *buffer, uint32_t size, uint32_t count, lumo::HANDLE file) {
-  const uint32_t bytes = __real__ZN4lumo8FileReadEPvjjS0_(buffer, size, count, file);
+lumo::BOOL __wrap_lumo_ReadFile(lumo::HANDLE file, void *buffer, lumo::DWORD count, lumo::DWORD *out_read,
+                                void *overlapped) {
+  if (IsTurn(&read_fails_after)) {
+    lumo::lumo_SetLastError(kReadFault);
+    *out_read = 0;
+    return 0;
+  }
+  const lumo::DWORD asked = IsTurn(&read_is_short_after) ? std::min<lumo::DWORD>(count, 1) : count;
+  const lumo::BOOL succeeded = __real_lumo_ReadFile(file, buffer, asked, out_read, overlapped);
   ++traffic.reads;
-  traffic.bytes_read += bytes;
-  traffic.largest_read = std::max(traffic.largest_read, size * count);
-  return bytes;
+  traffic.bytes_read += *out_read;
+  traffic.largest_read = std::max(traffic.largest_read, count);
+  return succeeded;
 }
 
-uint32_t __wrap__ZN4lumo9FileWriteEPKvjjPv(const void *buffer, uint32_t size, uint32_t count,
-                                           lumo::HANDLE file) {
-  const auto fitting =
-      static_cast<uint32_t>(std::min<uint64_t>({disk_room, next_write, uint64_t{size} * count}));
+lumo::BOOL __wrap_lumo_WriteFile(lumo::HANDLE file, const void *buffer, lumo::DWORD count,
+                                 lumo::DWORD *out_written, void *overlapped) {
+  const auto fitting = static_cast<lumo::DWORD>(std::min<uint64_t>({disk_room, next_write, count}));
   next_write = UINT64_MAX;
-  const uint32_t bytes = __real__ZN4lumo9FileWriteEPKvjjPv(buffer, 1, fitting, file);
-  disk_room -= bytes;
   ++traffic.writes;
-  traffic.bytes_written += bytes;
-  return bytes;
+  if (fitting == 0 && count != 0) {
+    lumo::lumo_SetLastError(kDiskFull);
+    *out_written = 0;
+    return 0;
+  }
+  const lumo::BOOL succeeded = __real_lumo_WriteFile(file, buffer, fitting, out_written, overlapped);
+  if (disk_room != UINT64_MAX) disk_room -= *out_written;
+  traffic.bytes_written += *out_written;
+  return succeeded;
+}
+
+lumo::DWORD __wrap_lumo_SetFilePointer(lumo::HANDLE file, lumo::LONG offset, lumo::LONG *offset_high,
+                                       lumo::DWORD origin) {
+  if (IsTurn(&seek_fails_after)) {
+    lumo::lumo_SetLastError(kReadFault);
+    return lumo::INVALID_SET_FILE_POINTER;
+  }
+  return __real_lumo_SetFilePointer(file, offset, offset_high, origin);
 }
 
 }  // extern "C"
@@ -101,4 +155,27 @@ void CutNextWrite(uint64_t bytes) {
   next_write = bytes;
 }
 
+void FailReadAfter(int reads) {
+  read_fails_after = reads;
+}
+
+void FailSeekAfter(int seeks) {
+  seek_fails_after = seeks;
+}
+
+void ShortenReadAfter(int reads) {
+  read_is_short_after = reads;
+}
+
+void EndFileTrouble() {
+  RefuseOpen("");
+  RefuseDelete("");
+  LeaveDiskRoom(UINT64_MAX);
+  CutNextWrite(UINT64_MAX);
+  FailReadAfter(kNever);
+  FailSeekAfter(kNever);
+  ShortenReadAfter(kNever);
+}
+
 }  // namespace test
+#endif

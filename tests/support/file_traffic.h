@@ -1,5 +1,5 @@
-// support/file_traffic.h: what goes through FileRead and FileWrite, counted, opens and deletes refused and
-// writes cut on request. For programs of lumo_test(... WATCH FILE_TRAFFIC).
+// support/file_traffic.h: the system's file calls as the library makes them: reads and writes counted, and
+// each refused or cut on request. For programs of lumo_test(... WATCH FILE_TRAFFIC), on POSIX hosts.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 namespace test {
 
 struct FileTraffic {
+  int opens = 0;
   int reads = 0;
   int writes = 0;
   uint64_t bytes_read = 0;
@@ -18,14 +19,26 @@ struct FileTraffic {
 void ResetFileTraffic();
 FileTraffic CountFileTraffic();
 
-// From now on FileOpen of this name gives the invalid handle, and FileDelete of this name the error number 5.
+// From now on an open of this file of the folder, and a deletion of this one, fail with ERROR_ACCESS_DENIED;
+// no name refuses none.
 void RefuseOpen(const std::string &name);
 void RefuseDelete(const std::string &name);
 
-// From now on this many bytes can be written in all; the write that does not fit is cut there.
+// From now on this many bytes can be written in all; the write that does not fit is cut there, and one that
+// finds no room fails with ERROR_DISK_FULL.
 void LeaveDiskRoom(uint64_t bytes);
 
-// The next FileWrite takes no more than this many bytes.
+// The next write takes no more than this many bytes.
 void CutNextWrite(uint64_t bytes);
+
+// After so many more that go well, one read, or one change of the position, fails.
+void FailReadAfter(int reads);
+void FailSeekAfter(int seeks);
+
+// After so many more, one read takes a single byte.
+void ShortenReadAfter(int reads);
+
+// From now on nothing fails.
+void EndFileTrouble();
 
 }  // namespace test

@@ -1,10 +1,9 @@
 // The printer's small pieces reach the file in few writes.
-#include "foundation/file_sink.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "foundation/file_sink.h"
 #include "foundation/files.h"
 #include "support/file_traffic.h"
 #include "support/folder.h"

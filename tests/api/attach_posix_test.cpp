@@ -85,12 +85,19 @@ TEST_F(AttachInTrouble, WithoutASeparatorItReturnsZeroAndKeepsTheFolder) {
   EXPECT_EQ(Wide(lumo::ModuleDirectory()), before);
 }
 
-TEST_F(AttachInTrouble, ANameOfAllUnitsIsNotReadBeyondTheBuffer) {
-  EXPECT_EQ(Attach(u"/" + Wide(300, u'x')), 1);
-  EXPECT_EQ(Wide(lumo::ModuleDirectory()), u"/");
-  EXPECT_EQ(Attach(Wide(300, u'x')), 0);
-  EXPECT_EQ(Attach(Wide(300, u'/')), 1);
-  EXPECT_LE(Wide(lumo::ModuleDirectory()).size(), 259U);
+TEST_F(AttachInTrouble, APathOfAllTheUnitsThereAreIsTaken) {
+  EXPECT_EQ(Attach(u"/" + Wide(257, u'x') + u"/"), 1);
+  EXPECT_EQ(Wide(lumo::ModuleDirectory()).size(), 259U);
+}
+
+// Cut to the buffer it would name a folder above the file's own.
+TEST_F(AttachInTrouble, APathThatDoesNotFitIsRefused) {
+  const Wide before = lumo::ModuleDirectory();
+  for (const Wide &path : {u"/pos/" + Wide(255, u'x'), u"/pos/" + Wide(300, u'x'), Wide(260, u'/'),
+                           Wide(300, u'x'), Wide(258, u'/') + u"x/"}) {
+    EXPECT_EQ(Attach(path), 122) << path.size();
+    EXPECT_EQ(Wide(lumo::ModuleDirectory()), before);
+  }
 }
 
 }  // namespace

@@ -342,11 +342,11 @@ INSTANTIATE_TEST_SUITE_P(Every, BadReturnList, testing::ValuesIn(kReturnLists), 
 
 class Journal : public test::Register {};
 
-TEST_F(Journal, OpenTailIsCarriedOn) {
+TEST_F(Journal, OpenTailIsCutOff) {
   Open({Success("cardExchangeResponse")});
   shop.Write("LOG", "{\"request\":{}}\n{\"requ");
   EXPECT_EQ(shop.ExchangeProc("t"), 0);
-  EXPECT_EQ(shop.Read("LOG"), "{\"request\":{}}\n{\"requ" + Record("EXCHANGE", ""));
+  EXPECT_EQ(shop.Read("LOG"), "{\"request\":{}}\n" + Record("EXCHANGE", ""));
 }
 
 TEST_F(Journal, LosesItsOldestThirdWhenItIsFull) {

@@ -1,5 +1,8 @@
 // end_to_end/held_file_test.cpp: files that somebody else holds.
+#include <chrono>
 #include <filesystem>
+#include <memory>
+#include <thread>
 
 #include "end_to_end/register.h"
 
@@ -146,6 +149,29 @@ TEST_F(HeldFile, TraceStopsNothing) {
   const Held held(shop, "TRACE.TXT");
   EXPECT_STREQ(shop.GetErrorMessage(1), "Неизвестная ошибка 1");
   EXPECT_EQ(shop.Trace(), kTraced);
+}
+
+// A program that copies the folder lets go of each file again: nobody notices.
+TEST_F(HeldFile, ForAMomentIsWaitedFor) {
+  Open({Success("cardExchangeResponse"), Success("putDepositResponse", "", kSecondRrn)});
+  for (const char *name : {"STATE", "LOG", "OFFLINE"}) {
+    shop.Write("OFFLINE", Record("DEPOSIT", R"("deposit":{"amount":0})", kFirstRrn, true));
+    auto held = std::make_unique<Held>(shop, name);
+    std::thread other([&held] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(60));
+      held.reset();
+    });
+    if (std::string(name) == "OFFLINE") {
+      EXPECT_EQ(shop.SendOfflinePayments(), 1) << name;
+    } else if (std::string(name) == "LOG") {
+      EXPECT_EQ(shop.ExchangeProc("t"), 0) << name;
+    } else {
+      EXPECT_EQ(shop.getOfflineState(), 0) << name;
+      EXPECT_EQ(shop.Read("STATE"), State("1234512120500007"));
+    }
+    other.join();
+  }
+  EXPECT_THAT(shop.Trace(), testing::Not(HasSubstr(kRefused)));
 }
 
 }  // namespace

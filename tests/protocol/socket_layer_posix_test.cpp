@@ -262,6 +262,18 @@ TEST_F(SocketCalls, LongAnswerIsReadWhole) {
   EXPECT_EQ(record->bill.goods[kGoods - 1].title, "1999" + std::string(100, 't'));
 }
 
+TEST_F(SocketCalls, AnAnswerOf4MiBIsTakenAndOneByteMoreIsNot) {
+  constexpr size_t kLargest = 4 * 1024 * 1024;
+  const std::string document(kAnswer);
+  const test::ScriptedServer server({{{kAnswer}}, {{kAnswer}}});
+  incoming = document + std::string(kLargest - document.size(), ' ');
+  EXPECT_EQ(Exchange(server.address()), 0);
+  TakeTrace();
+  incoming = document + std::string(kLargest + 1 - document.size(), ' ');
+  EXPECT_EQ(Exchange(server.address()), -401);
+  EXPECT_THAT(TakeTrace(), EndsWith(" \nERROR: LUMO_Receive error: -1\nDisconnect\n"));
+}
+
 TEST_F(SocketCalls, FailedShutdownKeepsTheResult) {
   const test::ScriptedServer server(kAnswer);
   failing = "shutdown";

@@ -495,10 +495,6 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
 
       case kSlash:
         if (byte == '/' || byte == '*') {
-          if (!parser->config.allowBlockAndLineComments) {
-            error = kJsonCommentNotAllowed;
-            break;
-          }
           ++p;
           state = byte == '/' ? kLineComment : kBlockComment;
           continue;
@@ -533,6 +529,10 @@ int Parse(JsonParser *parser, const char **at, const char *const end) {
         continue;
       }
       if (byte == '/') {
+        if (!parser->config.allowBlockAndLineComments) {
+          error = kJsonCommentNotAllowed;
+          break;
+        }
         ++p;
         parser->afterComment = state;
         state = kSlash;

@@ -16,7 +16,7 @@ enum JsonError : int32_t {
   kJsonClosesOther = 4,         // a closing bracket of the wrong kind
   kJsonNestingLimit = 5,        // more than maxNesting structures open
   kJsonDataLimit = 6,           // a string or number of maxData bytes or more
-  kJsonCommentNotAllowed = 7,   // a comment whose flag is off
+  kJsonCommentNotAllowed = 7,   // the first byte of a comment whose flag is off
   kJsonUnexpectedByte = 8,      // a byte that cannot stand there
   kJsonHighSurrogateAlone = 9,  // a high surrogate escape without its low one
   kJsonLowSurrogateAlone = 10,  // a low surrogate escape without its high one

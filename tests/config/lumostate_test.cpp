@@ -100,6 +100,14 @@ TEST_F(State, ADamagedFileGivesWayToAnEmptyOne) {
   EXPECT_EQ(lumo::GetShiftState(), 0);
 }
 
+TEST_F(State, AFileWithAByteTooManyIsDamaged) {
+  for (const char *text : {"{\"shiftState\":1}/", "{\"shiftState\":1}#", "{\"shiftState\":1}}"}) {
+    EXPECT_EQ(Load(text), 0) << text;
+    EXPECT_EQ(folder_.Read("STATE"), "{}") << text;
+    EXPECT_EQ(lumo::GetShiftState(), 0) << text;
+  }
+}
+
 TEST_F(State, AFileThatCannotBeMade) {
   BlockState();
   EXPECT_EQ(lumo::LoadState(), -109);

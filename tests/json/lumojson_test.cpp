@@ -101,7 +101,7 @@ TEST_F(ReadText, TracesCodeAndPositionOfAnError) {
   const SyntaxCase cases[] = {
       {"{\"a\":1}x", "ERROR: JSON Parser Error 8 7\n"},  {"]", "ERROR: JSON Parser Error 3 0\n"},
       {"[}", "ERROR: JSON Parser Error 4 1\n"},          {" ,", "ERROR: JSON Parser Error 11 1\n"},
-      {"[/*", "ERROR: JSON Parser Error 7 2\n"},         {"[\"\\ud800x", "ERROR: JSON Parser Error 9 8\n"},
+      {"[/*", "ERROR: JSON Parser Error 7 1\n"},         {"[\"\\ud800x", "ERROR: JSON Parser Error 9 8\n"},
       {"[\"\\udc00", "ERROR: JSON Parser Error 10 7\n"}, {"[\x02", "ERROR: JSON Parser Error 2 1\n"},
   };
   for (const SyntaxCase &row : cases) {

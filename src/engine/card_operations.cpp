@@ -64,7 +64,7 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
     return result;
   }
   result = CompleteOperation(transaction, COMPLETED_ACTIVATION);
-  PrintActivation(transaction, type);
+  PrintActivation(transaction, type, amount);
   return result;
 }
 

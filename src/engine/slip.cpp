@@ -122,13 +122,13 @@ void PrintSlipFooter(Transaction *transaction) {
   ReceiptPrintf(transaction->footer, "%s\n", TextOrEmpty(Settings().receiptFooter));
 }
 
-void PrintActivation(Transaction *transaction, ActivationType type) {
+void PrintActivation(Transaction *transaction, ActivationType type, int32_t amount) {
   ReceiptBuffer *body = transaction->body;
   if (type == ACTIVATION_GIFT_CARD) {
     PrintTitle(transaction, "*** ПОДАРОЧНАЯ КАРТА ***");
     PrintRrn(transaction);
     ReceiptPrintf(body, "Начислено (бнс.):\n");
-    ReceiptPrintf(body, "%24s\n", FormatAmount(transaction->activation.amount));
+    ReceiptPrintf(body, "%24s\n", FormatAmount(amount));
   } else if (type == ACTIVATION_REFER_A_FRIEND) {
     PrintTitle(transaction, "**** ПРИВЕДИ ДРУГА *****");
     PrintRrn(transaction);

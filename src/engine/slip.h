@@ -14,7 +14,8 @@ void PrintSlipHeader(Transaction *transaction, const char *card_num);
 void PrintSlipFooter(Transaction *transaction);
 
 // The lines of an operation that succeeded, behind those of earlier ones in the body.
-void PrintActivation(Transaction *transaction, ActivationType type);
+// Of a gift card: `amount`, as it was sent.
+void PrintActivation(Transaction *transaction, ActivationType type, int32_t amount);
 void PrintBalance(Transaction *transaction);
 void PrintLink(Transaction *transaction);
 void PrintDeposit(Transaction *transaction, int32_t amount);  // no amount line for 0

@@ -74,7 +74,7 @@ int CheckDataIntegrity(Transaction *transaction, const JsonNode *root) {
     TraceError("No parts in transaction [%s]\n", response.key);
     return ERR_RESPONSE_TYPE;
   }
-  const uint32_t found = LoadParts(transaction, &response.value);
+  const uint32_t found = LoadParts(transaction, &response.value, PartSource::kAnswer);
   const bool success = transaction->response.requestState == STATE_SUCCESS;
   if (!success) {
     expected &= PART_RESPONSE;

@@ -34,7 +34,7 @@ int LoadLogRecord(Transaction *transaction, const char *record) {
   Trace("LoadLogRecord\n");
   const int result = parseJsonText(reader, TextOrEmpty(record));
   if (result == 0) {
-    LoadParts(transaction, JsonReaderRoot(reader));
+    LoadParts(transaction, JsonReaderRoot(reader), PartSource::kRecord);
   }
   JsonReaderDestroy(reader);
   return result;

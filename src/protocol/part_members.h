@@ -132,38 +132,24 @@ MemberField FieldOf(Block *block, const Member<Block> &member) {
   return field;
 }
 
-// How keys are matched and members traced when a part is read.
-enum class PartStyle : uint8_t {
-  kPart,   // any beginning of a key matches; "label = value"
-  kBill,   // whole keys; "label [value]"
-  kGood,   // whole keys, whatever the value's kind; "label [value]"
-  kBonus,  // any beginning of a key matches; "label [value]", enumerations as numbers
-};
-
-// Members are written in the order of the list. In it, too, a key looks for its name among those of its
-// value's kind, which matters where one key begins like another.
-template <typename Block, size_t kCount>
-struct Part {
-  PartStyle style;
-  Member<Block> members[kCount];
-};
-
-extern const Part<RequestBlock, 9> kRequestMembers;
-extern const Part<ResponseBlock, 8> kResponseMembers;
-extern const Part<BillBlock, 6> kBillMembers;
-extern const Part<Good, 5> kGoodMembers;
-extern const Part<Bonus, 4> kBonusMembers;
-extern const Part<PaymentConfirmBlock, 2> kPaymentConfirmMembers;
-extern const Part<BalanceAccount, 3> kAccountMembers;
-extern const Part<CashBackBlock, 2> kCashBackMembers;
-extern const Part<CashBackGood, 3> kCashBackGoodMembers;
-extern const Part<Transaction, 1> kCashBackResultMembers;
-extern const Part<Transaction, 1> kLinkedCardMembers;
-extern const Part<ActivationBlock, 4> kActivationMembers;
-extern const Part<ActivationResultBlock, 6> kActivationResultMembers;
-extern const Part<Transaction, 1> kDepositMembers;
-extern const Part<Transaction, 1> kCardExchangeMembers;
-extern const Part<Transaction, 1> kLastRrnMembers;
-extern const Part<Transaction, 1> kAdvertisingMembers;
+// In each list a key looks for its name among the members of its value's kind from the first to the last,
+// which matters where one key begins like another. Members are written in the order of the list.
+extern const Member<RequestBlock> kRequestMembers[9];
+extern const Member<ResponseBlock> kResponseMembers[8];
+extern const Member<BillBlock> kBillMembers[6];
+extern const Member<Good> kGoodMembers[5];
+extern const Member<Bonus> kBonusMembers[4];
+extern const Member<PaymentConfirmBlock> kPaymentConfirmMembers[2];
+extern const Member<BalanceAccount> kAccountMembers[3];
+extern const Member<CashBackBlock> kCashBackMembers[2];
+extern const Member<CashBackGood> kCashBackGoodMembers[3];
+extern const Member<Transaction> kCashBackResultMembers[1];
+extern const Member<Transaction> kLinkedCardMembers[1];
+extern const Member<ActivationBlock> kActivationMembers[4];
+extern const Member<ActivationResultBlock> kActivationResultMembers[6];
+extern const Member<Transaction> kDepositMembers[1];
+extern const Member<Transaction> kCardExchangeMembers[1];
+extern const Member<Transaction> kLastRrnMembers[1];
+extern const Member<Transaction> kAdvertisingMembers[1];
 
 }  // namespace lumo

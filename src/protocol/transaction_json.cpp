@@ -19,43 +19,48 @@ Entry *AllocateFor(Transaction *transaction, const JsonNode &list) {
   return count > 0 ? static_cast<Entry *>(trans_alloc(transaction, count * sizeof(Entry))) : nullptr;
 }
 
+// How keys are matched and members stored and traced.
+enum class Style {
+  kPart,    // any beginning of a key matches; "label = value"
+  kAnswer,  // the same, but of an unknown type of operation or activation the field keeps what it has
+  kBill,    // whole keys; "label [value]"
+  kGood,    // whole keys, whatever the value's kind; "label [value]"
+  kBonus,   // any beginning of a key matches; "label [value]", enumerations as numbers
+};
+
+bool IsBracketed(Style style) {
+  return style == Style::kBill || style == Style::kGood || style == Style::kBonus;
+}
+
 bool KeyEquals(const JsonMember &member, const char *name) {
   return member.key != nullptr && std::strcmp(member.key, name) == 0;
 }
 
-bool KeyMatches(PartStyle style, const JsonMember &member, const char *name) {
+bool KeyMatches(Style style, const JsonMember &member, const char *name) {
   // Deliberate: bills alone are read by whole names.
-  return style == PartStyle::kBill || style == PartStyle::kGood ? KeyEquals(member, name)
-                                                                : KeyIsPrefixOf(member, name);
+  return style == Style::kBill || style == Style::kGood ? KeyEquals(member, name)
+                                                        : KeyIsPrefixOf(member, name);
 }
 
-bool KindMatches(PartStyle style, const JsonNode &value, MemberKind kind) {
+bool KindMatches(Style style, const JsonNode &value, MemberKind kind) {
   switch (kind) {
     case MemberKind::kWrittenFlag:
       return false;
     case MemberKind::kFlag:
       return value.type == JSON_TRUE || value.type == JSON_FALSE;
     case MemberKind::kNumber:
-      return style == PartStyle::kGood || JsonIsNumber(value);
+      return style == Style::kGood || JsonIsNumber(value);
     default:
-      return style == PartStyle::kGood || value.type == JSON_STRING;
+      return style == Style::kGood || value.type == JSON_STRING;
   }
 }
 
-void TraceText(PartStyle style, const char *label, const char *text) {
-  if (style == PartStyle::kPart) {
-    Trace("%s = %s\n", label, text);
-  } else {
-    Trace("%s [%s]\n", label, text);
-  }
+void TraceText(Style style, const char *label, const char *text) {
+  Trace(IsBracketed(style) ? "%s [%s]\n" : "%s = %s\n", label, text);
 }
 
-void TraceNumber(PartStyle style, const char *label, int32_t number) {
-  if (style == PartStyle::kPart) {
-    Trace("%s = %d\n", label, number);
-  } else {
-    Trace("%s [%d]\n", label, number);
-  }
+void TraceNumber(Style style, const char *label, int32_t number) {
+  Trace(IsBracketed(style) ? "%s [%d]\n" : "%s = %d\n", label, number);
 }
 
 void StoreDate(char (&field)[kDateBytes], const char *text) {
@@ -63,12 +68,21 @@ void StoreDate(char (&field)[kDateBytes], const char *text) {
   std::strncpy(field, text, kDateBytes - 1);
 }
 
-int32_t StoreEnumeration(MemberField field, MemberKind kind, const char *text) {
+// What the operation is, is the terminal's to say: an answer cannot make it unknown.
+template <typename Enumeration>
+int32_t StoreKnown(Enumeration *field, Style style, Enumeration value, Enumeration unknown) {
+  if (style != Style::kAnswer || value != unknown) {
+    *field = value;
+  }
+  return value;
+}
+
+int32_t StoreEnumeration(MemberField field, Style style, MemberKind kind, const char *text) {
   switch (kind) {
     case MemberKind::kActivationType:
-      return *field.activationType = ActivationTypeFromString(text);
+      return StoreKnown(field.activationType, style, ActivationTypeFromString(text), ACTIVATION_UNKNOWN);
     case MemberKind::kRequestType:
-      return *field.requestType = RequestTypeFromString(text);
+      return StoreKnown(field.requestType, style, RequestTypeFromString(text), REQUEST_UNKNOWN);
     case MemberKind::kRequestState:
       return *field.requestState = RequestStateFromString(text);
     case MemberKind::kRequestStateCode:
@@ -83,7 +97,7 @@ int32_t StoreEnumeration(MemberField field, MemberKind kind, const char *text) {
 }
 
 // Stores a value of the right kind and traces it.
-void StoreValue(Transaction *transaction, PartStyle style, const MemberName &member, MemberField field,
+void StoreValue(Transaction *transaction, Style style, const MemberName &member, MemberField field,
                 const JsonNode &value) {
   const char *text = JsonText(value);
   int32_t enumerator;
@@ -104,8 +118,8 @@ void StoreValue(Transaction *transaction, PartStyle style, const MemberName &mem
       TraceNumber(style, member.label, *field.flag);
       break;
     default:
-      enumerator = StoreEnumeration(field, member.kind, text);
-      if (style == PartStyle::kBonus) {
+      enumerator = StoreEnumeration(field, style, member.kind, text);
+      if (style == Style::kBonus) {
         TraceNumber(style, member.label, enumerator);
       } else {
         TraceText(style, member.label, text);
@@ -114,17 +128,17 @@ void StoreValue(Transaction *transaction, PartStyle style, const MemberName &mem
   }
 }
 
-bool Fits(PartStyle style, const JsonMember &json, const MemberName &member) {
+bool Fits(Style style, const JsonMember &json, const MemberName &member) {
   return KindMatches(style, json.value, member.kind) && KeyMatches(style, json, member.key);
 }
 
-// Stores one member in the block as the first of the part that fits; false when none does.
+// Stores one member in the block by the first of the list that fits; false when none does.
 template <typename Block, size_t kCount>
-bool LoadMember(Transaction *transaction, Block *block, const Part<Block, kCount> &part,
+bool LoadMember(Transaction *transaction, Block *block, Style style, const Member<Block> (&members)[kCount],
                 const JsonMember &json) {
-  for (const Member<Block> &member : part.members) {
-    if (Fits(part.style, json, member)) {
-      StoreValue(transaction, part.style, member, FieldOf(block, member), json.value);
+  for (const Member<Block> &member : members) {
+    if (Fits(style, json, member)) {
+      StoreValue(transaction, style, member, FieldOf(block, member), json.value);
       return true;
     }
   }
@@ -136,14 +150,14 @@ void WarnUnknown(const char *subject, const JsonMember &member) {
                member.key);
 }
 
-// Loads the members of an object that the part knows, with a warning for each other; returns how many it
+// Loads the members of an object that the list knows, with a warning for each other; returns how many it
 // knows.
 template <typename Block, size_t kCount>
-uint32_t LoadObject(Transaction *transaction, Block *block, const Part<Block, kCount> &part,
-                    const char *subject, const JsonNode *node) {
+uint32_t LoadObject(Transaction *transaction, Block *block, const Member<Block> (&members)[kCount],
+                    const char *subject, const JsonNode *node, Style style = Style::kPart) {
   uint32_t loaded = 0;
   for (const JsonMember &member : JsonMembers(node)) {
-    if (LoadMember(transaction, block, part, member)) {
+    if (LoadMember(transaction, block, style, members, member)) {
       ++loaded;
     } else {
       WarnUnknown(subject, member);
@@ -154,7 +168,7 @@ uint32_t LoadObject(Transaction *transaction, Block *block, const Part<Block, kC
 
 void LoadBonus(Transaction *transaction, Bonus *bonus, const JsonNode &node) {
   for (const JsonMember &member : JsonMembers(&node)) {
-    if (!LoadMember(transaction, bonus, kBonusMembers, member)) {
+    if (!LoadMember(transaction, bonus, Style::kBonus, kBonusMembers, member)) {
       TraceWarning("Unsupported BONUS element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -176,7 +190,7 @@ void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int lo
       if (load_bonuses != 0) {
         LoadBonuses(transaction, good, member.value);
       }
-    } else if (!LoadMember(transaction, good, kGoodMembers, member)) {
+    } else if (!LoadMember(transaction, good, Style::kGood, kGoodMembers, member)) {
       TraceWarning("Unsupported GOOD element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -248,21 +262,34 @@ bool IsList(const JsonMember &member, const char *name) {
   return member.value.type == JSON_ARRAY_BEGIN && KeyIsPrefixOf(member, name);
 }
 
+int LoadAnsweredRequest(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->request, kRequestMembers, "request", node, Style::kAnswer);
+  return 0;
+}
+
+int LoadAnsweredActivation(Transaction *transaction, const JsonNode *node) {
+  LoadObject(transaction, &transaction->activation, kActivationMembers, "Activation", node, Style::kAnswer);
+  return 0;
+}
+
+using Loader = int (*)(Transaction *transaction, const JsonNode *node);
+
 struct PartLoader {
   const char *key;
   PartBit bit;
-  int (*load)(Transaction *transaction, const JsonNode *node);
+  Loader load;
+  Loader loadAnswered = nullptr;  // in an answer, where that differs
 };
 
 // In the order of comparison: a key that begins several of the names selects the first.
 constexpr PartLoader kPartLoaders[] = {
-    {"request", PART_REQUEST, LoadRequest},
+    {"request", PART_REQUEST, LoadRequest, LoadAnsweredRequest},
     {"response", PART_RESPONSE, LoadResponse},
     {"bill", PART_BILL,
      [](Transaction *transaction, const JsonNode *node) { return LoadBill(transaction, node, 1); }},
     {"paymentConfirm", PART_PAYMENT_CONFIRM, LoadPaymentConfirm},
     {"balance", PART_BALANCE, LoadBalance},
-    {"activation", PART_ACTIVATION, LoadActivation},
+    {"activation", PART_ACTIVATION, LoadActivation, LoadAnsweredActivation},
     {"activationResult", PART_ACTIVATION_RESULT, LoadActivationResult},
     {"cashBackResult", PART_CASH_BACK_RESULT, LoadCashBackResult},
     {"deposit", PART_DEPOSIT, LoadDeposit},
@@ -282,7 +309,7 @@ const PartLoader *FindPartLoader(const JsonMember &member) {
 
 }  // namespace
 
-uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
+uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source) {
   uint32_t found = 0;
   for (const JsonMember &member : JsonMembers(node)) {
     if (member.key == nullptr || member.key_length > kLongestName) {
@@ -290,7 +317,9 @@ uint32_t LoadParts(Transaction *transaction, const JsonNode *node) {
     }
     const PartLoader *part = FindPartLoader(member);
     if (part != nullptr) {
-      part->load(transaction, &member.value);
+      const bool is_answered = source == PartSource::kAnswer && part->loadAnswered != nullptr;
+      const Loader load = is_answered ? part->loadAnswered : part->load;
+      load(transaction, &member.value);
       found |= part->bit;
     } else {
       TraceError("Unsupported part of activation [%.*s]\n", TracedKeyLength(member), member.key);
@@ -324,7 +353,7 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
       if (result != 0) {
         return result;
       }
-    } else if (!LoadMember(transaction, &transaction->bill, kBillMembers, member)) {
+    } else if (!LoadMember(transaction, &transaction->bill, Style::kBill, kBillMembers, member)) {
       TraceWarning("unsupported bill element [%.*s]\n", TracedKeyLength(member), member.key);
     }
   }
@@ -358,7 +387,7 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
   for (const JsonMember &member : JsonMembers(node)) {
     if (IsList(member, "cashBackGood")) {
       LoadCashBackGoods(transaction, member.value);
-    } else if (!LoadMember(transaction, &cash_back, kCashBackMembers, member)) {
+    } else if (!LoadMember(transaction, &cash_back, Style::kPart, kCashBackMembers, member)) {
       WarnUnknown("Activation", member);  // deliberate: another part's name
     }
   }

@@ -28,9 +28,14 @@ enum PartBit : uint32_t {
   PART_AD = 0x2000,
 };
 
+enum class PartSource {
+  kRecord,  // of a journal: everything is taken as it stands
+  kAnswer,  // an unknown type of operation or of activation is traced and not taken
+};
+
 // Loads the parts that are members of the object; returns their bits. A key longer than kLongestName ends the
 // walk, and the result is 0.
-uint32_t LoadParts(Transaction *transaction, const JsonNode *node);
+uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source);
 
 // Loaders, one a part. `LoadBill` reads the goods' bonuses only when `load_bonuses` is not 0.
 int LoadRequest(Transaction *transaction, const JsonNode *node);

@@ -125,8 +125,8 @@ void WriteValue(JsonPrinter *printer, const MemberName &member, MemberField fiel
 }
 
 template <typename Block, size_t kCount>
-void WriteMembers(JsonPrinter *printer, const Block &block, const Part<Block, kCount> &part) {
-  for (const Member<Block> &member : part.members) {
+void WriteMembers(JsonPrinter *printer, const Block &block, const Member<Block> (&members)[kCount]) {
+  for (const Member<Block> &member : members) {
     // A field is only read here.
     WriteValue(printer, member, FieldOf(const_cast<Block *>(&block), member));
   }
@@ -134,9 +134,9 @@ void WriteMembers(JsonPrinter *printer, const Block &block, const Part<Block, kC
 
 // The whole part, when it has no list.
 template <typename Block, size_t kCount>
-int WriteObject(JsonPrinter *printer, const Block &block, const Part<Block, kCount> &part) {
+int WriteObject(JsonPrinter *printer, const Block &block, const Member<Block> (&members)[kCount]) {
   Begin(printer, JSON_OBJECT_BEGIN);
-  WriteMembers(printer, block, part);
+  WriteMembers(printer, block, members);
   return End(printer, JSON_OBJECT_END);
 }
 

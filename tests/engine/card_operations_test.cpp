@@ -249,6 +249,42 @@ TEST_P(Activation, SendsJournalsAndPrints) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, Activation, testing::ValuesIn(kActivationCases), test::CaseName());
 
+TEST_F(CardOperation, AnswerCannotMakeTheOperationUnknown) {
+  StartServer({Reply("putDepositResponse", R"("request":{"type":"FOO"})")});
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(lumo::DepositProcess(card, 700), 0);
+  EXPECT_EQ(folder.Read("LOG"), "{" + RequestPart("DEPOSIT") + R"(,"deposit":{"amount":700}})" + "\n");
+}
+
+TEST_F(CardOperation, AnswerCannotMakeTheActivationUnknown) {
+  StartServer({Reply("cardActivationResponse",
+                     kActivationResult + std::string(R"(,"activation":{"activationType":"FOO"})"))});
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(lumo::ActivationProcess(card, "REFER_A_FRIEND", nullptr, 500, nullptr, "777"), 0);
+  EXPECT_THAT(folder.Read("LOG"), HasSubstr(R"("activationType":"REFER_A_FRIEND","amount":500)"));
+  folder.ClearTrace();
+  lumo::GetActivationAmountProcess(card);
+  EXPECT_EQ(folder.Trace(), "GetActivationAmountProcess\n");
+}
+
+TEST_F(CardOperation, GiftCardsSlipShowsTheAmountThatWasSent) {
+  StartServer({Reply("cardActivationResponse",
+                     kActivationResult +
+                         std::string(R"(,"activation":{"activationType":"SIMPLE_ACTIVATION","amount":1})"))});
+  OpenShop();
+  OpenCard();
+  EXPECT_EQ(lumo::ActivationProcess(card, "GIFT_CARD", nullptr, 1250, "LOCAL", nullptr), 0);
+  EXPECT_EQ(Body(),
+            "*** ПОДАРОЧНАЯ КАРТА ***\n"
+            "RRN: TERM012120500008\n"
+            "Начислено (бнс.):\n"
+            "                   12.50\n");
+  EXPECT_THAT(folder.Read("LOG"), HasSubstr(R"("activationType":"SIMPLE_ACTIVATION","amount":1,)"))
+      << "the record is the answer's";
+}
+
 struct RefusedActivationCase : test::NamedCase {
   const char *activation_type;
   const char *account_type;

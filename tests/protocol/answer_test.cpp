@@ -136,6 +136,52 @@ TEST_F(AnswerReader, RefusedAnswerWithItsPartHasItAsExtra) {
   EXPECT_EQ(record->bill.totalSum, 7);
 }
 
+TEST_F(AnswerReader, MayRenameTheOperation) {
+  record->request.type = lumo::REQUEST_DEPOSIT;
+  EXPECT_EQ(
+      Parse(AnswerOf("putDepositResponse", Response("SUCCESS") + ",\"request\":{\"type\":\"BALANCE\"}")), 0);
+  EXPECT_EQ(record->request.type, 4);
+}
+
+TEST_F(AnswerReader, UnknownTypeOfOperationIsTracedAndNotTaken) {
+  record->request.type = lumo::REQUEST_DEPOSIT;
+  EXPECT_EQ(Parse(AnswerOf("putDepositResponse",
+                           Response("SUCCESS") + ",\"request\":{\"cardNum\":\"7\",\"type\":\"FOO\"}")),
+            0);
+  EXPECT_EQ(record->request.type, 8);
+  EXPECT_STREQ(record->request.cardNum, "7") << "the rest is taken";
+  EXPECT_THAT(TakeTrace(),
+              HasSubstr("request.cardNum = 7\n"
+                        "ERROR: Unknown enumiratoin for RequestType [FOO]\nrequest.type = FOO\n"));
+}
+
+TEST_F(AnswerReader, OfSeveralTypesOfOperationTheLastKnownIsTaken) {
+  const char *const members[] = {
+      "\"type\":\"BALANCE\",\"type\":\"FOO\"",
+      "\"type\":\"FOO\",\"type\":\"BALANCE\"",
+      "\"type\":\"AD\",\"type\":\"BALANCE\",\"t\":\"\"",
+  };
+  for (const char *const types : members) {
+    record->request.type = lumo::REQUEST_DEPOSIT;
+    EXPECT_EQ(Parse(AnswerOf("putDepositResponse", Response("SUCCESS") + ",\"request\":{" + types + "}")), 0);
+    EXPECT_EQ(record->request.type, 4) << types;
+  }
+}
+
+TEST_F(AnswerReader, UnknownTypeOfActivationIsTracedAndNotTaken) {
+  record->activation.activationType = lumo::ACTIVATION_GIFT_CARD;
+  EXPECT_EQ(
+      Parse(AnswerOf("cardActivationResponse",
+                     Response("SUCCESS") + ",\"activationResult\":{},\"activation\":{\"activationType\":"
+                                           "\"FOO\",\"amount\":7,\"type\":\"FOO\"}")),
+      0);
+  EXPECT_EQ(record->activation.activationType, 1);
+  EXPECT_EQ(record->activation.amount, 7);
+  EXPECT_EQ(record->activation.type, 3) << "an account is taken as it comes";
+  EXPECT_THAT(TakeTrace(), HasSubstr("ERROR: Unknown enumiratoin for ActivationType [FOO]\n"
+                                     "activation.activationType = FOO\n"));
+}
+
 TEST_F(AnswerReader, RefusalLeavesStateCodeAndMessage) {
   EXPECT_EQ(Parse("{\"getBalanceResponse\":{\"response\":{\"requestState\":\"ERROR\",\"requestStateCode\":"
                   "\"LOCKED_CARD\",\"message\":\"Карта заблокирована\"}}}"),

@@ -113,6 +113,17 @@ TEST_F(RecordReader, LoadsThePartsOfItsRoot) {
   EXPECT_EQ(TakeTrace(), "LoadLogRecord\nrequest.type = DEPOSIT\nrequest.offline = 1\ndeposit.amount = 5\n");
 }
 
+TEST_F(RecordReader, UnknownTypesAreTakenAndTheLastOfTwoCounts) {
+  EXPECT_EQ(lumo::LoadLogRecord(record,
+                                "{\"request\":{\"type\":\"BALANCE\",\"type\":\"FOO\"},"
+                                "\"activation\":{\"activationType\":\"FOO\"}}"),
+            0);
+  EXPECT_EQ(record->request.type, 11);
+  EXPECT_EQ(record->activation.activationType, 3);
+  EXPECT_EQ(lumo::LoadLogRecord(record, "{\"request\":{\"type\":\"FOO\",\"type\":\"BALANCE\"}}"), 0);
+  EXPECT_EQ(record->request.type, 4);
+}
+
 TEST_F(RecordReader, BlankLineIsAnEmptyRecord) {
   EXPECT_EQ(lumo::LoadLogRecord(record, ""), 0);
   EXPECT_EQ(lumo::LoadLogRecord(record, nullptr), 0);

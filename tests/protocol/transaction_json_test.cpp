@@ -786,7 +786,7 @@ class PartReader : public ProtocolTest {
   uint32_t Load(const std::string &json) {
     const Document document(json);
     folder.ClearTrace();
-    return lumo::LoadParts(record, document.root());
+    return lumo::LoadParts(record, document.root(), lumo::PartSource::kRecord);
   }
 };
 
@@ -839,7 +839,7 @@ TEST_F(PartReader, KeyOf101BytesEndsTheWalk) {
 }
 
 TEST_F(PartReader, NodeThatIsNoObjectHoldsNoPart) {
-  EXPECT_EQ(lumo::LoadParts(record, nullptr), 0U);
+  EXPECT_EQ(lumo::LoadParts(record, nullptr, lumo::PartSource::kRecord), 0U);
   EXPECT_EQ(Load("[{\"deposit\":{}}]"), 0U);
   EXPECT_EQ(TakeTrace(), "");
 }

@@ -50,6 +50,11 @@ TEST(LibraryFile, ExportsExactlyTheCallsOfItsHeader) {
   EXPECT_EQ(exported.size(), 55U);
 }
 
+// What a linked register asks the system for: it changes only when a register must be built anew.
+TEST(LibraryFile, IsNamedAfterItsMajorVersion) {
+  EXPECT_THAT(Output(LUMO_READELF, "-d"), testing::HasSubstr("Library soname: [liblumo.so.1]"));
+}
+
 TEST(LibraryFile, NeedsOnlyTheCLibrary) {
 #if defined(__SANITIZE_ADDRESS__)
   const std::string allowed = "(lib(c|asan|ubsan|m|gcc_s|stdc\\+\\+)|ld-linux.*)\\.so.*";

@@ -9,4 +9,6 @@ set(lumo_attach platform/posix/posix_attach.cpp)
 function(lumo_link_file)
   # -Bsymbolic: a register may have a LoadState of its own; the library must not call that one.
   target_link_options(lumo PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,-Bsymbolic)
+  # A register that was linked with one file runs with every later one of the same major version.
+  set_target_properties(lumo PROPERTIES SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()

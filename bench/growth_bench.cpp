@@ -89,31 +89,38 @@ void ReadAndWriteBill(benchmark::State &state) {
   ShowPerItem(state);
 }
 
-// Payments and, in the same order, their confirmations.
+std::string RecordOf(const char *type, const std::string &rrn, const std::string &part) {
+  return std::string(R"({"request":{"ver":"1.0","type":")") + type + R"(","requestId":")" + rrn +
+         R"(","terminalId":"00417","requestDate":"2024-05-17T10:42:05Z","employeeId":"7",)"
+         R"("cardNum":"9000000000000001","isOffline":false,"shiftId":"1"},)" +
+         part + "}\n";
+}
+
+std::string Rrn(int number) {
+  char text[17];
+  std::snprintf(text, sizeof text, "%016d", number % 10000000);
+  return text;
+}
+
+constexpr char kBillPart[] =
+    R"("bill":{"totalSum":12345,"orderLen":1,"billNum":"1","billDate":"2024-05-17T10:42:05Z",)"
+    R"("partnerFee":1000,"goodList":{"good":[{"title":"TOTAL_AMOUNT","productCode":"008",)"
+    R"("positionCost":12345,"orderNum":1,"cnt":1,"bonus":[{"earned":617,"spend":0,"organizerFee":61,)"
+    R"("accountType":"GLOBAL"}]}]}})";
+
+// Payments and, in the same order, the confirmation of each.
 void WriteLog(const Folder &folder, int records) {
   std::ofstream log = folder.Create("LOG");
-  for (int i = 0; i < records; ++i) {
-    const bool confirms = i >= records / 2;
-    char text[900];
-    std::snprintf(
-        text, sizeof text,
-        "{\"request\":{\"ver\":\"1.0\",\"type\":\"%s\",\"requestId\":\"00417240517%05d\",\"terminalId\":"
-        "\"00417\","
-        "\"requestDate\":\"2024-05-17T10:42:05Z\",\"employeeId\":\"7\",\"cardNum\":\"9000000000000001\","
-        "\"isOffline\":false,\"shiftId\":\"1\"},%s}\n",
-        confirms ? "PAYMENT_CONFIRM" : "PAYMENT", i % (records / 2),
-        confirms ? "\"paymentConfirm\":{\"isCancel\":false}"
-                 : "\"bill\":{\"totalSum\":12345,\"orderLen\":1,\"billNum\":\"1\",\"billDate\":\"2024-05-"
-                   "17T10:42:05Z\","
-                   "\"partnerFee\":1000,\"goodList\":{\"good\":[{\"title\":\"TOTAL_AMOUNT\",\"productCode\":"
-                   "\"008\","
-                   "\"positionCost\":12345,\"orderNum\":1,\"cnt\":1,\"bonus\":[{\"earned\":617,\"spend\":0,"
-                   "\"organizerFee\":61,\"accountType\":\"GLOBAL\"}]}]}}");
-    log << text;
+  const int payments = records / 2;
+  for (int i = 0; i < payments; ++i) log << RecordOf("PAYMENT", Rrn(i), kBillPart);
+  for (int i = 0; i < payments; ++i) {
+    log << RecordOf("PAYMENT_CONFIRM", Rrn(payments + i),
+                    R"("paymentConfirm":{"requestId":")" + Rrn(i) + R"(","isConfirm":true})");
   }
 }
 
-void Report(benchmark::State &state, int (*generate)(const char *from, const char *to)) {
+void Report(benchmark::State &state, int (*generate)(const char *from, const char *to),
+            const std::string &expected) {
   Folder folder;
   WriteLog(folder, static_cast<int>(state.range(0)));
   Peak peak;
@@ -122,13 +129,16 @@ void Report(benchmark::State &state, int (*generate)(const char *from, const cha
   }
   peak.Show(state);
   ShowPerItem(state);
+  if (std::string(lumo::GetReportPtr()).find(expected) == std::string::npos) std::abort();
 }
 
 void SummaryReport(benchmark::State &state) {
-  Report(state, lumo::GenerateSummaryReport);
+  // Every payment has found its confirmation.
+  Report(state, lumo::GenerateSummaryReport,
+         "ПОДТВЕРЖДЕННЫЕ ПЛАТЕЖИ:\nКол-во: " + std::to_string(state.range(0) / 2) + "\n");
 }
 void DetailedReport(benchmark::State &state) {
-  Report(state, lumo::GenerateReport);
+  Report(state, lumo::GenerateReport, "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n");
 }
 
 BENCHMARK(AppendToString)->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(10000000);

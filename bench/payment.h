@@ -10,7 +10,7 @@ namespace bench {
 
 // The shop both work for.
 constexpr char kTerminal[] = "12345";
-constexpr char kNetwork[] = "Сеть";
+constexpr char kRetailNetwork[] = "Сеть";
 constexpr char kHeader[] = "Магазин";
 constexpr char kFooter[] = "Спасибо";
 constexpr char kFirstRrn[] = "1234512120500007";

@@ -517,7 +517,7 @@ class ByHand : public Till {
                   "Начислено всего\n%s:\n%19s бнс.\n"
                   "Вознаграждение \nорганизатора:\n%19s бнс.\n",
                   rrn_.c_str(), Amount(bill.total - spent[0] - spent[1] - spent[2]).c_str(),
-                  Amount(spent[0] + spent[1]).c_str(), Amount(earned[0]).c_str(), kNetwork,
+                  Amount(spent[0] + spent[1]).c_str(), Amount(earned[0]).c_str(), kRetailNetwork,
                   Amount(earned[0] + earned[1]).c_str(), Amount(fee).c_str());
     trace_("Bill:\n%s\n", text);
     return text;

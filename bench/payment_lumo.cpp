@@ -18,7 +18,7 @@ class Lumo : public Till {
     const std::string address = "http://127.0.0.1:" + std::to_string(port) + "/ws";
     std::ofstream(folder + "CONFIG") << R"({"terminalId":")" << kTerminal << R"(","protocolVersion":"1.0",)"
                                      << R"("serverAddr":")" << address << R"(","serverAltAddr":")" << address
-                                     << R"(","retailNetworkName":")" << kNetwork
+                                     << R"(","retailNetworkName":")" << kRetailNetwork
                                      << R"(","timeout":5,"offlineMode":1,"logSize":)" << kLogSize
                                      << R"(,"receiptHeader":")" << kHeader << R"(","receiptFooter":")"
                                      << kFooter << R"("})";

@@ -64,20 +64,20 @@ Directive TakeDirective(const char **format, Arguments *arguments) {
   return directive;
 }
 
-void PutPadded(Output *output, const Directive &directive, const char *sign, const char *text,
-               size_t text_length) {
-  const size_t sign_length = std::strlen(sign);
-  const size_t length = sign_length + text_length;
+void PutPadded(Output *output, const Directive &directive, bool negative, const char *text, size_t length) {
+  const size_t shown = length + (negative ? 1 : 0);
   const size_t width = directive.width > 0 ? static_cast<size_t>(directive.width) : 0;
-  const size_t padding = width > length ? width - length : 0;
+  const size_t padding = width > shown ? width - shown : 0;
   if (!directive.zeros) {
     PutRepeated(output, ' ', padding);
   }
-  Put(output, sign, sign_length);
+  if (negative) {
+    Put(output, "-", 1);
+  }
   if (directive.zeros) {
     PutRepeated(output, '0', padding);
   }
-  Put(output, text, text_length);
+  Put(output, text, length);
 }
 
 void PutText(Output *output, const Directive &directive, const char *text) {
@@ -92,7 +92,7 @@ void PutText(Output *output, const Directive &directive, const char *text) {
       ++length;
     }
   }
-  PutPadded(output, directive, "", shown, length);
+  PutPadded(output, directive, false, shown, length);
 }
 
 // The digits of a number, written backwards so that they end where `end` points. Returns the first.
@@ -120,14 +120,14 @@ void PutNumber(Output *output, const Directive &directive, int32_t value) {
   char digits[kIntBytes];
   char *const end = digits + sizeof digits;
   const char *first = WriteDecimal(end, Magnitude(value));
-  PutPadded(output, directive, value < 0 ? "-" : "", first, static_cast<size_t>(end - first));
+  PutPadded(output, directive, value < 0, first, static_cast<size_t>(end - first));
 }
 
 void PutHex(Output *output, const Directive &directive, uint32_t value, const char *hex_digits) {
   char digits[kIntBytes];
   char *const end = digits + sizeof digits;
   const char *first = WriteHex(end, value, hex_digits);
-  PutPadded(output, directive, "", first, static_cast<size_t>(end - first));
+  PutPadded(output, directive, false, first, static_cast<size_t>(end - first));
 }
 
 }  // namespace

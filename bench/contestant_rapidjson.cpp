@@ -1,8 +1,15 @@
-// Compiled twice: as the library comes, and with its SSE2 code (BENCH_SSE2).
+// Compiled three times: as the library comes, with its SSE2 code (BENCH_SSE2) and with its SSE4.2 code
+// (BENCH_SSE42).
 #ifdef BENCH_SSE2
 #define RAPIDJSON_SSE2
 #define RAPIDJSON_NAMESPACE rapidjson_sse2
 #define RAPIDJSON_NAMESPACE_BEGIN namespace rapidjson_sse2 {
+#define RAPIDJSON_NAMESPACE_END }
+#endif
+#ifdef BENCH_SSE42
+#define RAPIDJSON_SSE42
+#define RAPIDJSON_NAMESPACE rapidjson_sse42
+#define RAPIDJSON_NAMESPACE_BEGIN namespace rapidjson_sse42 {
 #define RAPIDJSON_NAMESPACE_END }
 #endif
 
@@ -30,11 +37,11 @@ struct Counter {
   }
   bool Null() { return Add(0); }
   bool Bool(bool) { return Add(0); }
-  bool Int(int) { return false; }
-  bool Uint(unsigned) { return false; }
-  bool Int64(int64_t) { return false; }
-  bool Uint64(uint64_t) { return false; }
-  bool Double(double) { return false; }
+  bool Int(int) { return Add(0); }
+  bool Uint(unsigned) { return Add(0); }
+  bool Int64(int64_t) { return Add(0); }
+  bool Uint64(uint64_t) { return Add(0); }
+  bool Double(double) { return Add(0); }
   bool RawNumber(const char *, library::SizeType length, bool) { return Add(length); }
   bool String(const char *, library::SizeType length, bool) { return Add(length); }
   bool StartObject() { return Add(0); }
@@ -74,11 +81,11 @@ class PieceStream {
   const char *piece_end_ = nullptr;
 };
 
-template <class Stream>
+template <unsigned flags = library::kParseNumbersAsStringsFlag, class Stream>
 uint64_t Read(Stream stream) {
   Counter counter;
   library::Reader reader;
-  if (!reader.Parse<library::kParseNumbersAsStringsFlag>(stream, counter)) std::abort();
+  if (!reader.Parse<flags>(stream, counter)) std::abort();
   return counter.sum;
 }
 
@@ -89,12 +96,31 @@ uint64_t Pieces(const Input &input) {
   return Read(PieceStream(input.text));
 }
 
-uint64_t Tree(const Input &input) {
-  library::Document document;
-  document.Parse(input.text.c_str());
+uint64_t RootItems(const library::Document &document) {
   if (document.HasParseError()) std::abort();
   return document.IsArray() ? document.Size() : document.MemberCount();
 }
+
+uint64_t Tree(const Input &input) {
+  library::Document document;
+  document.Parse(input.text.c_str());
+  return RootItems(document);
+}
+
+#ifndef BENCH_SSE2
+uint64_t EventsInPlace(const Input &input) {
+  std::string copy = input.text;
+  return Read<library::kParseNumbersAsStringsFlag | library::kParseInsituFlag>(
+      library::InsituStringStream(copy.data()));
+}
+
+uint64_t TreeInPlace(const Input &input) {
+  std::string copy = input.text;
+  library::Document document;
+  document.ParseInsitu(copy.data());
+  return RootItems(document);
+}
+#endif
 
 uint64_t Text(const Input &input) {
   library::StringBuffer buffer;
@@ -138,10 +164,22 @@ uint64_t Text(const Input &input) {
 
 }  // namespace
 
-#ifdef BENCH_SSE2
+#if defined(BENCH_SSE2)
 extern const Contestant kRapidJsonSse2{"RapidJSON, SSE2", Events, Pieces, Tree, Text};
+#elif defined(BENCH_SSE42)
+extern const Contestant kRapidJsonSse42{"RapidJSON, SSE4.2", Events, Pieces, Tree, Text};
+extern const Contestant kRapidJsonSse42InPlace{"RapidJSON, SSE4.2, in place", EventsInPlace, nullptr,
+                                               TreeInPlace, nullptr};
 #else
+uint64_t EventsWithNumbers(const Input &input) {
+  return Read<library::kParseDefaultFlags>(library::StringStream(input.text.c_str()));
+}
+
 extern const Contestant kRapidJson{"RapidJSON", Events, Pieces, Tree, Text};
+extern const Contestant kRapidJsonInPlace{"RapidJSON, in place", EventsInPlace, nullptr, TreeInPlace,
+                                          nullptr};
+extern const Contestant kRapidJsonNumbers{
+    "RapidJSON, its numbers", EventsWithNumbers, nullptr, nullptr, nullptr, false};
 #endif
 
 }  // namespace bench

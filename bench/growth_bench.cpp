@@ -14,6 +14,7 @@
 #include "foundation/lumostring.h"
 #include "foundation/module_path.h"
 #include "heap_calls.h"
+#include "journal/logger.h"
 #include "record/transaction.h"
 #include "workloads.h"
 
@@ -141,6 +142,22 @@ void DetailedReport(benchmark::State &state) {
   Report(state, lumo::GenerateReport, "ПОДТВЕРЖДЕНИЕ ПЛАТЕЖА\n");
 }
 
+// LOG with so many records before it gets another.
+void AppendToLog(benchmark::State &state) {
+  Folder folder;
+  WriteLog(folder, static_cast<int>(state.range(0)));
+  const std::string record = RecordOf("PAYMENT", Rrn(0), kBillPart);
+  const std::string line = record.substr(0, record.size() - 1);
+  lumo::SetLogSize(1000000);
+  lumo::AppendLogRecord(line.c_str());
+  Peak peak;
+  for (auto _ : state) {
+    if (lumo::AppendLogRecord(line.c_str()) != 0) std::abort();
+  }
+  peak.Show(state);
+}
+
+BENCHMARK(AppendToLog)->Arg(0)->Arg(100)->Arg(1000)->Arg(3000)->Arg(10000)->Iterations(200);
 BENCHMARK(AppendToString)->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(10000000);
 BENCHMARK(ReadAndWriteBill)->Arg(100)->Arg(1000)->Arg(10000)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(SummaryReport)->Arg(1000)->Arg(10000)->Arg(100000)->Iterations(1)->Unit(benchmark::kMillisecond);

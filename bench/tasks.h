@@ -16,7 +16,11 @@ constexpr NamedTask kTasks[] = {
     {"tree", &Contestant::tree},
     {"text", &Contestant::text},
 };
-constexpr const Contestant *kContestants[] = {&kLumo, &kRapidJson, &kRapidJsonSse2, &kYajl};
+constexpr const Contestant *kContestants[] = {
+    &kLumo,          &kRapidJson,      &kRapidJsonInPlace,      &kRapidJsonNumbers,
+    &kRapidJsonSse2, &kRapidJsonSse42, &kRapidJsonSse42InPlace, &kSimdjson,
+    &kYajl,
+};
 constexpr const char *kWorkloads[] = {"answer", "bill", "bills"};
 
 }  // namespace bench

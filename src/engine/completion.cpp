@@ -6,8 +6,16 @@
 
 namespace lumo {
 
+namespace {
+
+// What an ordinary record takes, so that its text need not grow piece by piece.
+constexpr uint32_t kRecordBytes = 4000;
+
+}  // namespace
+
 int WriteTransactionRecord(const Transaction *transaction) {
   String *record = StringCreate();
+  StringReserve(record, kRecordBytes);
   int result = PrintTransactionRecord(transaction, record);
   if (result == 0) {
     result = AppendLogRecord(StringGetText(record));

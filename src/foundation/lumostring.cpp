@@ -75,6 +75,13 @@ void StringFree(String *string) {
   MemFree(string, LUMO_HERE);
 }
 
+void StringReserve(String *string, uint32_t count) {
+  const uint64_t needed = static_cast<uint64_t>(string->length) + count;
+  if (needed > string->capacity) {
+    SetCapacity(string, RoundUp(needed));
+  }
+}
+
 int StringAppend(String *string, const char *text) {
   if (text == nullptr) {
     return 0;

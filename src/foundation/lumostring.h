@@ -16,7 +16,8 @@ struct String {
 
 String *StringCreate();  // capacity 256, length 0; free with StringFree
 void StringFree(String *string);
-int StringAppend(String *string, const char *text);                    // a null text appends nothing
+void StringReserve(String *string, uint32_t count);  // room for so many more bytes, in one step
+int StringAppend(String *string, const char *text);  // a null text appends nothing
 int StringAppendN(String *string, const char *bytes, uint32_t count);  // stops copying at a zero byte
 void StringSink(void *string, const char *bytes, uint32_t count);      // fits JsonSink
 int StringAppendFormat(String *string, const char *format, ...)

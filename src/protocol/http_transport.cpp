@@ -23,6 +23,9 @@ constexpr int kPieceBytes = 500;
 // More than this is no answer, whoever sends it.
 constexpr int32_t kLargestAnswer = 4 * 1024 * 1024;
 
+// What an ordinary request or answer takes, so that its text need not grow piece by piece.
+constexpr uint32_t kMessageBytes = 4000;
+
 // The server that was reached. Its texts are owned.
 struct Server {
   char *host;
@@ -92,6 +95,7 @@ int SendRequest(const Transaction *transaction, const Server &server) {
   int result = 0;
   String *body = StringCreate();
   String *request = StringCreate();
+  StringReserve(body, kMessageBytes);
   if (CreateOperationRequest(transaction, body) != 0) {
     result = ERR_REQUEST_BUILD;
   } else {
@@ -136,6 +140,7 @@ int ReadAnswer(Transaction *transaction) {
   Trace("Receiving \n");
   int result = ERR_NO_RESPONSE;
   String *answer = StringCreate();
+  StringReserve(answer, kMessageBytes);
   const int received = ReceiveAnswer(answer);
   if (received < 0) {
     TraceError("LUMO_Receive error: %d\n", received);

@@ -117,6 +117,18 @@ TEST_F(TextBuffer, AppendOf1000BytesReallocatesOnceTo1025) {
   ExpectSize(1000, 1024);
 }
 
+TEST_F(TextBuffer, ReservedRoomTakesOneReallocationAndIsZero) {
+  Append(3);
+  const test::Allocations before = test::CountAllocations();
+  lumo::StringReserve(string, 253);
+  ExpectSize(3, 256);
+  lumo::StringReserve(string, 1000);
+  ExpectSize(3, 1024);
+  AppendN(1000);
+  ExpectSize(1003, 1024);
+  EXPECT_EQ(test::CountAllocations().reallocs, before.reallocs + 1);
+}
+
 TEST_F(TextBuffer, BytesBehindTheTextAreZeroAfterEachGrowth) {
   const uint32_t kCapacities[] = {256, 512, 1024, 4096, 4352, 4608, 4864, 8192, 8448, 20224, 70144};
   for (const uint32_t capacity : kCapacities) {

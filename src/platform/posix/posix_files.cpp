@@ -245,12 +245,14 @@ DWORD lumo_SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD ori
   }
   int64_t base = 0;
   if (origin == FILE_CURRENT) base = lseek(descriptor, 0, SEEK_CUR);
-  struct stat status = {};
-  if (fstat(descriptor, &status) != 0 || base < 0) {
+  if (origin == FILE_END) {
+    struct stat status;
+    base = fstat(descriptor, &status) == 0 ? status.st_size : -1;
+  }
+  if (base < 0) {
     lumo_SetLastError(ErrorOf(errno));
     return INVALID_SET_FILE_POINTER;
   }
-  if (origin == FILE_END) base = status.st_size;
   int64_t distance = offset;
   if (offset_high != nullptr) {
     distance = static_cast<int64_t>(static_cast<uint64_t>(static_cast<uint32_t>(*offset_high)) << 32 |

@@ -217,12 +217,14 @@ int lumo_recv(SOCKET socket, char *buffer, int capacity, int) {
   if (!IsStarted()) return SOCKET_ERROR;
   const int descriptor = DescriptorOf(socket);
   const int64_t begin = Milliseconds();
-  for (;;) {
-    const ssize_t result = recv(descriptor, buffer, static_cast<size_t>(capacity), MSG_DONTWAIT);
+  // The first call waits by itself, as long as the socket's time limit says. What a signal has cut short is
+  // waited for here.
+  for (int flags = 0;; flags = MSG_DONTWAIT) {
+    const ssize_t result = recv(descriptor, buffer, static_cast<size_t>(capacity), flags);
     if (result >= 0) return static_cast<int>(result);
-    int error = errno;
-    if (error == EAGAIN) error = WaitFor(descriptor, POLLIN, SO_RCVTIMEO, begin);
-    if (error != 0 && error != EINTR) return Fail(SocketErrorOf(error));
+    const bool cut_short = errno == EINTR || (errno == EAGAIN && flags != 0);
+    const int error = cut_short ? WaitFor(descriptor, POLLIN, SO_RCVTIMEO, begin) : errno;
+    if (error != 0) return Fail(SocketErrorOf(error));
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdarg>
 #include <cstdlib>
-#include <cstring>
 
 #include "foundation/module_path.h"
 #include "platform/platform.h"
@@ -12,27 +11,34 @@ namespace {
 
 constexpr size_t kLineBytes = 1024;  // of a line that needs no memory
 
+size_t FormatLine(char *out, size_t size, const char *prefix, const char *format, va_list arguments)
+    LUMO_PRINTF(4, 0);
 void AppendLine(const char *prefix, const char *format, va_list arguments) LUMO_PRINTF(2, 0);
+
+// Returns the length of the whole line, of which `size` bytes are written. The prefix always fits.
+size_t FormatLine(char *out, size_t size, const char *prefix, const char *format, va_list arguments) {
+  size_t length = 0;
+  for (; prefix[length] != 0; ++length) {
+    out[length] = prefix[length];
+  }
+  return length + FormatText(out + length, size - length, format, arguments);
+}
 
 void AppendLine(const char *prefix, const char *format, va_list arguments) {
   char line[kLineBytes];
-  const size_t prefix_length = std::strlen(prefix);
-  std::memcpy(line, prefix, prefix_length);
-  const size_t length =
-      prefix_length + FormatText(line + prefix_length, kLineBytes - prefix_length, format, arguments);
-  if (length <= kLineBytes) {
+  const size_t length = FormatLine(line, sizeof line, prefix, format, arguments);
+  if (length <= sizeof line) {
     AppendToFile(&TraceFileName(), line, length);
     return;
   }
   // Not MemMalloc, which traces when there is no memory.
   char *whole = static_cast<char *>(std::malloc(length));
   if (whole == nullptr) {
-    line[kLineBytes - 1] = '\n';
-    AppendToFile(&TraceFileName(), line, kLineBytes);
+    line[sizeof line - 1] = '\n';
+    AppendToFile(&TraceFileName(), line, sizeof line);
     return;
   }
-  std::memcpy(whole, prefix, prefix_length);
-  FormatText(whole + prefix_length, length - prefix_length, format, arguments);
+  FormatLine(whole, length, prefix, format, arguments);
   AppendToFile(&TraceFileName(), whole, length);
   std::free(whole);
 }

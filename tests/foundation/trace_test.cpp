@@ -7,6 +7,7 @@
 #include <string>
 
 #include "foundation/module_path.h"
+#include "support/allocations.h"
 #include "support/fatal.h"
 #include "support/folder.h"
 
@@ -62,6 +63,39 @@ TEST_F(TraceFile, TakesLinesOfAnyLength) {
   const std::string text(100000, 't');
   lumo::TraceError("%s\n", text.c_str());
   EXPECT_EQ(folder.Trace(), "ERROR: " + text + "\n");
+}
+
+// A line of up to 1 KB is put together without memory.
+TEST_F(TraceFile, TakesLinesAroundAKilobyte) {
+  std::string expected;
+  for (const size_t length : {1015U, 1016U, 1017U, 1018U, 1024U, 1025U}) {
+    const std::string text(length, 't');
+    lumo::TraceError("%s\n", text.c_str());
+    expected += "ERROR: " + text + "\n";
+  }
+  EXPECT_EQ(folder.Trace(), expected);
+}
+
+TEST_F(TraceFile, LosesTheEndOfALongLineWithoutMemory) {
+  const std::string text(2000, 't');
+  test::FailNextAllocation();
+  lumo::TraceError("%s\n", text.c_str());
+  lumo::Trace("next\n");
+  EXPECT_EQ(folder.Trace(), "ERROR: " + std::string(1016, 't') + "\nnext\n");
+}
+
+TEST_F(TraceFile, FollowsTheDirectoryAndTheTag) {
+  lumo::Trace("one");
+  lumo::SetTraceTag("K2");
+  lumo::Trace("two");
+  lumo::SetTraceTag("");
+  const std::string inner = folder.path() + "inner/";
+  std::filesystem::create_directory(std::filesystem::u8path(inner));
+  lumo::SetModuleDirectory(std::filesystem::u8path(inner).string<lumo::WCHAR>().c_str());
+  lumo::Trace("three");
+  EXPECT_EQ(folder.Trace(), "one");
+  EXPECT_EQ(folder.Read("TRACE_K2.TXT"), "two");
+  EXPECT_EQ(folder.Read("inner/TRACE.TXT"), "three");
 }
 
 TEST_F(TraceFile, IsNamedWithTheTag) {

@@ -43,7 +43,6 @@ enum State : uint8_t {
   kBlockCommentStar,
   kLineComment,
 };
-constexpr State kLastBetweenTokens = kAfterValue;
 constexpr State kFirstOfNumber = kNumberMinus;
 constexpr State kLastOfNumber = kNumberExponent;
 
@@ -68,12 +67,18 @@ struct ByteClasses {
 
 constexpr ByteClasses MakeByteClasses() {
   ByteClasses classes{};
-  for (int byte = 0; byte < 0x20; ++byte) classes.of[byte] = kInvalid;
-  for (const char *byte = " \t\n\r"; *byte != 0; ++byte)
+  for (int byte = 0; byte < 0x20; ++byte) {
+    classes.of[byte] = kInvalid;
+  }
+  for (const char *byte = " \t\n\r"; *byte != 0; ++byte) {
     classes.of[static_cast<unsigned char>(*byte)] = kSpace | kEndsNumber;
-  for (int byte = '0'; byte <= '9'; ++byte) classes.of[byte] = kDigit;
-  for (const char *byte = ",]}/#"; *byte != 0; ++byte)
+  }
+  for (int byte = '0'; byte <= '9'; ++byte) {
+    classes.of[byte] = kDigit;
+  }
+  for (const char *byte = ",]}/#"; *byte != 0; ++byte) {
     classes.of[static_cast<unsigned char>(*byte)] = kEndsNumber;
+  }
   return classes;
 }
 
@@ -96,12 +101,20 @@ int IgnoreEvent(void *, JsonEvent, const char *, uint32_t) {
 int GrowBuffer(JsonParser *parser) {
   const uint32_t limit = parser->config.maxData;
   uint32_t size = parser->bufferSize;
-  if (limit != 0 && size == limit) return kJsonDataLimit;
-  if (size >= kLargestDoubledSize || parser->config.reallocHook == nullptr) return kJsonNoMemory;
+  if (limit != 0 && size == limit) {
+    return kJsonDataLimit;
+  }
+  if (size >= kLargestDoubledSize || parser->config.reallocHook == nullptr) {
+    return kJsonNoMemory;
+  }
   size *= 2;
-  if (limit != 0 && size > limit) size = limit;
+  if (limit != 0 && size > limit) {
+    size = limit;
+  }
   void *buffer = parser->config.reallocHook(parser->buffer, size);
-  if (buffer == nullptr) return kJsonNoMemory;
+  if (buffer == nullptr) {
+    return kJsonNoMemory;
+  }
   parser->buffer = static_cast<char *>(buffer);
   parser->bufferSize = size;
   return kJsonNoError;
@@ -117,14 +130,20 @@ int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32
     JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *taken, count);
     parser->bufferFill += count;
     *taken += count;
-    if (*taken == length) return kJsonNoError;
+    if (*taken == length) {
+      return kJsonNoError;
+    }
     const int error = GrowBuffer(parser);
-    if (error != kJsonNoError) return error;
+    if (error != kJsonNoError) {
+      return error;
+    }
   }
 }
 
 inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
-  if (length >= parser->bufferSize - parser->bufferFill) return AppendAndGrow(parser, bytes, length, taken);
+  if (length >= parser->bufferSize - parser->bufferFill) {
+    return AppendAndGrow(parser, bytes, length, taken);
+  }
   JsonCopyBytes(parser->buffer + parser->bufferFill, bytes, length);
   parser->bufferFill += length;
   *taken = length;
@@ -141,41 +160,41 @@ int AppendRun(JsonParser *parser, const char **at, const char *end) {
     const uint32_t count = JsonCopyRun(parser->buffer + parser->bufferFill, *at, limit);
     parser->bufferFill += count;
     *at += count;
-    if (count < limit || *at == end || ByteEndsRun(static_cast<unsigned char>(**at))) return kJsonNoError;
+    if (count < limit || *at == end || ByteEndsRun(static_cast<unsigned char>(**at))) {
+      return kJsonNoError;
+    }
     const int error = GrowBuffer(parser);
-    if (error != kJsonNoError) return error;
+    if (error != kJsonNoError) {
+      return error;
+    }
   }
 }
 
+// As UTF-8.
 int AppendCodePoint(JsonParser *parser, uint32_t code) {
-  char bytes[4];
-  uint32_t length;
-  if (code < 0x80) {
-    bytes[0] = static_cast<char>(code);
-    length = 1;
-  } else if (code < 0x800) {
-    bytes[0] = static_cast<char>(0xC0 | (code >> 6));
-    bytes[1] = static_cast<char>(0x80 | (code & 0x3F));
-    length = 2;
-  } else if (code < 0x10000) {
-    bytes[0] = static_cast<char>(0xE0 | (code >> 12));
-    bytes[1] = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    bytes[2] = static_cast<char>(0x80 | (code & 0x3F));
-    length = 3;
-  } else {
-    bytes[0] = static_cast<char>(0xF0 | (code >> 18));
-    bytes[1] = static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-    bytes[2] = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    bytes[3] = static_cast<char>(0x80 | (code & 0x3F));
-    length = 4;
+  constexpr uint32_t kFirstByte[] = {0, 0, 0xC0, 0xE0, 0xF0};  // by length
+  const uint32_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+  while (parser->bufferSize - 1 - parser->bufferFill < length) {
+    const int error = GrowBuffer(parser);
+    if (error != kJsonNoError) {
+      return error;
+    }
   }
-  uint32_t taken;
-  return AppendBytes(parser, bytes, length, &taken);
+  char *bytes = parser->buffer + parser->bufferFill;
+  for (uint32_t i = length - 1; i > 0; --i) {
+    bytes[i] = static_cast<char>(0x80 | (code & 0x3F));
+    code >>= 6;
+  }
+  bytes[0] = static_cast<char>(kFirstByte[length] | code);
+  parser->bufferFill += length;
+  return kJsonNoError;
 }
 
 // The value of a hexadecimal digit; 16 for any other byte.
 uint32_t HexValue(char byte) {
-  if (Is(kDigit, byte)) return static_cast<uint32_t>(byte - '0');
+  if (Is(kDigit, byte)) {
+    return static_cast<uint32_t>(byte - '0');
+  }
   const char lower = static_cast<char>(byte | 0x20);
   return lower >= 'a' && lower <= 'f' ? static_cast<uint32_t>(lower - 'a' + 10) : 16;
 }
@@ -210,11 +229,15 @@ int TakeCodeUnit(JsonParser *parser, State *next) {
   const bool is_low = unit >= 0xDC00 && unit <= 0xDFFF;
   *next = kString;
   if (high != 0) {
-    if (!is_low) return kJsonHighSurrogateAlone;
+    if (!is_low) {
+      return kJsonHighSurrogateAlone;
+    }
     parser->highSurrogate = 0;
     return AppendCodePoint(parser, 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
   }
-  if (is_low) return kJsonLowSurrogateAlone;
+  if (is_low) {
+    return kJsonLowSurrogateAlone;
+  }
   if (is_high) {
     parser->highSurrogate = static_cast<uint16_t>(unit);
     *next = kSecondEscape;
@@ -234,13 +257,20 @@ int EmitToken(JsonParser *parser, JsonEvent event) {
 
 int Open(JsonParser *parser, uint8_t kind) {
   const int refused = Emit(parser, kind == kObject ? JSON_OBJECT_BEGIN : JSON_ARRAY_BEGIN);
-  if (refused != 0) return refused;
+  if (refused != 0) {
+    return refused;
+  }
   if (parser->stackFill == parser->stackSize) {
-    if (parser->config.maxNesting != 0) return kJsonNestingLimit;
-    if (parser->stackSize >= kLargestDoubledSize || parser->config.reallocHook == nullptr)
+    if (parser->config.maxNesting != 0) {
+      return kJsonNestingLimit;
+    }
+    if (parser->stackSize >= kLargestDoubledSize || parser->config.reallocHook == nullptr) {
       return kJsonNoMemory;
+    }
     void *stack = parser->config.reallocHook(parser->stack, parser->stackSize * size_t{2});
-    if (stack == nullptr) return kJsonNoMemory;
+    if (stack == nullptr) {
+      return kJsonNoMemory;
+    }
     parser->stack = static_cast<uint8_t *>(stack);
     parser->stackSize *= 2;
   }
@@ -250,332 +280,380 @@ int Open(JsonParser *parser, uint8_t kind) {
 
 int Close(JsonParser *parser, uint8_t kind) {
   const int refused = Emit(parser, kind == kObject ? JSON_OBJECT_END : JSON_ARRAY_END);
-  if (refused != 0) return refused;
-  if (parser->stackFill == 0) return kJsonNothingToClose;
-  if (parser->stack[parser->stackFill - 1] != kind) return kJsonClosesOther;
+  if (refused != 0) {
+    return refused;
+  }
+  if (parser->stackFill == 0) {
+    return kJsonNothingToClose;
+  }
+  if (parser->stack[parser->stackFill - 1] != kind) {
+    return kJsonClosesOther;
+  }
   --parser->stackFill;
   return kJsonNoError;
 }
 
-// Takes the number that ends before `p`; on failure moves *p to the byte that found no room.
-int AppendNumber(JsonParser *parser, const char *number, const char **p) {
+// One feed on its way through the piece.
+struct Feed {
+  JsonParser *parser;
+  const char *at;  // the next byte
+  const char *end;
+  const char *number;  // the bytes of a number from here to `at` are not in the buffer yet
+  State state;
+  int error;
+};
+
+// What became of the byte at hand.
+enum Step {
+  kTaken,       // it, and perhaps others behind it, or it was found to end its token
+  kStopped,     // the feed's error says why
+  kUnexpected,  // it cannot stand where it does
+};
+
+inline Step Take(Feed *feed, State next) {
+  ++feed->at;
+  feed->state = next;
+  return kTaken;
+}
+
+inline Step Stop(Feed *feed, int error) {
+  feed->error = error;
+  return kStopped;
+}
+
+// Takes the byte, unless there is an error.
+inline Step TakeOrStop(int error, Feed *feed, State next) {
+  return error != kJsonNoError ? Stop(feed, error) : Take(feed, next);
+}
+
+inline Step SkipSpace(Feed *feed) {
+  do {
+    ++feed->at;
+  } while (feed->at != feed->end && Is(kSpace, *feed->at));
+  return kTaken;
+}
+
+inline Step BeginComment(Feed *feed, bool is_allowed, State next) {
+  if (!is_allowed) {
+    return Stop(feed, kJsonCommentNotAllowed);
+  }
+  feed->parser->afterComment = feed->state;
+  return Take(feed, next);
+}
+
+// A byte that is not what the state waits for.
+inline Step TakeBetweenTokens(Feed *feed, char byte) {
+  const JsonParser *parser = feed->parser;
+  if (Is(kSpace, byte)) {
+    return SkipSpace(feed);
+  }
+  if (byte == '/') {
+    return BeginComment(feed, parser->config.allowBlockAndLineComments, kSlash);
+  }
+  if (byte == '#') {
+    return BeginComment(feed, parser->config.allowHashComments, kLineComment);
+  }
+  if (byte == ',' && parser->stackFill == 0) {
+    return Stop(feed, kJsonCommaOutside);
+  }
+  return kUnexpected;
+}
+
+inline Step OpenStructure(Feed *feed, char bracket) {
+  const bool is_object = bracket == '{';
+  const int error = Open(feed->parser, is_object ? kObject : kArray);
+  return TakeOrStop(error, feed, is_object ? kObjectFirst : kArrayFirst);
+}
+
+inline bool IsClosingBracket(char byte) {
+  return byte == '}' || byte == ']';
+}
+
+inline Step CloseStructure(Feed *feed, char bracket) {
+  return TakeOrStop(Close(feed->parser, bracket == '}' ? kObject : kArray), feed, kAfterValue);
+}
+
+inline Step BeginString(Feed *feed, bool is_key) {
+  feed->parser->bufferFill = 0;
+  feed->parser->stringIsKey = is_key;
+  return Take(feed, kString);
+}
+
+inline Step BeginNumber(Feed *feed, char first) {
+  feed->parser->bufferFill = 0;
+  feed->number = feed->at;
+  return Take(feed, first == '-' ? kNumberMinus : first == '0' ? kNumberZero : kNumberInteger);
+}
+
+inline Step BeginLiteral(Feed *feed, char first) {
+  feed->parser->literal = first == 't' ? 0 : first == 'f' ? 1 : 2;
+  feed->parser->position = 1;
+  return Take(feed, kLiteral);
+}
+
+inline Step TakeValue(Feed *feed, char byte) {
+  if (byte == '"') {
+    return BeginString(feed, false);
+  }
+  if (byte == '{' || byte == '[') {
+    return OpenStructure(feed, byte);
+  }
+  if (byte == '-' || Is(kDigit, byte)) {
+    return BeginNumber(feed, byte);
+  }
+  if (byte == 't' || byte == 'f' || byte == 'n') {
+    return BeginLiteral(feed, byte);
+  }
+  return TakeBetweenTokens(feed, byte);
+}
+
+inline Step TakeKey(Feed *feed, char byte) {
+  return byte == '"' ? BeginString(feed, true) : TakeBetweenTokens(feed, byte);
+}
+
+inline Step TakeAfterValue(Feed *feed, char byte) {
+  const JsonParser *parser = feed->parser;
+  if (byte == ',' && parser->stackFill != 0) {
+    return Take(feed, parser->stack[parser->stackFill - 1] == kObject ? kKey : kValue);
+  }
+  return IsClosingBracket(byte) ? CloseStructure(feed, byte) : TakeBetweenTokens(feed, byte);
+}
+
+inline Step TakeString(Feed *feed) {
+  JsonParser *parser = feed->parser;
+  const int error = AppendRun(parser, &feed->at, feed->end);
+  if (error != kJsonNoError) {
+    return Stop(feed, error);
+  }
+  if (feed->at == feed->end) {
+    return kTaken;
+  }
+  if (*feed->at == '\\') {
+    return Take(feed, kEscape);
+  }
+  if (*feed->at != '"') {
+    return kUnexpected;
+  }
+  if (parser->stringIsKey) {
+    return TakeOrStop(EmitToken(parser, JSON_KEY), feed, kColon);
+  }
+  return TakeOrStop(EmitToken(parser, JSON_STRING), feed, kAfterValue);
+}
+
+Step BeginHexDigits(Feed *feed) {
+  feed->parser->codeUnit = 0;
+  feed->parser->position = 0;
+  return Take(feed, kHexDigits);
+}
+
+Step TakeEscape(Feed *feed, char letter) {
+  if (letter == 'u') {
+    return BeginHexDigits(feed);
+  }
+  const char escaped = EscapedByte(letter);
+  if (escaped == 0) {
+    return kUnexpected;
+  }
+  return TakeOrStop(AppendCodePoint(feed->parser, static_cast<uint32_t>(escaped)), feed, kString);
+}
+
+Step TakeHexDigit(Feed *feed, char byte) {
+  JsonParser *parser = feed->parser;
+  const uint32_t digit = HexValue(byte);
+  if (digit == 16) {
+    return kUnexpected;
+  }
+  parser->codeUnit = static_cast<uint16_t>(parser->codeUnit * 16u + digit);
+  if (++parser->position < 4) {
+    return Take(feed, kHexDigits);
+  }
+  State next = kString;
+  const int error = TakeCodeUnit(parser, &next);
+  return TakeOrStop(error, feed, next);
+}
+
+// A high surrogate stands alone when anything but a \u escape follows.
+Step TakeSecondEscape(Feed *feed, char byte) {
+  if (byte == '\\') {
+    return Take(feed, kSecondEscapeU);
+  }
+  return static_cast<unsigned char>(byte) >= 0x20 ? Stop(feed, kJsonHighSurrogateAlone) : kUnexpected;
+}
+
+Step TakeSecondEscapeU(Feed *feed, char letter) {
+  if (letter == 'u') {
+    return BeginHexDigits(feed);
+  }
+  return EscapedByte(letter) != 0 ? Stop(feed, kJsonHighSurrogateAlone) : kUnexpected;
+}
+
+// Moves the number's bytes up to `at` into the buffer; on failure `at` goes back to the one that found no
+// room.
+inline int AppendNumber(Feed *feed) {
   uint32_t taken;
-  const int error = AppendBytes(parser, number, static_cast<uint32_t>(*p - number), &taken);
-  *p = number + taken;
+  const uint32_t length = static_cast<uint32_t>(feed->at - feed->number);
+  const int error = AppendBytes(feed->parser, feed->number, length, &taken);
+  feed->at = feed->number + taken;
+  feed->number = feed->at;
   return error;
 }
 
+inline Step TakeDigit(Feed *feed, char byte, State next) {
+  return Is(kDigit, byte) ? Take(feed, next) : kUnexpected;
+}
+
+// The digits at hand and what follows them: a point, an exponent or the end.
+inline Step TakeDigits(Feed *feed) {
+  const State state = feed->state;
+  if (state != kNumberZero) {
+    while (feed->at != feed->end && Is(kDigit, *feed->at)) {
+      ++feed->at;
+    }
+    if (feed->at == feed->end) {
+      return kTaken;
+    }
+  }
+  const char byte = *feed->at;
+  const bool is_integer = state == kNumberZero || state == kNumberInteger;
+  if (Is(kEndsNumber, byte)) {
+    int error = AppendNumber(feed);
+    if (error == kJsonNoError) {
+      error = EmitToken(feed->parser, is_integer ? JSON_INT : JSON_FLOAT);
+    }
+    if (error != kJsonNoError) {
+      return Stop(feed, error);
+    }
+    feed->state = kAfterValue;
+    return kTaken;
+  }
+  if (byte == '.' && is_integer) {
+    return Take(feed, kNumberPoint);
+  }
+  if ((byte == 'e' || byte == 'E') && state != kNumberExponent) {
+    return Take(feed, kNumberE);
+  }
+  return kUnexpected;
+}
+
+inline Step TakeLiteral(Feed *feed, char byte) {
+  JsonParser *parser = feed->parser;
+  const Literal &literal = kLiterals[parser->literal];
+  if (byte != literal.text[parser->position]) {
+    return kUnexpected;
+  }
+  if (++parser->position < literal.length) {
+    return Take(feed, kLiteral);
+  }
+  return TakeOrStop(Emit(parser, literal.event), feed, kAfterValue);
+}
+
+Step TakeComment(Feed *feed, char byte) {
+  if (Is(kInvalid, byte)) {
+    return kUnexpected;
+  }
+  const State after = static_cast<State>(feed->parser->afterComment);
+  switch (feed->state) {
+    case kSlash:
+      if (byte != '/' && byte != '*') {
+        return kUnexpected;
+      }
+      return Take(feed, byte == '/' ? kLineComment : kBlockComment);
+    case kLineComment:
+      return Take(feed, byte == '\n' ? after : kLineComment);
+    case kBlockComment:
+      return Take(feed, byte == '*' ? kBlockCommentStar : kBlockComment);
+    default:
+      return Take(feed, byte == '/' ? after : byte == '*' ? kBlockCommentStar : kBlockComment);
+  }
+}
+
+inline Step TakeByte(Feed *feed) {
+  const char byte = *feed->at;
+  switch (feed->state) {
+    case kStart:
+    case kArrayFirst:
+      return IsClosingBracket(byte) ? CloseStructure(feed, byte) : TakeValue(feed, byte);
+    case kObjectFirst:
+      return IsClosingBracket(byte) ? CloseStructure(feed, byte) : TakeKey(feed, byte);
+    case kKey:
+      return TakeKey(feed, byte);
+    case kColon:
+      return byte == ':' ? Take(feed, kValue) : TakeBetweenTokens(feed, byte);
+    case kValue:
+      return TakeValue(feed, byte);
+    case kAfterValue:
+      return TakeAfterValue(feed, byte);
+    case kString:
+      return TakeString(feed);
+    case kEscape:
+      return TakeEscape(feed, byte);
+    case kHexDigits:
+      return TakeHexDigit(feed, byte);
+    case kSecondEscape:
+      return TakeSecondEscape(feed, byte);
+    case kSecondEscapeU:
+      return TakeSecondEscapeU(feed, byte);
+    case kNumberMinus:
+      return byte == '0' ? Take(feed, kNumberZero) : TakeDigit(feed, byte, kNumberInteger);
+    case kNumberPoint:
+      return TakeDigit(feed, byte, kNumberFraction);
+    case kNumberE:
+      return byte == '+' || byte == '-' ? Take(feed, kNumberSign) : TakeDigit(feed, byte, kNumberExponent);
+    case kNumberSign:
+      return TakeDigit(feed, byte, kNumberExponent);
+    case kNumberZero:
+    case kNumberInteger:
+    case kNumberFraction:
+    case kNumberExponent:
+      return TakeDigits(feed);
+    case kLiteral:
+      return TakeLiteral(feed, byte);
+    case kSlash:
+    case kLineComment:
+    case kBlockComment:
+    case kBlockCommentStar:
+      return TakeComment(feed, byte);
+  }
+  return kUnexpected;
+}
+
 // Reads from *at to `end`. Returns 0 or the error, and leaves in *at the byte that failed.
-int Parse(JsonParser *parser, const char **at, const char *const end) {
-  const char *p = *at;
-  State state = static_cast<State>(parser->state);
-  int error = kJsonNoError;
-  const char *number = p;  // the number's bytes from here on are not in the buffer yet
-
-  // A case that takes its byte, or hands it to the next state, continues. One that leaves the switch has set
-  // an error or met a byte that its state does not know.
-  while (p != end) {
-    const char byte = *p;
-    switch (state) {
-      case kArrayFirst:
-        if (byte == ']' || byte == '}') {
-          error = Close(parser, byte == '}' ? kObject : kArray);
-          if (error != kJsonNoError) break;
-          ++p;
-          state = kAfterValue;
-          continue;
-        }
-        [[fallthrough]];
-      case kStart:
-      case kValue:
-        if (byte == '"') {
-          ++p;
-          parser->bufferFill = 0;
-          parser->stringIsKey = false;
-          state = kString;
-          continue;
-        }
-        if (byte == '{' || byte == '[') {
-          error = Open(parser, byte == '{' ? kObject : kArray);
-          if (error != kJsonNoError) break;
-          ++p;
-          state = byte == '{' ? kObjectFirst : kArrayFirst;
-          continue;
-        }
-        if (byte == '-' || Is(kDigit, byte)) {
-          number = p++;
-          parser->bufferFill = 0;
-          state = byte == '-' ? kNumberMinus : byte == '0' ? kNumberZero : kNumberInteger;
-          continue;
-        }
-        if (byte == 't' || byte == 'f' || byte == 'n') {
-          ++p;
-          parser->literal = byte == 't' ? 0 : byte == 'f' ? 1 : 2;
-          parser->position = 1;
-          state = kLiteral;
-          continue;
-        }
-        break;
-
-      case kObjectFirst:
-        if (byte == '}' || byte == ']') {
-          error = Close(parser, byte == '}' ? kObject : kArray);
-          if (error != kJsonNoError) break;
-          ++p;
-          state = kAfterValue;
-          continue;
-        }
-        [[fallthrough]];
-      case kKey:
-        if (byte == '"') {
-          ++p;
-          parser->bufferFill = 0;
-          parser->stringIsKey = true;
-          state = kString;
-          continue;
-        }
-        break;
-
-      case kColon:
-        if (byte == ':') {
-          ++p;
-          state = kValue;
-          continue;
-        }
-        break;
-
-      case kAfterValue:
-        if (parser->stackFill == 0) break;
-        if (byte == ',') {
-          ++p;
-          state = parser->stack[parser->stackFill - 1] == kObject ? kKey : kValue;
-          continue;
-        }
-        if (byte == '}' || byte == ']') {
-          error = Close(parser, byte == '}' ? kObject : kArray);
-          if (error != kJsonNoError) break;
-          ++p;
-          continue;
-        }
-        break;
-
-      case kString:
-        error = AppendRun(parser, &p, end);
-        if (error != kJsonNoError) break;
-        if (p == end) continue;
-        if (*p == '"') {
-          error = EmitToken(parser, parser->stringIsKey ? JSON_KEY : JSON_STRING);
-          if (error != kJsonNoError) break;
-          ++p;
-          state = parser->stringIsKey ? kColon : kAfterValue;
-          continue;
-        }
-        if (*p == '\\') {
-          ++p;
-          state = kEscape;
-          continue;
-        }
-        break;
-
-      case kEscape:
-        if (byte == 'u') {
-          ++p;
-          parser->codeUnit = 0;
-          parser->position = 0;
-          state = kHexDigits;
-          continue;
-        }
-        if (const char escaped = EscapedByte(byte)) {
-          uint32_t taken;
-          error = AppendBytes(parser, &escaped, 1, &taken);
-          if (error != kJsonNoError) break;
-          ++p;
-          state = kString;
-          continue;
-        }
-        break;
-
-      case kHexDigits: {
-        const uint32_t digit = HexValue(byte);
-        if (digit == 16) break;
-        parser->codeUnit = static_cast<uint16_t>(parser->codeUnit * 16u + digit);
-        if (++parser->position == 4) {
-          error = TakeCodeUnit(parser, &state);
-          if (error != kJsonNoError) break;
-        }
-        ++p;
-        continue;
-      }
-
-      case kSecondEscape:
-        if (byte == '\\') {
-          ++p;
-          state = kSecondEscapeU;
-          continue;
-        }
-        if (static_cast<unsigned char>(byte) >= 0x20) error = kJsonHighSurrogateAlone;
-        break;
-
-      case kSecondEscapeU:
-        if (byte == 'u') {
-          ++p;
-          parser->codeUnit = 0;
-          parser->position = 0;
-          state = kHexDigits;
-          continue;
-        }
-        if (EscapedByte(byte) != 0) error = kJsonHighSurrogateAlone;
-        break;
-
-      case kNumberMinus:
-        if (!Is(kDigit, byte)) break;
-        ++p;
-        state = byte == '0' ? kNumberZero : kNumberInteger;
-        continue;
-
-      case kNumberPoint:
-        if (!Is(kDigit, byte)) break;
-        ++p;
-        state = kNumberFraction;
-        continue;
-
-      case kNumberE:
-        if (byte == '+' || byte == '-') {
-          ++p;
-          state = kNumberSign;
-          continue;
-        }
-        [[fallthrough]];
-      case kNumberSign:
-        if (!Is(kDigit, byte)) break;
-        ++p;
-        state = kNumberExponent;
-        continue;
-
-      case kNumberInteger:
-      case kNumberFraction:
-      case kNumberExponent:
-        while (p != end && Is(kDigit, *p)) ++p;
-        if (p == end) continue;
-        [[fallthrough]];
-      case kNumberZero:
-        if (Is(kEndsNumber, *p)) {
-          error = AppendNumber(parser, number, &p);
-          number = p;
-          if (error != kJsonNoError) break;
-          error = EmitToken(parser, state == kNumberZero || state == kNumberInteger ? JSON_INT : JSON_FLOAT);
-          if (error != kJsonNoError) break;
-          state = kAfterValue;
-          continue;
-        }
-        if (*p == '.' && (state == kNumberZero || state == kNumberInteger)) {
-          ++p;
-          state = kNumberPoint;
-          continue;
-        }
-        if ((*p == 'e' || *p == 'E') && state != kNumberExponent) {
-          ++p;
-          state = kNumberE;
-          continue;
-        }
-        break;
-
-      case kLiteral: {
-        const Literal &literal = kLiterals[parser->literal];
-        if (byte != literal.text[parser->position]) break;
-        if (parser->position + 1u == literal.length) {
-          error = Emit(parser, literal.event);
-          if (error != kJsonNoError) break;
-          state = kAfterValue;
-        }
-        ++parser->position;
-        ++p;
-        continue;
-      }
-
-      case kSlash:
-        if (byte == '/' || byte == '*') {
-          ++p;
-          state = byte == '/' ? kLineComment : kBlockComment;
-          continue;
-        }
-        break;
-
-      case kLineComment:
-        if (UnexpectedByte(byte) == kJsonInvalidByte) break;
-        ++p;
-        if (byte == '\n') state = static_cast<State>(parser->afterComment);
-        continue;
-
-      case kBlockComment:
-        if (UnexpectedByte(byte) == kJsonInvalidByte) break;
-        ++p;
-        if (byte == '*') state = kBlockCommentStar;
-        continue;
-
-      case kBlockCommentStar:
-        if (UnexpectedByte(byte) == kJsonInvalidByte) break;
-        ++p;
-        if (byte != '*') state = byte == '/' ? static_cast<State>(parser->afterComment) : kBlockComment;
-        continue;
+int Parse(JsonParser *parser, const char **at, const char *end) {
+  Feed feed = {parser, *at, end, *at, static_cast<State>(parser->state), kJsonNoError};
+  while (feed.at != feed.end) {
+    const Step step = TakeByte(&feed);
+    // Not a condition of the loop: compilers then go straight from one state to the next where they know it.
+    if (step == kTaken) {
+      continue;
     }
-    if (error != kJsonNoError) break;
-
-    // Between two tokens.
-    if (state <= kLastBetweenTokens) {
-      if (Is(kSpace, byte)) {
-        do ++p;
-        while (p != end && Is(kSpace, *p));
-        continue;
-      }
-      if (byte == '/') {
-        if (!parser->config.allowBlockAndLineComments) {
-          error = kJsonCommentNotAllowed;
-          break;
-        }
-        ++p;
-        parser->afterComment = state;
-        state = kSlash;
-        continue;
-      }
-      if (byte == '#') {
-        if (!parser->config.allowHashComments) {
-          error = kJsonCommentNotAllowed;
-          break;
-        }
-        ++p;
-        parser->afterComment = state;
-        state = kLineComment;
-        continue;
-      }
-      // Nothing is open here: inside structures these states know the comma and the closing brackets
-      // themselves.
-      if (state == kStart || (state == kAfterValue && parser->stackFill == 0)) {
-        if (byte == ',') error = kJsonCommaOutside;
-        if (byte == ']' || byte == '}') error = Close(parser, byte == '}' ? kObject : kArray);
-        if (error != kJsonNoError) break;
-      }
+    if (step == kUnexpected) {
+      feed.error = UnexpectedByte(*feed.at);
     }
-    error = UnexpectedByte(*p);
     break;
   }
 
   // A number cut by the end of the piece or by a bad byte. Its room may have run out before that.
-  if (state >= kFirstOfNumber && state <= kLastOfNumber && number != p) {
-    const int no_room = AppendNumber(parser, number, &p);
-    if (no_room != kJsonNoError) error = no_room;
+  if (feed.state >= kFirstOfNumber && feed.state <= kLastOfNumber && feed.number != feed.at) {
+    const int no_room = AppendNumber(&feed);
+    if (no_room != kJsonNoError) {
+      feed.error = no_room;
+    }
   }
-  parser->state = state;
-  *at = p;
-  return error;
+  parser->state = feed.state;
+  *at = feed.at;
+  return feed.error;
 }
 
 }  // namespace
 
 int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallback callback, void *user) {
-  if (parser == nullptr) return kJsonNoMemory;
+  if (parser == nullptr) {
+    return kJsonNoMemory;
+  }
   *parser = JsonParser();
-  if (config != nullptr) parser->config = *config;
+  if (config != nullptr) {
+    parser->config = *config;
+  }
   parser->callback = callback != nullptr ? callback : IgnoreEvent;
   parser->user = user;
   parser->state = kStart;
@@ -585,9 +663,13 @@ int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallb
   if (parser->config.maxData != 0 && parser->bufferSize > parser->config.maxData) {
     parser->bufferSize = parser->config.maxData;
   }
-  if (parser->config.callocHook == nullptr) return kJsonNoMemory;
+  if (parser->config.callocHook == nullptr) {
+    return kJsonNoMemory;
+  }
   parser->stack = static_cast<uint8_t *>(parser->config.callocHook(parser->stackSize, 1));
-  if (parser->stack == nullptr) return kJsonNoMemory;
+  if (parser->stack == nullptr) {
+    return kJsonNoMemory;
+  }
   parser->buffer = static_cast<char *>(parser->config.callocHook(parser->bufferSize, 1));
   if (parser->buffer == nullptr) {
     JsonParserFree(parser);
@@ -598,14 +680,22 @@ int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallb
 
 int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *processed) {
   const char *at = bytes;
-  if (parser->error == kJsonNoError && length != 0) parser->error = Parse(parser, &at, bytes + length);
-  if (processed != nullptr) *processed = static_cast<uint32_t>(at - bytes);
+  if (parser->error == kJsonNoError && length != 0) {
+    parser->error = Parse(parser, &at, bytes + length);
+  }
+  if (processed != nullptr) {
+    *processed = static_cast<uint32_t>(at - bytes);
+  }
   return parser->error;
 }
 
 void JsonParserFree(JsonParser *parser) {
-  if (parser->stack != nullptr) MemFree(parser->stack, LUMO_HERE);
-  if (parser->buffer != nullptr) MemFree(parser->buffer, LUMO_HERE);
+  if (parser->stack != nullptr) {
+    MemFree(parser->stack, LUMO_HERE);
+  }
+  if (parser->buffer != nullptr) {
+    MemFree(parser->buffer, LUMO_HERE);
+  }
   parser->stack = nullptr;
   parser->buffer = nullptr;
 }

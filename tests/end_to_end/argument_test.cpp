@@ -413,6 +413,12 @@ TEST_F(Fatal, LinkedCardOf1100Bytes) {
   EXPECT_FATAL(shop.LinkCardProc(card.c_str()), LongLine());
 }
 
+// A server can end the register too, with a "request" part of its own.
+TEST_F(Fatal, NumberOf1100BytesInAnAnswer) {
+  Open({Success("putDepositResponse", R"("request":{"requestId":")" + std::string(1100, '9') + "\"}")});
+  EXPECT_FATAL(shop.DepositProc(100), LongLine());
+}
+
 TEST_F(Fatal, NameOfTheNetworkOf1100Bytes) {
   Open({Success("getBalanceResponse", R"("balance":{"account":[]})")},
        R"("retailNetworkName":")" + std::string(1100, 'N') + "\"");

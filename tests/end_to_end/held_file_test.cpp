@@ -5,10 +5,9 @@
 #include <thread>
 
 #include "end_to_end/register.h"
+#include "support/wine.h"
 
-#ifdef _WIN32
-#include <windows.h>
-#else
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>

@@ -11,9 +11,9 @@
 #include <regex>
 #include <stdexcept>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
+#include "support/wine.h"
+
+#ifndef _WIN32
 #include <dlfcn.h>
 #endif
 

@@ -15,7 +15,7 @@ class Sale(unittest.TestCase):
     def setUp(self):
         self.server = bench.Server()
         self.addCleanup(self.server.stop)
-        self.shop = bench.Shop(self.server.address, timeout=1)
+        self.shop = bench.Shop(self.server.address, timeout=2)
         self.addCleanup(self.shop.remove)
 
     def run_register(self, *actions):

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 class LostAnswer : public test::Bench {
  protected:
-  void SetUp() override { Start(R"("timeout":1)"); }
+  void SetUp() override { Start(R"("timeout":2)"); }
 
   // Once: the operation is done and nothing of the answer arrives.
   void LoseTheAnswer(const std::string &method) {
@@ -187,7 +187,7 @@ TEST_F(LostAnswer, OfAReturnOfSomeGoodsIsNotAskedForByReturningAgain) {
 
 // The question itself meets no server: it waits in OFFLINE, whether there is anything to cancel or not.
 TEST_F(LostAnswer, AskedForWithoutTheServerWaitsInOffline) {
-  Start(R"("timeout":1,"offlineMode":1)");
+  Start(R"("timeout":2,"offlineMode":1)");
   LoseTheAnswer("payment");
   ASSERT_EQ(Pay(1), -401);
   GoAway();
@@ -199,7 +199,7 @@ TEST_F(LostAnswer, AskedForWithoutTheServerWaitsInOffline) {
 }
 
 TEST_F(LostAnswer, AskedForWithoutTheServerOfAPaymentThatNeverWasStaysInOffline) {
-  Start(R"("timeout":1,"offlineMode":1)");
+  Start(R"("timeout":2,"offlineMode":1)");
   LoseTheRequest("payment");
   ASSERT_EQ(Pay(1), -401);
   GoAway();

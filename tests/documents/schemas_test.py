@@ -111,6 +111,8 @@ class Day:
 
         # Cards.
         self.transaction("1000000003")
+        # What account was asked for is remembered, even one that there is not.
+        expect(lumo.ActivationProc("GIFT_CARD", None, 1, "NONE", None), -103)
         expect(lumo.ActivationProc("SIMPLE_ACTIVATION", None, 0, None, None))
         self.transaction("1000000004")
         expect(lumo.ActivationProc("GIFT_CARD", None, 5000, "LOCAL", None))
@@ -303,7 +305,8 @@ class Schemas(unittest.TestCase):
 
     def test_settings_that_are_dangerous_are_refused(self):
         for change in ({"timeout": 0}, {"timeout": "30s"}, {"logSize": 0}, {"offlineMode": True}, {"serverAddr": "10.0.0.5"},
-                       {"serverAddr": "https://10.0.0.5:80/"}, {"serverAddr": "http://server:80/"}, {"terminalID": "1"}):
+                       {"serverAddr": "https://10.0.0.5:80/"}, {"serverAddr": "http://server:80/"}, {"terminalID": "1"},
+                       {"terminalId": "1 345"}):
             with self.subTest(change):
                 self.assertFalse(VALIDATORS["config"].is_valid({**self.day.documents["config"][0], **change}))
 

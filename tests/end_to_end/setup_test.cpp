@@ -116,6 +116,17 @@ TEST_F(TwoTerminals, WhoseIdsBeginAlikeUseTheSameNumbers) {
   EXPECT_STREQ(shop.getResponseStateCode(), "DUPLICATE_REQUEST_ID");
 }
 
+// A number is taken apart again to make the next one, and a blank parts it.
+TEST_F(TwoTerminals, AnIdWithABlankIsGoodForOneNumber) {
+  Start(R"("terminalId":"1 345")");
+  EXPECT_EQ(shop.DepositProc(100), 0);
+  EXPECT_STREQ(shop.getRRN(), "1 34512120500008");
+  NewTransaction();
+  EXPECT_EQ(shop.DepositProc(100), -405);
+  EXPECT_STREQ(shop.getResponseStateCode(), "REQUEST_ID_EMPTY");
+  EXPECT_THAT(shop.Trace(), HasSubstr("ERROR: Date compare error - old rrn date[345121]"));
+}
+
 // ---- Members of a bill
 
 class BillMember : public test::Register {

@@ -19,11 +19,12 @@
  *   Files       CONFIG.JSN, CONFIG, STATE, LOG, OFFLINE and TRACE.TXT lie beside the library file. None is
  *               kept open between calls. docs/files.md describes them.
  *   In clear    Card numbers stand readable in TRACE.TXT, LOG and OFFLINE, and cross the network readable.
- *   Lengths     A path has at most 259 UTF-16 units. A line of a slip has at most 1023 bytes. An answer of
- * the server has at most 4 MiB. A date that lumo reads keeps 31 bytes, in STATE 29. Other texts may have any
- * length. The server may set limits of its own. Fatal       Memory that runs out, or a text that makes a line
- * of a slip or report 1024 bytes or longer (a card number, the shop's name). The host process then ends with
- * status -1, after a line in the trace.
+ *   Lengths     A path has at most 259 UTF-16 units. A line of a slip has at most 1023 bytes. An answer has
+ *               at most 4 MiB. A date that lumo reads keeps 31 bytes, in STATE 29. Other texts may have any
+ *               length. The server may set limits of its own.
+ *   Fatal       Memory that runs out, or a text that makes a line of a slip or report 1024 bytes or longer
+ *               (a card number, the shop's name). The host process then ends with status -1, after a line
+ *               in the trace.
  *
  * A SALE
  *
@@ -144,7 +145,8 @@
  *
  *   With `offlineMode` 1 in CONFIG a payment that ends with ERR_CONNECT is completed by the terminal from
  *   the rates in CONFIG, and a confirmation or cancellation is only recorded. Both then return 0, and their
- *   records wait in OFFLINE for SendOfflinePayments. Every other operation fails with ERR_CONNECT.
+ *   records wait in OFFLINE for SendOfflinePayments. Every other operation but LinkCardProc fails with
+ *   ERR_CONNECT.
  *
  *   lumoIsOffline tells that it happened. The slip says "ОФФЛАЙН", and no bonuses are spent.
  *

@@ -46,6 +46,12 @@ class Text(unittest.TestCase):
                     if anchor:
                         self.assertIn(anchor, list(anchors(texts[path])))
 
+    # The formatter joins the lines of a comment of which one is too long.
+    def test_no_table_of_the_header_was_torn(self):
+        with open(os.path.join(bench.SOURCE, "include", "lumo.h"), encoding="utf-8") as file:
+            for line in file:
+                self.assertNotRegex(line, r"^ \* {1,4}\S.*[.,a-z] [A-Z]\w+ {3,}\S")
+
     def test_every_example_of_json_is_valid(self):
         tried = set()
         for name, text in documents():

@@ -36,8 +36,10 @@ struct SettingsRecord {
 
 const SettingsRecord &Settings();
 
-int LoadNewConfig();  // CONFIG.JSN, moved to CONFIG after a good load; 0, -111, -303, -306 or -307
-int LoadConfig();     // CONFIG; the same results
+// CONFIG.JSN, moved to CONFIG after a good load, and CONFIG. Each returns 0, ERR_CONFIG_LOAD,
+// ERR_JSON_SYNTAX, ERR_JSON_MEMORY or ERR_JSON_FILE_OPEN.
+int LoadNewConfig();
+int LoadConfig();
 int InitConfig();
 int ApplyConfigTree(const JsonNode *root);
 
@@ -45,7 +47,7 @@ int ApplyConfigTree(const JsonNode *root);
 // before is kept.
 const char *SetSettingString(const char **field, const char *text);
 
-int SaveConfig();        // 0 or -107
+int SaveConfig();        // 0 or ERR_CONFIG_OPEN
 void ReleaseSettings();  // frees the texts of every load
 
 }  // namespace lumo

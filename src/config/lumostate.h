@@ -6,13 +6,15 @@
 
 namespace lumo {
 
-int LoadState();  // 0, -108 or -109. A missing or damaged file is replaced by "{}".
-int SaveState();  // 0 or -110
+// A missing or damaged file is replaced by "{}". 0, ERR_STATE_LOAD or ERR_STATE_CREATE.
+int LoadState();
+int SaveState();  // 0 or ERR_STATE_OPEN
 int InitState();
 void ReleaseState();
 
-int OpenShift(const char *shift_id);      // 0 or -601; null takes the time the previous shift was opened
-int CloseShift(bool transaction_exists);  // 0 or -603
+// A null identifier is the time the previous shift was opened. 0 or ERR_SHIFT_ALREADY_OPEN.
+int OpenShift(const char *shift_id);
+int CloseShift(bool transaction_exists);  // 0 or ERR_SHIFT_TRANSACTION_OPEN
 
 int GetShiftState();             // reloads
 const char *GetShiftId();        // reloads; null when there is none; valid until the next load

@@ -7,10 +7,12 @@ namespace lumo {
 
 struct Transaction;
 
-int BillParse(Transaction *transaction, const char *path,
-              int load_mode);                                // load_mode 1 also reads the goods' bonuses
-int BillModify(Transaction *transaction, const char *path);  // 0, -100 or -105
+// Read a file into the record, whose bill is emptied first. Each returns 0, ERR_NO_TRANSACTION, a code of
+// parseJsonFile or, for another structure, ERR_RESPONSE_STRUCTURE. load_mode 1 also reads the goods' bonuses.
+int BillParse(Transaction *transaction, const char *path, int load_mode);
 int CashbackParse(Transaction *transaction, const char *path);
-int CreateAmountBill(int32_t amount, const char *path);  // 0 or -105
+
+int BillModify(Transaction *transaction, const char *path);  // 0, ERR_NO_TRANSACTION or ERR_BILL_OPEN
+int CreateAmountBill(int32_t amount, const char *path);      // 0 or ERR_BILL_OPEN
 
 }  // namespace lumo

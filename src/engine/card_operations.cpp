@@ -15,7 +15,7 @@ namespace lumo {
 
 namespace {
 
-// 0, -102 or -103.
+// 0, ERR_ACTIVATION_TYPE or ERR_ACCOUNT_TYPE.
 int FillActivation(Transaction *transaction, const char *activation_type, int32_t amount,
                    const char *account_type, const char *refer_card_num) {
   ActivationBlock &activation = transaction->activation;

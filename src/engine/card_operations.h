@@ -2,8 +2,8 @@
 // new request id, copies its arguments, asks the server and, on success alone, journals the operation, marks
 // it in the record and prints its lines to the receipt's body. Each traces its name first.
 //
-// Results beside those named: -100 without a record, the exchange's code, and after a good exchange the
-// journal's.
+// Results beside those named: ERR_NO_TRANSACTION without a record, the exchange's code, and after a good
+// exchange the journal's.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@ namespace lumo {
 
 struct Transaction;
 
-// With a bill the amount is the bill's total and `amount` is passed over. -102 or -103 for an unknown text,
-// -106 for a bill that cannot be read.
+// With a bill the amount is the bill's total and `amount` is passed over. ERR_ACTIVATION_TYPE or
+// ERR_ACCOUNT_TYPE for an unknown text, ERR_BILL_FORMAT for a bill that cannot be read.
 int ActivationProcess(Transaction *transaction, const char *activation_type, const char *bill_path,
                       int32_t amount, const char *account_type, const char *refer_card_num);
 // The sum the server gave for the kind of activation asked for.

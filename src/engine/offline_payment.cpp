@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "foundation/arithmetic.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"
 

@@ -19,6 +19,7 @@ struct BonusTotals {
 
 int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int32_t local_percent,
                           int32_t fee_percent);
-int CountBonuses(const Transaction *transaction, BonusTotals *totals);  // adds to the totals; 0 or -100
+// Adds to the totals; 0 or ERR_NO_TRANSACTION.
+int CountBonuses(const Transaction *transaction, BonusTotals *totals);
 
 }  // namespace lumo

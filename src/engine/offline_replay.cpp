@@ -1,9 +1,9 @@
 #include "engine/offline_replay.h"
 
 #include "engine/dispatcher.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "journal/logger.h"
-#include "lumo.h"
 #include "protocol/journal_record.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"

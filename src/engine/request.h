@@ -19,13 +19,14 @@ struct Transaction;
 int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id);
 
 // Stamps the record for one operation. The new id is the persistent one before anything is sent, so that a
-// request that fails never gives its number to another one. 0 or -100.
+// request that fails never gives its number to another one. 0 or ERR_NO_TRANSACTION.
 int FillRequest(Transaction *transaction, RequestType type);
 
 // The first two steps of every operation: refuses a null record, then FillRequest, whose failure is traced.
 int StartOperation(Transaction *transaction, RequestType type);
 
-// Makes the id that follows `last`, the previous one; without a usable one the server is asked. 0 or -100.
+// Makes the id that follows `last`, the previous one; without a usable one the server is asked. 0 or
+// ERR_NO_TRANSACTION.
 // Deliberate: 0 with `requestId` as it was when the server cannot tell, and when the clock is behind the
 // previous id's date.
 int GenerateRRN(Transaction *transaction, const char *last);

@@ -5,8 +5,8 @@
 #include "foundation/arithmetic.h"
 #include "foundation/dates.h"
 #include "foundation/format.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "record/receipt.h"
 #include "record/transaction.h"
 

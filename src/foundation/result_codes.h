@@ -1,4 +1,5 @@
-// foundation/result_codes.h: the message for the cashier that belongs to each result code of lumo.h.
+// foundation/result_codes.h: the result codes of lumo.h, for every layer to take from here, and the message
+// for the cashier that belongs to each.
 #pragma once
 
 #include <cstdint>

@@ -5,9 +5,9 @@
 #include "foundation/files.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "journal/line_file.h"
-#include "lumo.h"
 
 namespace lumo {
 namespace {

@@ -6,6 +6,7 @@
 #include "foundation/files.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "json/json_dom.h"
 #include "json/json_parser.h"
@@ -30,14 +31,6 @@ struct JsonReader {
 };
 
 namespace {
-
-constexpr int kDomInitFailed = -301;
-constexpr int kParserInitFailed = -302;
-constexpr int kSyntaxError = -303;
-constexpr int kNoReader = -304;
-constexpr int kAppendNoMemory = -306;
-constexpr int kFileNotOpened = -307;
-constexpr int kFileNotRead = -307;
 
 constexpr uint32_t kFileChunk = 1024;
 constexpr size_t kSmallestBlock = 1024;
@@ -153,13 +146,13 @@ struct NodeTree {
   int Append(const Structure &structure, const char *key, uint32_t key_length, const JsonNode &value) {
     if (structure.type == JSON_OBJECT_BEGIN) {
       auto *member = reinterpret_cast<JsonMember *>(Push(sizeof(JsonMember)));
-      if (member == nullptr) return kAppendNoMemory;
+      if (member == nullptr) return ERR_JSON_MEMORY;
       member->key = key;
       member->key_length = key_length;
       member->value = value;
     } else {
       auto *element = reinterpret_cast<JsonNode *>(Push(sizeof(JsonNode)));
-      if (element == nullptr) return kAppendNoMemory;
+      if (element == nullptr) return ERR_JSON_MEMORY;
       *element = value;
     }
     return 0;
@@ -185,7 +178,7 @@ int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
   int error = JsonDomInit(&parse->builder, &parse->tree);
   if (error != 0) {
     TraceError("JSON Parser DOM init failed [%d]\n", error);
-    return kDomInitFailed;
+    return ERR_JSON_DOM_INIT;
   }
   JsonParserConfig config = JsonParserConfig();
   config.callocHook = MemCallocShort;
@@ -194,7 +187,7 @@ int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
   if (error != 0) {
     TraceError("JSON Parser: something wrong happened during init [%d]\n", error);
     JsonDomFree(&parse->builder);
-    return kParserInitFailed;
+    return ERR_JSON_PARSER_INIT;
   }
   return 0;
 }
@@ -211,23 +204,23 @@ int EndParse(Parse *parse, int result) {
   return result;
 }
 
-// 0 or -303.
+// 0 or ERR_JSON_SYNTAX.
 int FeedChunk(Parse *parse, const char *chunk, uint32_t length) {
   uint32_t processed = 0;
   const int error = JsonParserFeed(&parse->parser, chunk, length, &processed);
   if (error == 0) return 0;
   TraceError("JSON Parser Error res [%d] last character [%d]\n%1000s\n", error, static_cast<int>(processed),
              chunk);
-  return kSyntaxError;
+  return ERR_JSON_SYNTAX;
 }
 
-// Reads past a byte order mark, or goes back to the start. 0, -303 or -307.
+// Reads past a byte order mark, or goes back to the start. 0, ERR_JSON_SYNTAX or ERR_JSON_FILE_OPEN.
 int SkipByteOrderMark(Parse *parse, HANDLE file) {
   char mark[4] = {};
   uint32_t length = 0;
   uint32_t piece = 1;
   while (length < 3 && piece != 0) {
-    if (!FileReadPiece(file, mark + length, 3 - length, &piece)) return kFileNotRead;
+    if (!FileReadPiece(file, mark + length, 3 - length, &piece)) return ERR_JSON_FILE_OPEN;
     length += piece;
   }
   if (length == 0) return 0;
@@ -245,12 +238,12 @@ int SkipByteOrderMark(Parse *parse, HANDLE file) {
   return moved ? 0 : FeedChunk(parse, mark, length);
 }
 
-// 0, -303 or -307.
+// 0, ERR_JSON_SYNTAX or ERR_JSON_FILE_OPEN.
 int FeedFile(Parse *parse, HANDLE file) {
   char chunk[kFileChunk + 1];
   for (;;) {
     uint32_t length = 0;
-    if (!FileReadPiece(file, chunk, kFileChunk, &length)) return kFileNotRead;
+    if (!FileReadPiece(file, chunk, kFileChunk, &length)) return ERR_JSON_FILE_OPEN;
     if (length == 0) return 0;
     chunk[length] = 0;
     const int error = FeedChunk(parse, chunk, length);
@@ -284,21 +277,21 @@ bool JsonReaderReadFailed(const JsonReader *reader) {
 
 int parseJsonFile(JsonReader *reader, const char *file_name) {
   Trace("parseJsonFile [%s]\n", file_name);
-  if (reader == nullptr) return kNoReader;
+  if (reader == nullptr) return ERR_JSON_INTERNAL;
   Parse parse;
   const int error = BeginParse(&parse, reader, kSmallestBlock);
   if (error != 0) return error;
   HANDLE file = FileOpen(file_name, "r");
-  if (!FileIsValid(file)) return EndParse(&parse, kFileNotOpened);
+  if (!FileIsValid(file)) return EndParse(&parse, ERR_JSON_FILE_OPEN);
   int result = SkipByteOrderMark(&parse, file);
   if (result == 0) result = FeedFile(&parse, file);
   FileClose(file);
-  reader->readFailed = result == kFileNotRead;
+  reader->readFailed = result == ERR_JSON_FILE_OPEN;
   return EndParse(&parse, result);
 }
 
 int parseJsonText(JsonReader *reader, const char *text) {
-  if (reader == nullptr) return kNoReader;
+  if (reader == nullptr) return ERR_JSON_INTERNAL;
   const size_t length = text != nullptr ? std::strlen(text) : 0;
   // A tree takes two to three times the room of its compact text.
   const size_t first_block = kSmallestBlock + 3 * Smaller(length, 16 * kLargestBlock);
@@ -309,7 +302,7 @@ int parseJsonText(JsonReader *reader, const char *text) {
   const int syntax = JsonParserFeed(&parse.parser, text, static_cast<uint32_t>(length), &processed);
   if (syntax == 0) return EndParse(&parse, 0);
   TraceError("JSON Parser Error %d %d\n", syntax, static_cast<int>(processed));
-  return EndParse(&parse, kSyntaxError);
+  return EndParse(&parse, ERR_JSON_SYNTAX);
 }
 
 const char *JsonText(const JsonNode &node) {

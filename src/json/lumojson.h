@@ -34,8 +34,11 @@ void JsonReaderDestroy(JsonReader *reader);                // frees every node a
 const JsonNode *JsonReaderRoot(const JsonReader *reader);  // null until a parse brought an object or array
 // True when the last parseJsonFile stopped because a read failed, not because the file ended.
 bool JsonReaderReadFailed(const JsonReader *reader);
-int parseJsonFile(JsonReader *reader, const char *file_name);  // 0, -301, -302, -303, -304 or -307
-int parseJsonText(JsonReader *reader, const char *text);       // 0, -301, -302, -303 or -304
+
+// Each returns 0, ERR_JSON_DOM_INIT, ERR_JSON_PARSER_INIT, ERR_JSON_SYNTAX or, without a reader,
+// ERR_JSON_INTERNAL; for a file also ERR_JSON_FILE_OPEN.
+int parseJsonFile(JsonReader *reader, const char *file_name);
+int parseJsonText(JsonReader *reader, const char *text);
 
 // The text of a value; "" for an object or array.
 const char *JsonText(const JsonNode &node);

@@ -4,8 +4,8 @@
 
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "protocol/transaction_json.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"

@@ -7,8 +7,8 @@
 #include "foundation/format.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "protocol/answer.h"
 #include "protocol/socket_layer.h"
 #include "protocol/transaction_request_json.h"
@@ -90,7 +90,7 @@ void AppendRequest(String *request, const Server &server, const char *web_method
   StringAppend(request, "\n");
 }
 
-// 0, -410 or -411.
+// 0, ERR_REQUEST_SEND or ERR_REQUEST_BUILD.
 int SendRequest(const Transaction *transaction, const Server &server) {
   int result = 0;
   String *body = StringCreate();
@@ -135,7 +135,7 @@ int ReceiveAnswer(String *answer) {
   return received;
 }
 
-// 0, -401, or the outcome of the answer.
+// 0, ERR_NO_RESPONSE, or the outcome of the answer.
 int ReadAnswer(Transaction *transaction) {
   Trace("Receiving \n");
   int result = ERR_NO_RESPONSE;

@@ -5,7 +5,8 @@ namespace lumo {
 
 struct Transaction;
 
-// 0, -1, -401, -410, -411, -501, or what ParseOperationResponse returns.
+// 0, ERR_CONNECT, ERR_REQUEST_BUILD, ERR_REQUEST_SEND, ERR_NO_RESPONSE, what ParseOperationResponse returns,
+// or -1 when the system's sockets do not start.
 int TransactionProcessJson(Transaction *transaction);
 
 }  // namespace lumo

@@ -2,9 +2,9 @@
 
 #include "foundation/format.h"
 #include "foundation/lumostring.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "json/lumojson.h"
-#include "lumo.h"
 #include "protocol/transaction_json.h"
 #include "protocol/transaction_request_json.h"
 

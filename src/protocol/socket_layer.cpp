@@ -2,8 +2,8 @@
 
 #include "foundation/arithmetic.h"
 #include "foundation/format.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "platform/platform.h"
 
 namespace lumo {

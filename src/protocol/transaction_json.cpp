@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
-#include "lumo.h"
 #include "protocol/part_members.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"
@@ -196,7 +196,7 @@ void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int lo
   }
 }
 
-// 0 or -402.
+// 0 or ERR_RESPONSE_STRUCTURE.
 int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) {
   if (list.type != JSON_ARRAY_BEGIN) {
     TraceError("Goods is not an array\n");
@@ -215,7 +215,7 @@ int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) 
   return 0;
 }
 
-// 0 or -402.
+// 0 or ERR_RESPONSE_STRUCTURE.
 int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuses) {
   if (!JsonIsObject(node)) {
     TraceError("Goods list is not an object\n");

@@ -37,13 +37,14 @@ enum class PartSource {
 // walk, and the result is 0.
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source);
 
-// Loaders, one a part. `LoadBill` reads the goods' bonuses only when `load_bonuses` is not 0.
+// Loaders, one a part. Each returns 0; LoadBill and LoadCashBack also ERR_RESPONSE_STRUCTURE. `LoadBill`
+// reads the goods' bonuses only when `load_bonuses` is not 0.
 int LoadRequest(Transaction *transaction, const JsonNode *node);
 int LoadResponse(Transaction *transaction, const JsonNode *node);
-int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses);  // 0 or -402
+int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses);
 int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node);
 int LoadBalance(Transaction *transaction, const JsonNode *node);
-int LoadCashBack(Transaction *transaction, const JsonNode *node);  // 0 or -402
+int LoadCashBack(Transaction *transaction, const JsonNode *node);
 int LoadCashBackResult(Transaction *transaction, const JsonNode *node);
 int LoadActivation(Transaction *transaction, const JsonNode *node);
 int LoadActivationResult(Transaction *transaction, const JsonNode *node);

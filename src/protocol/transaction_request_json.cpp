@@ -3,9 +3,9 @@
 #include <cstddef>
 
 #include "foundation/lumostring.h"
+#include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "json/lumojson.h"
-#include "lumo.h"
 #include "protocol/part_members.h"
 #include "record/enumerations.h"
 #include "record/transaction.h"

@@ -20,7 +20,7 @@ struct PaymentConfirmBlock;
 struct String;
 struct Transaction;
 
-int CreateOperationRequest(const Transaction *transaction, String *output);  // 0 or -305
+int CreateOperationRequest(const Transaction *transaction, String *output);  // 0 or ERR_JSON_PRINTER_INIT
 
 // The empty text for a type outside the table.
 const char *RequestRootName(RequestType type);

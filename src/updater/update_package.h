@@ -26,8 +26,8 @@ struct UpdateFileList {
   int32_t count;
 };
 
-// Always -402: the reader has no success result yet. What it read stays in *holder, for the caller to destroy
-// and free.
+// Always ERR_RESPONSE_STRUCTURE: the reader has no success result yet. What it read stays in *holder, for the
+// caller to destroy and free.
 int LoadGetUpdatePackReponse(UpdateResponse **holder, const JsonNode *root);
 
 void DestroyUpdateFile(UpdateFile *file);

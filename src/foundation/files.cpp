@@ -312,4 +312,12 @@ int FileExists(const char *name) {
   return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES ? 1 : 0;
 }
 
+bool FileIsMissing(const char *name) {
+  if (FileExists(name) != 0) {
+    return false;
+  }
+  const DWORD error = GetLastError();
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 }  // namespace lumo

@@ -55,5 +55,6 @@ int FileDelete(const char *name);
 int FileMove(const char *from, const char *to);  // never replaces an existing file
 int FileCopy(const char *from, const char *to);  // replaces an existing file
 int FileExists(const char *name);                // 1 for folders too
+bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 
 }  // namespace lumo

@@ -148,25 +148,57 @@ bool WriteRecord(HANDLE file, const char *record, uint32_t record_length, uint32
   return true;
 }
 
-// Whether the records of OFFLINE_TMP stand in OFFLINE too, in the same order.
-bool IsPartOf(const RecordEntry *set_aside, const RecordEntry *records) {
-  HANDLE tmp_file = FileOpen(kOfflineTmp, "rb");
-  HANDLE file = FileOpen(kOffline, "rb");
-  if (FileIsValid(tmp_file) && FileIsValid(file)) {
-    for (; set_aside != nullptr && records != nullptr; records = records->next) {
-      if (records->length == set_aside->length &&
-          HaveSameBytes(tmp_file, set_aside->offset, file, records->offset, records->length)) {
-        set_aside = set_aside->next;
-      }
-    }
-  }
-  if (FileIsValid(tmp_file)) {
-    FileClose(tmp_file);
-  }
+void CloseIfOpen(HANDLE file) {
   if (FileIsValid(file)) {
     FileClose(file);
   }
-  return set_aside == nullptr;
+}
+
+// A list from its end.
+struct Backwards {
+  const RecordEntry **entries;  // free with MemFree
+  uint32_t count;
+};
+
+Backwards TurnAround(const RecordEntry *first) {
+  Backwards list = {nullptr, 0};
+  for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
+    ++list.count;
+  }
+  list.entries = static_cast<const RecordEntry **>(MemMalloc(list.count * sizeof(*list.entries), LUMO_HERE));
+  uint32_t i = list.count;
+  for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
+    list.entries[--i] = entry;
+  }
+  return list;
+}
+
+// How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order.
+uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records) {
+  HANDLE tmp_file = FileOpen(kOfflineTmp, "rb");
+  HANDLE file = FileOpen(kOffline, "rb");
+  uint32_t count = 0;
+  if (FileIsValid(tmp_file) && FileIsValid(file)) {
+    for (uint32_t i = 0; i < records.count && count < set_aside.count; ++i) {
+      const RecordEntry *record = records.entries[i];
+      const RecordEntry *other = set_aside.entries[count];
+      if (record->length == other->length &&
+          HaveSameBytes(file, record->offset, tmp_file, other->offset, record->length)) {
+        ++count;
+      }
+    }
+  }
+  CloseIfOpen(tmp_file);
+  CloseIfOpen(file);
+  return count;
+}
+
+void CutOfflineTmp(uint32_t length) {
+  HANDLE file = FileOpen(kOfflineTmp, "r+");
+  if (FileIsValid(file)) {
+    FileCut(file, length);
+    FileClose(file);
+  }
 }
 
 // What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
@@ -289,9 +321,13 @@ int AppendLogRecord(const char *record) {
 }
 
 int AppendOfflineRecord(const char *record) {
+  if (IsNullRecord(record)) {
+    return ERR_OFFLINE_SAVE;
+  }
   uint32_t length = 0;
-  return IsNullRecord(record) ? ERR_OFFLINE_SAVE
-                              : AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
+  const int result = AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
+  // Once more: nobody else knows of a sale without the server, and a payment does not report its loss.
+  return result == 0 ? 0 : AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
 }
 
 // Not on the disk one by one: CommitOfflineTmp sees to them all.
@@ -322,12 +358,20 @@ void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) 
     return;
   }
   bool all_set_aside_listed = false;
-  RecordEntry *set_aside = ListRecords(kOfflineTmp, &all_set_aside_listed);
-  const bool is_part = all_set_aside_listed && IsPartOf(set_aside, offline_records);
-  FreeRecordList(set_aside);
-  if (is_part) {
-    FileDelete(kOfflineTmp);
+  RecordEntry *first = ListRecords(kOfflineTmp, &all_set_aside_listed);
+  if (all_set_aside_listed) {
+    const Backwards set_aside = TurnAround(first);
+    const Backwards records = TurnAround(offline_records);
+    const uint32_t again = CountSetAsideAgain(set_aside, records);
+    if (again == set_aside.count) {
+      FileDelete(kOfflineTmp);
+    } else if (again != 0) {
+      CutOfflineTmp(set_aside.entries[again - 1]->offset);
+    }
+    MemFree(records.entries, LUMO_HERE);
+    MemFree(set_aside.entries, LUMO_HERE);
   }
+  FreeRecordList(first);
 }
 
 OfflineTmpMark MarkOfflineTmp() {
@@ -343,15 +387,11 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
     }
     return;
   }
-  HANDLE file = FileOpen(kOfflineTmp, "r+");
-  if (FileIsValid(file)) {
-    FileCut(file, mark.length);
-    FileClose(file);
-  }
+  CutOfflineTmp(mark.length);
 }
 
 int32_t CountOfflineRecords() {
-  if (FileExists(kOffline) == 0) {
+  if (FileIsMissing(kOffline)) {
     return 0;
   }
   const LineCount count = CountLinesOf(kOffline);
@@ -362,7 +402,7 @@ int ClearOffline(int32_t expected) {
   if (CountOfflineRecords() != expected) {
     return ERR_LOG_DELETE;
   }
-  return FileExists(kOffline) == 0 || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;
+  return FileIsMissing(kOffline) || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;
 }
 
 RecordEntry *GetLogRecords() {
@@ -387,7 +427,7 @@ RecordEntry *NextOfflineRecord(RecordEntry *entry) {
 RecordEntry *ListRecords(const char *file_name, bool *out_whole) {
   HANDLE file = FileOpen(file_name, "rb");
   if (!FileIsValid(file)) {
-    *out_whole = FileExists(file_name) == 0;
+    *out_whole = FileIsMissing(file_name);
     return nullptr;
   }
   RecordEntry *first = nullptr;

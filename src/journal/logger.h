@@ -28,8 +28,8 @@ int AppendOfflineTmpEntry(const RecordEntry *entry);
 // Replaces OFFLINE by OFFLINE_TMP, when there is one. 0 or the system's error number.
 int CommitOfflineTmp();
 
-// Deletes an OFFLINE_TMP whose records are all in OFFLINE still: a replay that was interrupted left it, and
-// the next one would keep them twice. Given the list of OFFLINE.
+// Takes off the end of OFFLINE_TMP what OFFLINE holds still, in the same order: a replay that was interrupted
+// left it, and the next one would keep it twice. Given the list of OFFLINE.
 void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed);
 
 // What OFFLINE_TMP was before a replay, and the way back to it.

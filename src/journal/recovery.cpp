@@ -141,21 +141,25 @@ void JoinLogs() {
 
 void RecoverLog() {
   if (Exists(kNewLog)) {
-    if (Exists(kLog)) {
-      FileDelete(kNewLog);  // not finished; all it holds is in the other two
-    } else {
+    if (FileIsMissing(kLog)) {
       FileMove(kNewLog, kLog);
+    } else if (Exists(kLog)) {
+      FileDelete(kNewLog);  // not finished; all it holds is in the other two
     }
   }
   if (!Exists(kOldLog)) {
     return;
   }
-  switch (Exists(kLog) ? JudgeOldLog() : Step::kPutOldBack) {
+  if (FileIsMissing(kLog)) {
+    FileMove(kOldLog, kLog);
+    return;
+  }
+  switch (JudgeOldLog()) {
     case Step::kKeepLog:
       FileDelete(kOldLog);
       break;
     case Step::kPutOldBack:
-      if (!Exists(kLog) || FileDelete(kLog) == 0) {
+      if (FileDelete(kLog) == 0) {
         FileMove(kOldLog, kLog);
       }
       break;
@@ -172,7 +176,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-  if (Exists(kOfflineTmp) && !Exists(kOffline)) {
+  if (Exists(kOfflineTmp) && FileIsMissing(kOffline)) {
     FileMove(kOfflineTmp, kOffline);
   }
 }

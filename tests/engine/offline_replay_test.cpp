@@ -162,9 +162,9 @@ TEST_F(OfflineReplay, AReplayThatWasInterruptedKeepsNoRecordTwice) {
 TEST_F(OfflineReplay, RecordsThatAreSetAsideAndNowhereElseAreKept) {
   StartServer({Taken(), Refused()});
   Open(Record(1) + Record(2));
-  folder.Write("OFFLINE_TMP", Record(2) + Record(1));
+  folder.Write("OFFLINE_TMP", Record(3) + Record(1) + Record(2));
   EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
-  EXPECT_EQ(folder.Read("OFFLINE"), Record(2) + Record(1) + Record(2));
+  EXPECT_EQ(folder.Read("OFFLINE"), Record(3) + Record(2));
 }
 
 TEST_F(OfflineReplay, BytesBehindTheLastLineFeedAreNoRecord) {

@@ -1,0 +1,76 @@
+#include "faults/folder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+namespace faults {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+}  // namespace
+
+Folder::Folder() {
+  std::string name = (fs::temp_directory_path() / "lumo-faults.XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder to be had: " + name);
+  path_ = name + "/";
+}
+
+Folder::~Folder() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+void Folder::Fill(const Files &files) const {
+  for (const fs::directory_entry &entry : fs::directory_iterator(path_)) fs::remove_all(entry.path());
+  for (const auto &[name, bytes] : files) std::ofstream(path_ + name, std::ios::binary) << bytes;
+}
+
+std::string Folder::Read(const std::string &name) const {
+  std::ifstream stream(path_ + name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+bool Folder::Exists(const std::string &name) const {
+  return fs::exists(path_ + name);
+}
+
+std::vector<std::string> LinesOf(const std::string &text) {
+  std::vector<std::string> lines;
+  size_t start = 0;
+  for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+    lines.push_back(text.substr(start, end - start));
+  }
+  return lines;
+}
+
+std::string FaultOfState(const Folder &folder) {
+  if (!folder.Exists("STATE")) return "";
+  const std::string text = folder.Read("STATE");
+  return Json::parse(text, nullptr, false).is_object() ? "" : "STATE is not whole: " + text;
+}
+
+std::string FaultOfJournal(const Folder &folder, const std::string &name, bool may_be_torn) {
+  const std::string text = folder.Read(name);
+  if (!may_be_torn && !text.empty() && text.back() != '\n') return name + " has an open tail: " + text;
+  for (const std::string &line : LinesOf(text)) {
+    if (!Json::parse(line, nullptr, false).is_object())
+      return name + " has a line that is no record: " + line;
+  }
+  return "";
+}
+
+int CountBill(const Folder &folder, const std::string &name, const std::string &bill) {
+  int count = 0;
+  for (const std::string &line : LinesOf(folder.Read(name))) {
+    const Json record = Json::parse(line, nullptr, false);
+    if (record.is_object() && record.contains("bill") && record["bill"].value("billNum", "") == bill) ++count;
+  }
+  return count;
+}
+
+}  // namespace faults

@@ -1,0 +1,38 @@
+// faults/folder.h: the files of one terminal, and what must hold of them whatever failed.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace faults {
+
+using Files = std::map<std::string, std::string>;  // names and bytes
+
+class Folder {
+ public:
+  Folder();  // in the system's folder for temporary files
+  ~Folder();
+  Folder(const Folder &) = delete;
+  Folder &operator=(const Folder &) = delete;
+
+  const std::string &path() const { return path_; }
+  // Leaves exactly these files.
+  void Fill(const Files &files) const;
+  std::string Read(const std::string &name) const;  // "" for a missing file
+  bool Exists(const std::string &name) const;
+
+ private:
+  std::string path_;
+};
+
+std::vector<std::string> LinesOf(const std::string &text);  // what stands behind the last line feed is none
+
+// What is wrong with a STATE, a LOG, an OFFLINE; "" when nothing is.
+std::string FaultOfState(const Folder &folder);
+std::string FaultOfJournal(const Folder &folder, const std::string &name, bool may_be_torn);
+
+// How many records of the journal are payments of this bill.
+int CountBill(const Folder &folder, const std::string &name, const std::string &bill);
+
+}  // namespace faults

@@ -87,15 +87,25 @@ TEST_F(JournalFaults, AWriteThatComesShortIsCarriedOn) {
 // An append goes to the end, reads the last byte, and goes to the end again.
 TEST_F(JournalFaults, NothingIsWrittenWhenTheEndCannotBeFound) {
   for (int seeks = 0; seeks < 3; ++seeks) {
-    folder.Write("OFFLINE", "1\n2\n");
+    folder.Write("OFFLINE_TMP", "1\n2\n");
     test::FailSeekAfter(seeks);
-    EXPECT_EQ(lumo::AppendOfflineRecord("record"), -201) << seeks;
-    EXPECT_EQ(folder.Read("OFFLINE"), "1\n2\n") << seeks;
+    EXPECT_EQ(lumo::AppendOfflineTmpRecord("record"), -201) << seeks;
+    EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\n2\n") << seeks;
   }
   test::FailSeekAfter(-1);
   test::FailReadAfter(0);
-  EXPECT_EQ(lumo::AppendOfflineRecord("record"), -201);
-  EXPECT_EQ(folder.Read("OFFLINE"), "1\n2\n");
+  EXPECT_EQ(lumo::AppendOfflineTmpRecord("record"), -201);
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\n2\n");
+}
+
+// Nobody else knows of a sale without the server, and a payment does not report its loss.
+TEST_F(JournalFaults, ARecordForTheServerIsTriedTwice) {
+  for (int seeks = 0; seeks < 3; ++seeks) {
+    folder.Write("OFFLINE", "1\n2\n");
+    test::FailSeekAfter(seeks);
+    EXPECT_EQ(lumo::AppendOfflineRecord("3"), 0) << seeks;
+    EXPECT_EQ(folder.Read("OFFLINE"), "1\n2\n3\n") << seeks;
+  }
 }
 
 TEST_F(JournalFaults, ATrimPutsTheFileBackWhenItCannotBeCopied) {

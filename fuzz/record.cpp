@@ -1,12 +1,36 @@
-// fuzz/record.cpp: any text as a journal record.
+// fuzz/record.cpp: any text as a journal record. What was loaded, written and loaded again is written the
+// same.
+#include "foundation/lumostring.h"
 #include "protocol/journal_record.h"
 #include "record/transaction.h"
 #include "target.h"
 
+namespace {
+
+// Loads the text; whether it could be, and the record that is written of it, empty for one of no known
+// operation.
+bool LoadAndWrite(const std::string &text, std::string *out_record) {
+  lumo::Transaction *transaction = lumo::new_transaction();
+  const bool loaded = lumo::LoadLogRecord(transaction, text.c_str()) == 0;
+  if (loaded && transaction->request.type < lumo::REQUEST_UNKNOWN) {
+    lumo::String *record = lumo::StringCreate();
+    fuzz::Promise(lumo::PrintTransactionRecord(transaction, record) == 0, "a record that can be written");
+    *out_record = lumo::StringGetText(record);
+    lumo::StringFree(record);
+  }
+  lumo::free_transaction(transaction);
+  return loaded;
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::EmptyFolder();
-  lumo::Transaction *transaction = lumo::new_transaction();
-  lumo::LoadLogRecord(transaction, std::string(reinterpret_cast<const char *>(data), size).c_str());
-  lumo::free_transaction(transaction);
+  std::string written, again;
+  if (!LoadAndWrite(std::string(reinterpret_cast<const char *>(data), size), &written) || written.empty())
+    return 0;
+  fuzz::Promise(written.find('\n') == std::string::npos, "a record of one line");
+  fuzz::Promise(LoadAndWrite(written, &again), "a written record loads");
+  fuzz::Promise(again == written, "a record that stays the same");
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 
 #include "foundation/module_path.h"
@@ -41,11 +42,17 @@ void Promise(bool kept, const char *what) {
 }
 
 void EmptyFolder() {
-  for (const fs::directory_entry &entry : fs::directory_iterator(OwnFolder().path)) fs::remove(entry.path());
+  for (const fs::directory_entry &entry : fs::directory_iterator(OwnFolder().path))
+    fs::remove_all(entry.path());
 }
 
 void WriteFile(const char *name, const std::string &bytes) {
   std::ofstream(OwnFolder().path / name, std::ios::binary) << bytes;
+}
+
+std::string ReadFile(const char *name) {
+  std::ifstream stream(OwnFolder().path / name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace fuzz

@@ -33,5 +33,6 @@ void Promise(bool kept, const char *what);
 // A directory of the process's own as moduleDirectory, removed at its end; emptied by each call.
 void EmptyFolder();
 void WriteFile(const char *name, const std::string &bytes);
+std::string ReadFile(const char *name);  // "" for a missing one
 
 }  // namespace fuzz

@@ -3,8 +3,11 @@
 // record and leave the same trace, line by line: `payment check` compares them.
 #pragma once
 
+#include <time.h>
+
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -36,9 +39,15 @@ enum class TraceBy {
   kPosix,  // vsnprintf, open, write, close
 };
 
+// How its database goes to the disk.
+enum class Journal {
+  kUnhurried,  // a write-ahead log, and no waiting for the disk at a payment: as far as lumo goes
+  kDefault,    // as the database comes: each transaction waits for the disk
+};
+
 // `folder` ends with "/"; the journal and the trace lie in it. The library file is copied there.
 std::unique_ptr<Till> OpenLumo(const std::string &library, const std::string &folder, int port);
-std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by);
+std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal);
 
 // A server in a process of its own that answers every payment with a bill of `goods` goods and two bonuses
 // each.
@@ -57,7 +66,7 @@ class PaymentServer {
 };
 
 // A till at work in a folder of its own, WHERE/NAME: lumo is the library file, stdio and posix the register
-// written by hand with that trace.
+// written by hand with that trace, waiting the same as stdio with its database as it comes.
 struct Stand {
   Stand(const std::string &name, const std::string &where, int goods, int port);
 
@@ -70,6 +79,12 @@ struct Stand {
   std::string bill;
   std::unique_ptr<Till> till;
 };
+
+// Microseconds.
+double Now(clockid_t clock);
+
+// What a payment takes while nothing else wants the processor: a quarter of them took less.
+double FastestQuarter(std::vector<double> times);
 
 // Ends the program with a message when something that must work does not.
 void Require(bool works, const char *what);

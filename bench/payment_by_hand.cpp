@@ -1,7 +1,6 @@
 // The register that a programmer would write who has libcurl, RapidJSON and SQLite and not lumo. What it
 // keeps from payment to payment (the connection's handle, the database, the prepared statements) stays open,
-// and the terminal's state is read once. The journal is SQLite's write-ahead log without waiting for the disk
-// at each payment, which is how far lumo goes, too.
+// and the terminal's state is read once.
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <rapidjson/document.h>
@@ -162,11 +161,13 @@ size_t Collect(char *bytes, size_t size, size_t count, void *answer) {
 
 class ByHand : public Till {
  public:
-  ByHand(const std::string &folder, int port, TraceBy trace_by)
+  ByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal)
       : folder_(folder), trace_(folder + "TRACE.TXT", trace_by), port_(port), rrn_(kFirstRrn) {
     Require(sqlite3_open((folder + "journal.db").c_str(), &database_) == SQLITE_OK, "opening the database");
-    Run("PRAGMA journal_mode = WAL");
-    Run("PRAGMA synchronous = NORMAL");
+    if (journal == Journal::kUnhurried) {
+      Run("PRAGMA journal_mode = WAL");
+      Run("PRAGMA synchronous = NORMAL");
+    }
     Run("CREATE TABLE state (name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID");
     Run("CREATE TABLE log (id INTEGER PRIMARY KEY, record TEXT)");
     Run("INSERT INTO state VALUES ('reqId', ''), ('offline', '0'), ('update', '0')");
@@ -538,8 +539,8 @@ class ByHand : public Till {
 
 }  // namespace
 
-std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by) {
-  return std::make_unique<ByHand>(folder, port, trace_by);
+std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal) {
+  return std::make_unique<ByHand>(folder, port, trace_by, journal);
 }
 
 }  // namespace bench

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -16,8 +17,9 @@ Stand::Stand(const std::string &name, const std::string &where, int goods, int p
   fs::remove_all(folder);
   fs::create_directories(folder);
   if (name == "lumo") till = OpenLumo(LUMO_LIBRARY_FILE, folder, port);
-  if (name == "stdio") till = OpenByHand(folder, port, TraceBy::kStdio);
-  if (name == "posix") till = OpenByHand(folder, port, TraceBy::kPosix);
+  if (name == "posix") till = OpenByHand(folder, port, TraceBy::kPosix, Journal::kUnhurried);
+  if (name == "stdio") till = OpenByHand(folder, port, TraceBy::kStdio, Journal::kUnhurried);
+  if (name == "waiting") till = OpenByHand(folder, port, TraceBy::kStdio, Journal::kDefault);
   Require(till != nullptr, "finding that till");
 }
 
@@ -32,6 +34,18 @@ void Stand::ClearTrace() const {
 std::string Stand::Read(const char *file) const {
   std::ifstream stream(folder + file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+double Now(clockid_t clock) {
+  timespec now = {};
+  clock_gettime(clock, &now);
+  return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
+
+double FastestQuarter(std::vector<double> times) {
+  const auto quarter = times.begin() + static_cast<ptrdiff_t>(times.size() / 4);
+  std::nth_element(times.begin(), quarter, times.end());
+  return *quarter;
 }
 
 void Require(bool works, const char *what) {

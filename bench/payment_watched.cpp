@@ -1,9 +1,6 @@
 // bench/payment_watched.cpp: what one online payment asks for, in a program that watches its own calls.
 //   payment_watched count TILL GOODS FOLDER               system calls, heap calls
 //   payment_watched parts TILL GOODS FOLDER PAYMENTS      what the time goes into, and microseconds
-#include <time.h>
-
-#include <algorithm>
 #include <iostream>
 #include <vector>
 
@@ -12,17 +9,6 @@
 #include "timed_calls.h"
 
 namespace {
-
-double Now() {
-  timespec now = {};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
-}
-
-double Median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<ptrdiff_t>(values.size() / 2), values.end());
-  return values[values.size() / 2];
-}
 
 // A payment as `count` sees it follows one that has done what is done only once.
 void Count(const bench::Stand &stand) {
@@ -38,9 +24,9 @@ void ShowParts(const bench::Stand &stand, int payments) {
   for (int payment = -3; payment < payments; ++payment) {
     stand.WriteBill();
     const auto before = bench::TimeInCalls();
-    const double begin = Now();
+    const double begin = bench::Now(CLOCK_MONOTONIC);
     stand.till->Pay();
-    double left = Now() - begin;
+    double left = bench::Now(CLOCK_MONOTONIC) - begin;
     if (payment < 0) continue;
     const auto after = bench::TimeInCalls();
     for (size_t part = 0; part < bench::kParts; ++part) {
@@ -50,9 +36,9 @@ void ShowParts(const bench::Stand &stand, int payments) {
     rest.push_back(left);
   }
   for (size_t part = 0; part < bench::kParts; ++part) {
-    std::cout << bench::kPartNames[part] << "," << Median(parts[part]) << "\n";
+    std::cout << bench::kPartNames[part] << "," << bench::FastestQuarter(parts[part]) << "\n";
   }
-  std::cout << "computing," << Median(rest) << "\n";
+  std::cout << "computing," << bench::FastestQuarter(rest) << "\n";
 }
 
 }  // namespace

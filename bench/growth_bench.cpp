@@ -155,6 +155,8 @@ void AppendToLog(benchmark::State &state) {
     if (lumo::AppendLogRecord(line.c_str()) != 0) std::abort();
   }
   peak.Show(state);
+  state.counters["per_item"] =
+      benchmark::Counter(1, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 BENCHMARK(AppendToLog)->Arg(0)->Arg(100)->Arg(1000)->Arg(3000)->Arg(10000)->Iterations(200);

@@ -22,6 +22,11 @@ SMALL = pathlib.Path("build/bench-small/bin")
 DOCUMENT = pathlib.Path("docs/performance.md")
 IMAGES = pathlib.Path("docs/images")
 
+DOCUMENTS = ("answer", "bill", "bills")
+TASKS = ("events", "pieces", "tree", "text")
+LIBRARIES = ("lumo", "RapidJSON", "RapidJSON, SSE2", "RapidJSON, SSE4.2", "RapidJSON, in place",
+             "RapidJSON, SSE4.2, in place", "RapidJSON, its numbers", "simdjson", "yajl")
+
 TILLS = {
     "lumo": "lumo",
     "posix": "by hand, trace by `open`",
@@ -160,7 +165,9 @@ def json_rates(program, expression):
         values = dict(zip(table[0], row))
         key = tuple(row[0][:-len("_median")].split("/"))
         rates[key] = (float(values["MB_per_s"]), float(values["heap_calls"]))
-    return rates
+    # They ran in any order.
+    return {key: rates[key] for key in sorted(rates, key=lambda key: (
+        DOCUMENTS.index(key[0]), TASKS.index(key[1]), LIBRARIES.index(key[2])))}
 
 
 def json(report):
@@ -187,9 +194,8 @@ def json(report):
 
 
 def plot_rates(rates):
-    tasks = ("events", "pieces", "tree", "text")
-    figure, axes = plt.subplots(1, 4, figsize=(9, 3.2), sharex=True)
-    for task, axis in zip(tasks, axes):
+    figure, axes = plt.subplots(1, len(TASKS), figsize=(9, 3.2), sharex=True)
+    for task, axis in zip(TASKS, axes):
         bars = [(library, rate) for (document, of, library), (rate, _) in rates.items()
                 if document == "bill" and of == task]
         for number, (library, rate) in enumerate(bars):

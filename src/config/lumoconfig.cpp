@@ -153,20 +153,18 @@ void KeepSettingTexts() {
 }
 
 int LoadConfigFile(const char *file_name) {
-  JsonReader *reader = JsonReaderCreate();
-  if (reader == nullptr) {
+  const ScopedReader reader(JsonReaderCreate());
+  if (reader.get() == nullptr) {
     TraceError("Lumo Json Parser not created!\n");
     return ERR_JSON_MEMORY;
   }
   ClearSettings();
-  int result = parseJsonFile(reader, file_name);
+  const int result = parseJsonFile(reader.get(), file_name);
   if (result != 0) {
     TraceError("parserJsonFile error [%d]\n", result);
-  } else {
-    result = ApplyConfigTree(JsonReaderRoot(reader));
+    return result;
   }
-  JsonReaderDestroy(reader);
-  return result;
+  return ApplyConfigTree(JsonReaderRoot(reader.get()));
 }
 
 void WriteSetting(JsonPrinter *printer, const Setting &setting) {
@@ -232,10 +230,10 @@ const char *SetSettingString(const char **field, const char *text) {
 }
 
 int SaveConfig() {
-  const HANDLE file = FileOpen(kConfigFile, "w+");
-  if (!FileIsValid(file)) return ERR_CONFIG_OPEN;
+  const ScopedFile file(FileOpen(kConfigFile, "w+"));
+  if (!FileIsValid(file.get())) return ERR_CONFIG_OPEN;
   FileSink sink;
-  FileSinkInit(&sink, file);
+  FileSinkInit(&sink, file.get());
   JsonPrinter printer;
   JsonPrinterInit(&printer, FileSinkWrite, &sink);
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
@@ -243,7 +241,6 @@ int SaveConfig() {
   JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
   JsonPrinterFree(&printer);
   FileSinkFlush(&sink);
-  FileClose(file);
   return 0;
 }
 

@@ -152,26 +152,22 @@ void PrintState(String *text) {
 }  // namespace
 
 int LoadState() {
-  JsonReader *reader = JsonReaderCreate();
+  const ScopedReader reader(JsonReaderCreate());
   Trace("LoadState\n");
-  int result = parseJsonFile(reader, kStateFile);
-  if (JsonReaderReadFailed(reader)) {
+  const int result = parseJsonFile(reader.get(), kStateFile);
+  if (JsonReaderReadFailed(reader.get())) {
     // What is in memory is what this process wrote last: better than nothing at all.
-    result = ERR_STATE_LOAD;
-  } else {
-    ClearState();
-    result = result == 0 ? ApplyStateTree(JsonReaderRoot(reader)) : ResetStateFile();
+    return ERR_STATE_LOAD;
   }
-  JsonReaderDestroy(reader);
-  return result;
+  ClearState();
+  return result == 0 ? ApplyStateTree(JsonReaderRoot(reader.get())) : ResetStateFile();
 }
 
 int SaveState() {
   Trace("SaveState\n");
-  String *text = StringCreate();
-  PrintState(text);
-  const Replaced replaced = FileReplace(kStateFile, StringGetText(text), StringGetLength(text));
-  StringFree(text);
+  const ScopedString text(StringCreate());
+  PrintState(text.get());
+  const Replaced replaced = FileReplace(kStateFile, StringGetText(text.get()), StringGetLength(text.get()));
   if (replaced == Replaced::kNotOpened) {
     TraceWarning("SaveState: Cant open file!\n");
   }

@@ -33,35 +33,17 @@ void WriteFormatted(HANDLE file, const char *format, ...) {
   }
 }
 
-int ReadBill(Transaction *transaction, JsonReader *reader, const char *path, int load_mode) {
+}  // namespace
+
+int BillParse(Transaction *transaction, const char *path, int load_mode) {
+  const ScopedReader reader(JsonReaderCreate());
+  Trace("BillParse\n");
   if (TraceIfNull(transaction)) {
     return ERR_NO_TRANSACTION;
   }
   transaction->bill = BillBlock{};
-  const int result = parseJsonFile(reader, path);
-  return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader), load_mode);
-}
-
-int ReadReturnList(Transaction *transaction, JsonReader *reader, const char *path) {
-  // Deliberate: a return list, too, starts from an empty bill.
-  transaction->bill = BillBlock{};
-  int result = parseJsonFile(reader, path);
-  Trace("Cashback File Parse Finished\n");
-  if (result == 0) {
-    result = LoadCashBack(transaction, JsonReaderRoot(reader));
-  }
-  Trace("Bill Parse Res %d\n", result);
-  return result;
-}
-
-}  // namespace
-
-int BillParse(Transaction *transaction, const char *path, int load_mode) {
-  JsonReader *reader = JsonReaderCreate();
-  Trace("BillParse\n");
-  const int result = ReadBill(transaction, reader, path, load_mode);
-  JsonReaderDestroy(reader);
-  return result;
+  const int result = parseJsonFile(reader.get(), path);
+  return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader.get()), load_mode);
 }
 
 int BillModify(Transaction *transaction, const char *path) {
@@ -70,54 +52,60 @@ int BillModify(Transaction *transaction, const char *path) {
     return ERR_NO_TRANSACTION;
   }
   // Written over, not cut and written: cutting first costs a disk many times as much.
-  const HANDLE file = FileOpen(path, "a");
-  if (!FileIsValid(file)) {
+  const ScopedFile file(FileOpen(path, "a"));
+  if (!FileIsValid(file.get())) {
     TraceError("Cant open file \"%s\"!\n", path);
     return ERR_BILL_OPEN;
   }
   FileSink sink;
-  FileSinkInit(&sink, file);
+  FileSinkInit(&sink, file.get());
   JsonPrinter printer;
   JsonPrinterInit(&printer, FileSinkWrite, &sink);
   WriteBillPart(&printer, &transaction->bill);
   JsonPrinterFree(&printer);
   FileSinkEnd(&sink);
-  FileClose(file);
   return 0;
 }
 
 int CashbackParse(Transaction *transaction, const char *path) {
-  JsonReader *reader = JsonReaderCreate();
+  const ScopedReader reader(JsonReaderCreate());
   Trace("CashbackParse\n");
-  const int result =
-      TraceIfNull(transaction) ? ERR_NO_TRANSACTION : ReadReturnList(transaction, reader, path);
-  JsonReaderDestroy(reader);
+  if (TraceIfNull(transaction)) {
+    return ERR_NO_TRANSACTION;
+  }
+  // Deliberate: a return list, too, starts from an empty bill.
+  transaction->bill = BillBlock{};
+  int result = parseJsonFile(reader.get(), path);
+  Trace("Cashback File Parse Finished\n");
+  if (result == 0) {
+    result = LoadCashBack(transaction, JsonReaderRoot(reader.get()));
+  }
+  Trace("Bill Parse Res %d\n", result);
   return result;
 }
 
 int CreateAmountBill(int32_t amount, const char *path) {
-  const HANDLE file = FileOpen(path, "w+");
+  const ScopedFile file(FileOpen(path, "w+"));
   Trace("CreateAmountBill\n");
-  if (!FileIsValid(file)) {
+  if (!FileIsValid(file.get())) {
     return ERR_BILL_OPEN;
   }
   // A fragment a write: one that fails is traced, and the rest are written all the same. The number of the
   // bill, the fee, the code and the title are what the server expects of a bill without goods.
-  WriteFormatted(file, "{\"totalSum\":%d,", amount);
-  WriteFormatted(file, "\"orderLen\":1,");
-  WriteFormatted(file, "\"billNum\":\"1\",");
-  WriteFormatted(file, "\"billDate\":\"%s\",", IsoTimestamp());
-  WriteFormatted(file, "\"partnerFee\":1000,");
-  WriteFormatted(file, "\"goodList\":{");
-  WriteFormatted(file, "\"good\":[{");
-  WriteFormatted(file, "\"title\":\"TOTAL_AMOUNT\",");
-  WriteFormatted(file, "\"productCode\":\"008\",");
-  WriteFormatted(file, "\"positionCost\":%d,", amount);
-  WriteFormatted(file, "\"orderNum\":1,");
-  WriteFormatted(file, "\"cnt\":1");
-  WriteFormatted(file, "}]}");
-  WriteFormatted(file, "}");
-  FileClose(file);
+  WriteFormatted(file.get(), "{\"totalSum\":%d,", amount);
+  WriteFormatted(file.get(), "\"orderLen\":1,");
+  WriteFormatted(file.get(), "\"billNum\":\"1\",");
+  WriteFormatted(file.get(), "\"billDate\":\"%s\",", IsoTimestamp());
+  WriteFormatted(file.get(), "\"partnerFee\":1000,");
+  WriteFormatted(file.get(), "\"goodList\":{");
+  WriteFormatted(file.get(), "\"good\":[{");
+  WriteFormatted(file.get(), "\"title\":\"TOTAL_AMOUNT\",");
+  WriteFormatted(file.get(), "\"productCode\":\"008\",");
+  WriteFormatted(file.get(), "\"positionCost\":%d,", amount);
+  WriteFormatted(file.get(), "\"orderNum\":1,");
+  WriteFormatted(file.get(), "\"cnt\":1");
+  WriteFormatted(file.get(), "}]}");
+  WriteFormatted(file.get(), "}");
   return 0;
 }
 

@@ -14,18 +14,16 @@ constexpr uint32_t kRecordBytes = 4000;
 }  // namespace
 
 int WriteTransactionRecord(const Transaction *transaction) {
-  String *record = StringCreate();
-  StringReserve(record, kRecordBytes);
-  int result = PrintTransactionRecord(transaction, record);
-  if (result == 0) {
-    result = AppendLogRecord(StringGetText(record));
-    if (isOffline(transaction)) {
-      // Deliberate: the offline journal's result takes the place of the log's.
-      result = AppendOfflineRecord(StringGetText(record));
-    }
+  const ScopedString record(StringCreate());
+  StringReserve(record.get(), kRecordBytes);
+  const int result = PrintTransactionRecord(transaction, record.get());
+  if (result != 0) {
+    return result;
   }
-  StringFree(record);
-  return result;
+  const char *text = StringGetText(record.get());
+  const int log_result = AppendLogRecord(text);
+  // Deliberate: the offline journal's result takes the place of the log's.
+  return isOffline(transaction) ? AppendOfflineRecord(text) : log_result;
 }
 
 int CompleteOperation(Transaction *transaction, CompletedOperation operation) {

@@ -57,4 +57,22 @@ int FileCopy(const char *from, const char *to);  // replaces an existing file
 int FileExists(const char *name);                // 1 for folders too
 bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 
+// A file that is closed, if it is one, at the end of the scope.
+class ScopedFile {
+ public:
+  explicit ScopedFile(HANDLE file) : file_(file) {}
+  ~ScopedFile() {
+    if (FileIsValid(file_)) {
+      FileClose(file_);
+    }
+  }
+  ScopedFile(const ScopedFile &) = delete;
+  ScopedFile &operator=(const ScopedFile &) = delete;
+
+  HANDLE get() const { return file_; }
+
+ private:
+  const HANDLE file_;
+};
+
 }  // namespace lumo

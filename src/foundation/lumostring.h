@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "foundation/scoped.h"
 #include "foundation/trace.h"
 
 namespace lumo {
@@ -24,5 +25,7 @@ int StringAppendFormat(String *string, const char *format, ...)
     LUMO_PRINTF(2, 3);                            // 1024 bytes or more: fatal
 const char *StringGetText(const String *string);  // until the next append or StringFree
 uint32_t StringGetLength(const String *string);
+
+using ScopedString = Scoped<String, StringFree>;
 
 }  // namespace lumo

@@ -161,17 +161,24 @@ struct NodeTree {
   const char *CopyKey(const char *key, uint32_t length) { return CopyText(reader, key, length); }
 };
 
-// One document on its way into a reader.
+// One document on its way into a reader. Begins zero-filled.
 struct Parse {
   JsonReader *reader;
   NodeTree tree;
   JsonDomBuilder<NodeTree> builder;
   JsonParser parser;
+
+  ~Parse() {
+    JsonParserFree(&parser);
+    JsonDomFree(&builder);
+    if (tree.items != nullptr) {
+      MemFree(tree.items, LUMO_HERE);
+    }
+  }
 };
 
 int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
   parse->reader = reader;
-  parse->tree = NodeTree();
   parse->tree.reader = reader;
   if (reader->blocks == nullptr) reader->blockSize = first_block;
   parse->builder.reallocHook = MemReallocShort;
@@ -186,22 +193,17 @@ int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
   error = JsonParserInit(&parse->parser, &config, JsonDomCallback<NodeTree>, &parse->builder);
   if (error != 0) {
     TraceError("JSON Parser: something wrong happened during init [%d]\n", error);
-    JsonDomFree(&parse->builder);
     return ERR_JSON_PARSER_INIT;
   }
   return 0;
 }
 
-// Hands the root to the reader when the parse went well, and keeps the result.
-int EndParse(Parse *parse, int result) {
-  if (result == 0) {
-    parse->reader->hasRoot = parse->builder.hasRoot;
-    if (parse->builder.hasRoot) parse->reader->root = parse->builder.root;
+// Hands the root of a document that was read to its end to the reader.
+void KeepRoot(Parse *parse) {
+  parse->reader->hasRoot = parse->builder.hasRoot;
+  if (parse->builder.hasRoot) {
+    parse->reader->root = parse->builder.root;
   }
-  JsonParserFree(&parse->parser);
-  JsonDomFree(&parse->builder);
-  if (parse->tree.items != nullptr) MemFree(parse->tree.items, LUMO_HERE);
-  return result;
 }
 
 // 0 or ERR_JSON_SYNTAX.
@@ -278,16 +280,16 @@ bool JsonReaderReadFailed(const JsonReader *reader) {
 int parseJsonFile(JsonReader *reader, const char *file_name) {
   Trace("parseJsonFile [%s]\n", file_name);
   if (reader == nullptr) return ERR_JSON_INTERNAL;
-  Parse parse;
-  const int error = BeginParse(&parse, reader, kSmallestBlock);
-  if (error != 0) return error;
-  HANDLE file = FileOpen(file_name, "r");
-  if (!FileIsValid(file)) return EndParse(&parse, ERR_JSON_FILE_OPEN);
-  int result = SkipByteOrderMark(&parse, file);
-  if (result == 0) result = FeedFile(&parse, file);
-  FileClose(file);
+  Parse parse = {};
+  int result = BeginParse(&parse, reader, kSmallestBlock);
+  if (result != 0) return result;
+  const ScopedFile file(FileOpen(file_name, "r"));
+  if (!FileIsValid(file.get())) return ERR_JSON_FILE_OPEN;
+  result = SkipByteOrderMark(&parse, file.get());
+  if (result == 0) result = FeedFile(&parse, file.get());
   reader->readFailed = result == ERR_JSON_FILE_OPEN;
-  return EndParse(&parse, result);
+  if (result == 0) KeepRoot(&parse);
+  return result;
 }
 
 int parseJsonText(JsonReader *reader, const char *text) {
@@ -295,14 +297,17 @@ int parseJsonText(JsonReader *reader, const char *text) {
   const size_t length = text != nullptr ? std::strlen(text) : 0;
   // A tree takes two to three times the room of its compact text.
   const size_t first_block = kSmallestBlock + 3 * Smaller(length, 16 * kLargestBlock);
-  Parse parse;
+  Parse parse = {};
   const int error = BeginParse(&parse, reader, first_block);
   if (error != 0) return error;
   uint32_t processed = 0;
   const int syntax = JsonParserFeed(&parse.parser, text, static_cast<uint32_t>(length), &processed);
-  if (syntax == 0) return EndParse(&parse, 0);
-  TraceError("JSON Parser Error %d %d\n", syntax, static_cast<int>(processed));
-  return EndParse(&parse, ERR_JSON_SYNTAX);
+  if (syntax != 0) {
+    TraceError("JSON Parser Error %d %d\n", syntax, static_cast<int>(processed));
+    return ERR_JSON_SYNTAX;
+  }
+  KeepRoot(&parse);
+  return 0;
 }
 
 const char *JsonText(const JsonNode &node) {

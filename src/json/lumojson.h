@@ -2,6 +2,7 @@
 // whole tree.
 #pragma once
 
+#include "foundation/scoped.h"
 #include "json/json_event.h"
 #include "json/json_printer.h"
 
@@ -30,7 +31,8 @@ struct JsonMember {
 struct JsonReader;
 
 JsonReader *JsonReaderCreate();
-void JsonReaderDestroy(JsonReader *reader);                // frees every node and text of its tree
+void JsonReaderDestroy(JsonReader *reader);  // frees every node and text of its tree
+using ScopedReader = Scoped<JsonReader, JsonReaderDestroy>;
 const JsonNode *JsonReaderRoot(const JsonReader *reader);  // null until a parse brought an object or array
 // True when the last parseJsonFile stopped because a read failed, not because the file ended.
 bool JsonReaderReadFailed(const JsonReader *reader);

@@ -46,13 +46,9 @@ int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_
       return ERR_SERVER_FAILURE;
     }
   }
-  JsonReader *reader = JsonReaderCreate();
-  int result = parseJsonText(reader, TextOrEmpty(answer));
-  if (result == 0) {
-    result = CheckDataIntegrity(transaction, JsonReaderRoot(reader));
-  }
-  JsonReaderDestroy(reader);
-  return result;
+  const ScopedReader reader(JsonReaderCreate());
+  const int result = parseJsonText(reader.get(), TextOrEmpty(answer));
+  return result != 0 ? result : CheckDataIntegrity(transaction, JsonReaderRoot(reader.get()));
 }
 
 int CheckDataIntegrity(Transaction *transaction, const JsonNode *root) {

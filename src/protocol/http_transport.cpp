@@ -92,24 +92,21 @@ void AppendRequest(String *request, const Server &server, const char *web_method
 
 // 0, ERR_REQUEST_SEND or ERR_REQUEST_BUILD.
 int SendRequest(const Transaction *transaction, const Server &server) {
-  int result = 0;
-  String *body = StringCreate();
-  String *request = StringCreate();
-  StringReserve(body, kMessageBytes);
-  if (CreateOperationRequest(transaction, body) != 0) {
-    result = ERR_REQUEST_BUILD;
-  } else {
-    AppendRequest(request, server, WebMethodName(transaction->request.type), body);
-    Trace("Sending buffer:\n%s\n", StringGetText(request));
-    const int sent = SocketSend(StringGetText(request), static_cast<int>(StringGetLength(request)));
-    if (sent < 0) {
-      TraceError("LUMO_Send error: %d\n", sent);
-      result = ERR_REQUEST_SEND;
-    }
+  const ScopedString body(StringCreate());
+  const ScopedString request(StringCreate());
+  StringReserve(body.get(), kMessageBytes);
+  if (CreateOperationRequest(transaction, body.get()) != 0) {
+    return ERR_REQUEST_BUILD;
   }
-  StringFree(request);
-  StringFree(body);
-  return result;
+  AppendRequest(request.get(), server, WebMethodName(transaction->request.type), body.get());
+  const char *text = StringGetText(request.get());
+  Trace("Sending buffer:\n%s\n", text);
+  const int sent = SocketSend(text, static_cast<int>(StringGetLength(request.get())));
+  if (sent < 0) {
+    TraceError("LUMO_Send error: %d\n", sent);
+    return ERR_REQUEST_SEND;
+  }
+  return 0;
 }
 
 // Appends the answer to `answer`. The last pass's result: below the piece's size, negative for an error.
@@ -138,19 +135,19 @@ int ReceiveAnswer(String *answer) {
 // 0, ERR_NO_RESPONSE, or the outcome of the answer.
 int ReadAnswer(Transaction *transaction) {
   Trace("Receiving \n");
-  int result = ERR_NO_RESPONSE;
-  String *answer = StringCreate();
-  StringReserve(answer, kMessageBytes);
-  const int received = ReceiveAnswer(answer);
+  const ScopedString answer(StringCreate());
+  StringReserve(answer.get(), kMessageBytes);
+  const int received = ReceiveAnswer(answer.get());
   if (received < 0) {
     TraceError("LUMO_Receive error: %d\n", received);
-  } else if (StringGetLength(answer) == 0) {
-    TraceError("No data received\n");
-  } else {
-    result = ParseOperationResponse(transaction, StringGetText(answer), StringGetLength(answer));
+    return ERR_NO_RESPONSE;
   }
-  StringFree(answer);
-  return result;
+  const uint32_t length = StringGetLength(answer.get());
+  if (length == 0) {
+    TraceError("No data received\n");
+    return ERR_NO_RESPONSE;
+  }
+  return ParseOperationResponse(transaction, StringGetText(answer.get()), length);
 }
 
 }  // namespace

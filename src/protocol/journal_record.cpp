@@ -30,13 +30,12 @@ int PrintTransactionRecord(const Transaction *transaction, String *output) {
 }
 
 int LoadLogRecord(Transaction *transaction, const char *record) {
-  JsonReader *reader = JsonReaderCreate();
+  const ScopedReader reader(JsonReaderCreate());
   Trace("LoadLogRecord\n");
-  const int result = parseJsonText(reader, TextOrEmpty(record));
+  const int result = parseJsonText(reader.get(), TextOrEmpty(record));
   if (result == 0) {
-    LoadParts(transaction, JsonReaderRoot(reader), PartSource::kRecord);
+    LoadParts(transaction, JsonReaderRoot(reader.get()), PartSource::kRecord);
   }
-  JsonReaderDestroy(reader);
   return result;
 }
 

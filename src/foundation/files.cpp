@@ -134,7 +134,7 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
     return Replaced::kNotOpened;
   }
   std::strcpy(new_name, name);
-  std::strcat(new_name, ".new");
+  std::strcpy(new_name + std::strlen(name), ".new");
   HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
   if (!FileIsValid(file)) {
     TraceOpenFailure(name);

@@ -40,7 +40,10 @@ class Server:
             answer.append(line.rstrip("\n"))
         return answer
 
-    def end(self):
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
         self.process.terminate()
         self.process.wait()
 
@@ -138,21 +141,16 @@ def run(day, server, shop, command, folder, environment):
 def main():
     first = sys.argv.index("--")
     second = sys.argv.index("--", first + 1)
-    server = Server(sys.argv[2:first])
-    with tempfile.TemporaryDirectory() as shop:
-        for file in sys.argv[first + 1:second]:
+    with tempfile.TemporaryDirectory() as shop, Server(sys.argv[2:first]) as server:
+        for file in [*sys.argv[first + 1:second], os.path.join(SOURCE, "packaging", "CONFIG.JSN")]:
             shutil.copy(file, shop)
-        shutil.copy(os.path.join(SOURCE, "packaging", "CONFIG.JSN"), shop)
         configure(shop, server)
         command = [word.replace("{shop}", shop) for word in sys.argv[second + 1:]]
-        try:
-            good = run(sys.argv[1], server, shop, command, shop, dict(os.environ, LD_LIBRARY_PATH=shop))
-        finally:
-            server.end()
+        good = run(sys.argv[1], server, shop, command, shop, dict(os.environ, LD_LIBRARY_PATH=shop))
         left = sorted(name for name in ("OFFLINE", "OFFLINE_TMP", "LOG.old") if os.path.exists(os.path.join(shop, name)))
-        if left:
-            good = False
-            print("left behind:", *left)
+    if left:
+        good = False
+        print("left behind:", *left)
     return 0 if good else 1
 
 

@@ -34,13 +34,10 @@ def main():
         os.symlink(f"{root}/usr/share/doc/liblumo-dev/examples/c/sale.c", f"{work}/register.c")
         for command in commands:
             subprocess.run(command.replace("/usr/", f"{root}/usr/"), shell=True, cwd=work, env=environment, check=True)
-        server = day.Server([os.path.abspath(sys.argv[1])])
-        try:
+        with day.Server([os.path.abspath(sys.argv[1])]) as server:
             day.configure(f"{work}/shop", server)
             good = day.run(os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, f"{work}/shop", ["shop/register", "shop"],
                            work, environment)
-        finally:
-            server.end()
         here = {os.path.basename(path) for path in files_of(f"{work}/shop")}
         if not {"CONFIG", "STATE", "LOG", "TRACE.TXT", "BILL.JSN"} <= here:
             sys.exit(f"the terminal's folder holds only {sorted(here)}")

@@ -89,8 +89,7 @@ def words_of(command, flavour):
 def sell(folder, flavour, commands, server_command):
     words, environment = words_of(server_command, flavour)
     # The README's port may be taken here: any other does.
-    server = day.Server(words[:words.index("--port")], folder)
-    try:
+    with day.Server(words[:words.index("--port")], folder) as server:
         terminal = os.path.join(folder, "terminal")
         day.configure(terminal, server)
         for command in commands[:-1]:
@@ -101,8 +100,6 @@ def sell(folder, flavour, commands, server_command):
         words, environment = words_of(commands[-1], flavour)
         if not day.run(os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, terminal, words, folder, environment):
             raise Wrong(f"{commands[-1]}: another day than expected")
-    finally:
-        server.end()
 
 
 def sell_with_stand_ins(folder):
@@ -122,6 +119,15 @@ def check_calls_of_windows_ce(folder):
     called = set(re.findall(r"_(\w+)@\d+", listed.stdout))
     if called != {"GetSystemTime"}:
         raise Wrong(f"sale.c calls of the system {called}")
+
+
+def check_till(folder, flavour):
+    """The till works where the package has put it, beside the library file."""
+    till = "terminal/register" if flavour == "linux" else "terminal/register.exe"
+    words, environment = words_of(f"{till} message -501", flavour)
+    said = subprocess.run(words, cwd=folder, env=environment, stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout
+    if "Ошибка соединения с сервером" not in said:
+        raise Wrong(f"{till} says {said}")
 
 
 def has(program):
@@ -148,6 +154,8 @@ def main():
                     tried.append("C")
             elif not {"C", "C++", "Pascal"} <= set(commands):
                 raise Wrong(f"README.txt says nothing of C, C++ or Pascal, but of {list(commands)}")
+            else:
+                check_till(os.path.join(work, unpacked), flavour)
             for language in languages or commands:
                 if not languages and not has(words_of(commands[language][0], flavour)[0][0]):
                     continue

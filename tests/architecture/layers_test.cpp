@@ -125,15 +125,23 @@ TEST(Layers, IncludeOnlyWhatStandsBelowThem) {
   }
 }
 
-TEST(Layers, HaveNoCycleBetweenFiles) {
-  // A header and its source file count as one.
+std::string Stem(const std::string &name) {
+  return name.substr(0, name.rfind('.'));
+}
+
+// Which files each file includes. A header and its source file count as one.
+std::map<std::string, std::set<std::string>> IncludeGraph() {
   std::map<std::string, std::set<std::string>> graph;
-  const auto stem = [](const std::string &name) { return name.substr(0, name.rfind('.')); };
   for (const Source &source : LibrarySources()) {
     for (const std::string &header : source.includes) {
-      if (stem(header) != stem(source.name)) graph[stem(source.name)].insert(stem(header));
+      if (Stem(header) != Stem(source.name)) graph[Stem(source.name)].insert(Stem(header));
     }
   }
+  return graph;
+}
+
+TEST(Layers, HaveNoCycleBetweenFiles) {
+  std::map<std::string, std::set<std::string>> graph = IncludeGraph();
   std::map<std::string, int> state;  // 1 on the path, 2 done
   std::vector<std::string> path;
   const std::function<void(const std::string &)> visit = [&](const std::string &file) {
@@ -147,7 +155,40 @@ TEST(Layers, HaveNoCycleBetweenFiles) {
     path.pop_back();
   };
   for (const Source &source : LibrarySources()) {
-    if (state[stem(source.name)] == 0) visit(stem(source.name));
+    if (state[Stem(source.name)] == 0) visit(Stem(source.name));
+  }
+}
+
+// The sources that the library file is made of.
+std::vector<std::string> BuiltSources() {
+  std::ifstream stream(kProject / "src" / "CMakeLists.txt");
+  std::vector<std::string> sources;
+  bool inside = false;
+  for (std::string line; std::getline(stream, line);) {
+    inside = inside || line.rfind("set(lumo_sources", 0) == 0;
+    std::smatch match;
+    if (inside && std::regex_search(line, match, std::regex("^  ([a-z0-9_/]+\\.cpp)"))) {
+      sources.push_back(match[1]);
+    }
+    if (inside && line.find(')') != std::string::npos) break;
+  }
+  return sources;
+}
+
+TEST(Layers, HoldNothingInTheLibraryFileThatNoCallReaches) {
+  std::map<std::string, std::set<std::string>> graph = IncludeGraph();
+  std::set<std::string> reached;
+  const std::function<void(const std::string &)> reach = [&](const std::string &file) {
+    if (!reached.insert(file).second) return;
+    for (const std::string &next : graph[file]) reach(next);
+  };
+  const std::vector<std::string> sources = BuiltSources();
+  ASSERT_GT(sources.size(), 40U);
+  for (const std::string &source : sources) {
+    if (source.rfind("api/", 0) == 0) reach(Stem(source));
+  }
+  for (const std::string &source : sources) {
+    EXPECT_EQ(reached.count(Stem(source)), 1U) << source;
   }
 }
 

@@ -311,6 +311,55 @@ TEST_F(Files, SeekingGivesTheNewPosition) {
   EXPECT_TRUE(CloseHandle(file));
 }
 
+TEST_F(Files, TheEndOfAFileIsWhereItIsSet) {
+  const HANDLE file = Open(LUMO_WIDE("f"), kBoth, CREATE_ALWAYS);
+  WriteSome(file, "0123456789");
+  EXPECT_EQ(SetFilePointer(file, 4, nullptr, FILE_BEGIN), 4U);
+  EXPECT_TRUE(SetEndOfFile(file));
+  EXPECT_EQ(SetFilePointer(file, 0, nullptr, FILE_END), 4U);
+  EXPECT_EQ(SetFilePointer(file, 6, nullptr, FILE_BEGIN), 6U);
+  EXPECT_TRUE(SetEndOfFile(file));
+  EXPECT_EQ(SetFilePointer(file, 0, nullptr, FILE_BEGIN), 0U);
+  EXPECT_EQ(ReadSome(file, 100), std::string("0123\0\0", 6));
+  EXPECT_TRUE(CloseHandle(file));
+}
+
+TEST_F(Files, TheEndIsNotSetThroughAReadHandle) {
+  CloseHandle(Open(LUMO_WIDE("f"), GENERIC_WRITE, CREATE_ALWAYS));
+  const HANDLE file = Open(LUMO_WIDE("f"), GENERIC_READ, OPEN_EXISTING);
+  EXPECT_FALSE(SetEndOfFile(file));
+  EXPECT_EQ(GetLastError(), 5U);
+  EXPECT_TRUE(CloseHandle(file));
+}
+
+TEST_F(Files, WhatIsWrittenCanBeFlushed) {
+  const HANDLE file = Open(LUMO_WIDE("f"), GENERIC_WRITE, CREATE_ALWAYS);
+  WriteSome(file, "x");
+  EXPECT_TRUE(FlushFileBuffers(file));
+  EXPECT_TRUE(CloseHandle(file));
+  EXPECT_FALSE(FlushFileBuffers(INVALID_HANDLE_VALUE));
+  EXPECT_EQ(GetLastError(), 6U);
+}
+
+TEST_F(Files, SizeAndTimeOfTheLastWriteCanBeAsked) {
+  const HANDLE file = Open(LUMO_WIDE("f"), GENERIC_WRITE, CREATE_ALWAYS);
+  WriteSome(file, "12345");
+  EXPECT_TRUE(CloseHandle(file));
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  ASSERT_TRUE(GetFileAttributesExW(LUMO_WIDE("f"), GetFileExInfoStandard, &data));
+  EXPECT_EQ(data.nFileSizeLow, 5U);
+  EXPECT_EQ(data.nFileSizeHigh, 0U);
+  // In tenths of a microsecond since 1601: after the year 2020 and before 2200.
+  const uint64_t time =
+      static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
+  EXPECT_GT(time, 132223104000000000U);
+  EXPECT_LT(time, 189027648000000000U);
+  EXPECT_FALSE(GetFileAttributesExW(LUMO_WIDE("none"), GetFileExInfoStandard, &data));
+  EXPECT_EQ(GetLastError(), 2U);
+  EXPECT_FALSE(GetFileAttributesExW(LUMO_WIDE("nowhere\\none"), GetFileExInfoStandard, &data));
+  EXPECT_EQ(GetLastError(), 3U);
+}
+
 TEST_F(Files, SeekingBeforeTheStartIsRefusedAndMovesNothing) {
   Write("file", "0123456789");
   const HANDLE file = Open(LUMO_WIDE("file"), GENERIC_READ, OPEN_EXISTING);

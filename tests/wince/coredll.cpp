@@ -30,6 +30,22 @@ DWORD ce_SetFilePointer(HANDLE file, LONG offset, LONG *offset_high, DWORD origi
   return SetFilePointer(file, offset, offset_high, origin);
 }
 
+BOOL ce_SetEndOfFile(HANDLE file) {
+  return SetEndOfFile(file);
+}
+
+BOOL ce_FlushFileBuffers(HANDLE file) {
+  return FlushFileBuffers(file);
+}
+
+BOOL ce_GetFileAttributesExW(const wchar_t *name, GET_FILEEX_INFO_LEVELS level, void *out_data) {
+  return GetFileAttributesExW(name, level, out_data);
+}
+
+void ce_Sleep(DWORD milliseconds) {
+  Sleep(milliseconds);
+}
+
 BOOL ce_CloseHandle(HANDLE handle) {
   return CloseHandle(handle);
 }

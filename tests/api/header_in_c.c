@@ -1,4 +1,5 @@
-/* The header in plain C: every call with the type that a register binds. */
+/* The header in plain C: every call with the type that a register binds, written out by hand: a call that
+ * changes breaks registers. */
 #include "lumo.h"
 
 typedef struct Calls {

@@ -131,7 +131,7 @@ void Shop::LoadCopy(const std::string &file_name) {
   module_ = Load(library);
   if (module_ == nullptr) throw std::runtime_error("the library file does not load");
 #define SHOP_RESOLVE(name) Resolve(module_, #name, name);
-  SHOP_LUMO_CALLS(SHOP_RESOLVE)
+  LUMO_CALLS(SHOP_RESOLVE)
 #undef SHOP_RESOLVE
 }
 

@@ -7,27 +7,9 @@
 #include <string>
 
 #include "lumo.h"
+#include "lumo_calls.h"
 #include "support/scripted_server.h"
 #include "support/test_clock.h"
-
-// The formatter moves these at every run.
-// clang-format off
-#define SHOP_LUMO_CALLS(CALL)                                                                      \
-  CALL(LUMOInit) CALL(LUMOInitExt) CALL(LUMOClean) CALL(GetErrorMessage) CALL(DllAttach)           \
-  CALL(getTerminalId) CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress)               \
-  CALL(getPingAltPort) CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(InitState)            \
-  CALL(getOfflineState) CALL(setOfflineState) CALL(getNeedUpdate) CALL(setNeedUpdate)              \
-  CALL(CreateTransaction) CALL(CloseTransaction) CALL(ActivationProc) CALL(GetActivationAmount)    \
-  CALL(BalanceProc) CALL(GetBalance) CALL(PaymentProc) CALL(PaymentAndConfirmProc)                 \
-  CALL(PaymentConfirmProc) CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult)      \
-  CALL(DepositProc) CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill)                   \
-  CALL(getResponseState) CALL(getResponseStateCode) CALL(getResponseMessage) CALL(getRRN)          \
-  CALL(GetEarnBonusAmount) CALL(GetSpendBonusAmount) CALL(GetDiscountAmount)                       \
-  CALL(getReceiptHeaderPtr) CALL(getReceiptBodyPtr) CALL(getReceiptFooterPtr) CALL(getReceiptBody) \
-  CALL(SendOfflinePayments) CALL(GenerateSummaryReport) CALL(GenerateReport) CALL(GetReportPtr)    \
-  CALL(RunUpdater) CALL(CommitUpdates) CALL(lumoVersion) CALL(lumoIsOffline)                       \
-  CALL(lumoOfflineCount) CALL(lumoClearOffline)
-// clang-format on
 
 namespace test {
 
@@ -47,7 +29,7 @@ class Shop {
   Shop &operator=(const Shop &) = delete;
 
 #define SHOP_DECLARE(name) decltype(&::name) name = nullptr;
-  SHOP_LUMO_CALLS(SHOP_DECLARE)
+  LUMO_CALLS(SHOP_DECLARE)
 #undef SHOP_DECLARE
 
   // Writes CONFIG for terminal 12345 and this server, with `more` members ("\"offlineMode\":1"), and a STATE

@@ -49,7 +49,7 @@ void Resolve(void *module, const char *name, Function &function) {
 Library::Library(const std::filesystem::path &file) : file_(std::filesystem::absolute(file)) {
   void *module = Load(file_);
 #define REGISTER_RESOLVE(name) Resolve(module, #name, name);
-  REGISTER_LUMO_CALLS(REGISTER_RESOLVE)
+  LUMO_CALLS(REGISTER_RESOLVE)
 #undef REGISTER_RESOLVE
 }
 

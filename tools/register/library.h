@@ -4,25 +4,9 @@
 #include <filesystem>
 
 #include "lumo.h"
+#include "lumo_calls.h"
 
 namespace reg {
-
-// The formatter moves these at every run.
-// clang-format off
-#define REGISTER_LUMO_CALLS(CALL)                                                                   \
-  CALL(LUMOInit) CALL(LUMOInitExt) CALL(LUMOClean) CALL(GetErrorMessage) CALL(getTerminalId)        \
-  CALL(getPingAddress) CALL(getPingPort) CALL(getPingAltAddress) CALL(getPingAltPort)               \
-  CALL(OpenShift) CALL(CloseShift) CALL(LoadState) CALL(getOfflineState) CALL(setOfflineState)      \
-  CALL(getNeedUpdate) CALL(setNeedUpdate) CALL(CreateTransaction) CALL(CloseTransaction)            \
-  CALL(ActivationProc) CALL(GetActivationAmount) CALL(BalanceProc) CALL(GetBalance)                 \
-  CALL(PaymentProc) CALL(PaymentAndConfirmProc) CALL(PaymentConfirmProc)                            \
-  CALL(PaymentCancelProc) CALL(CashBackProc) CALL(GetCashBackResult) CALL(DepositProc)              \
-  CALL(ExchangeProc) CALL(LinkCardProc) CALL(CreateAmountBill) CALL(getResponseState)               \
-  CALL(getResponseStateCode) CALL(getRRN) CALL(GetEarnBonusAmount) CALL(GetSpendBonusAmount)        \
-  CALL(GetDiscountAmount) CALL(getReceiptHeaderPtr) CALL(getReceiptBodyPtr)                         \
-  CALL(getReceiptFooterPtr) CALL(SendOfflinePayments) CALL(GenerateSummaryReport)                   \
-  CALL(GenerateReport) CALL(GetReportPtr) CALL(RunUpdater) CALL(CommitUpdates)
-// clang-format on
 
 class Library {
  public:
@@ -33,7 +17,7 @@ class Library {
   std::filesystem::path folder() const { return file_.parent_path(); }
 
 #define REGISTER_DECLARE(name) decltype(&::name) name;
-  REGISTER_LUMO_CALLS(REGISTER_DECLARE)
+  LUMO_CALLS(REGISTER_DECLARE)
 #undef REGISTER_DECLARE
 
  private:

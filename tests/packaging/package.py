@@ -116,7 +116,7 @@ def check_calls_of_windows_ce(folder):
     subprocess.run([f"{MINGW['wince-x86']}-gcc-posix", "-DUNDER_CE", "-Iinclude", "-c", "examples/c/sale.c", "-o", "sale.o"],
                    cwd=folder, check=True)
     listed = subprocess.run([f"{MINGW['wince-x86']}-nm", "-u", "sale.o"], cwd=folder, check=True, stdout=subprocess.PIPE, text=True)
-    called = set(re.findall(r"_(\w+)@\d+", listed.stdout))
+    called = set(re.findall(r"\s(?:__imp_)?_(\w+)@\d+", listed.stdout))
     if called != {"GetSystemTime"}:
         raise Wrong(f"sale.c calls of the system {called}")
 
@@ -136,9 +136,9 @@ def has(program):
 
 def main():
     flavour, *languages = sys.argv[1:]
-    name = archive_of(flavour)
-    tried = []
+    name, tried = flavour, []
     try:
+        name = archive_of(flavour)
         check_sum(name)
         with tempfile.TemporaryDirectory() as work:
             subprocess.run(["cmake", "-E", "tar", "xf", os.path.join(PACKAGES, name)], cwd=work, check=True)

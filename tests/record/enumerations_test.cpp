@@ -1,11 +1,13 @@
 // tests/record/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
 #include "record/enumerations.h"
 
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "support/record_fixture.h"
+#include "support/state_codes.h"
 
 namespace {
 
@@ -29,6 +31,7 @@ std::ostream &operator<<(std::ostream &out, const Vocabulary &vocabulary) {
   return out << vocabulary.name;
 }
 
+// The words as the protocol has them, written out by hand.
 const Vocabulary kVocabularies[] = {
     {"ActivationType",
      From<lumo::ActivationTypeFromString>,
@@ -46,39 +49,7 @@ const Vocabulary kVocabularies[] = {
     {"RequestStateCode",
      From<lumo::RequestStateCodeFromString>,
      To<lumo::RequestStateCode, lumo::RequestStateCodeToString>,
-     {"OK",
-      "INTERNAL_ERROR",
-      "REQUEST_NOT_FOUND",
-      "REQUEST_PARSING_ERROR",
-      "UNSUPPORTED_PROTOCOL_VERSION",
-      "INCORRECT_REQUEST_PARAM",
-      "UNKNOWN_TERMINAL",
-      "LOCKED_TERMINAL",
-      "ACTIVATION_REQUIRED",
-      "LOCKED_CARD",
-      "CARD_NOT_FOUND",
-      "CARD_NUMBER_INCORRECT",
-      "ALREADY_ACTIVATED",
-      "ACTIVATION_SUM_TYPE_REQUIRED",
-      "ACTIVATION_BLOCK_REQUIRED",
-      "REFERRAL_NOT_FOUND",
-      "REFERRAL_LIMIT_REACHED",
-      "INCORRECT_BILL",
-      "UNPROCESSED_BILL",
-      "BILL_NOT_FOUND",
-      "UNKNOWN_USER",
-      "INCORRECT_SUM",
-      "UNKNOWN_CASH_BACK_TYPE",
-      "INCORRECT_TOKEN",
-      "RETAIL_POINT_CONFIG_ERROR",
-      "REQUEST_ID_EMPTY",
-      "INCORRECT_REQUEST_ID",
-      "BILL_INCORRECT_STATE",
-      "UPDATE_REQUIRED",
-      "ZERO_ACTIVATION_ERROR",
-      "INCORRECT_REQUEST",
-      "DUPLICATE_REQUEST_ID",
-      "SMS_AUTH_FAILED"}},
+     {std::begin(test::kStateCodes), std::end(test::kStateCodes)}},
     {"AccountType",
      From<lumo::AccountTypeFromString>,
      To<lumo::AccountType, lumo::AccountTypeToString>,

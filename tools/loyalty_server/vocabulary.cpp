@@ -1,48 +1,67 @@
 #include "loyalty_server/vocabulary.h"
 
+#include "record/state_codes.h"
+
 namespace loyalty {
 namespace {
 
+// The protocol's words; the order is that of Code.
+constexpr std::array<const char *, kCodeCount> kCodeNames = {{
+#define LUMO_STATE_CODE(name) #name,
+    LUMO_STATE_CODES(LUMO_STATE_CODE)
+#undef LUMO_STATE_CODE
+}};
+
 struct CodeWords {
-  const char *name;
+  Code code;
   const char *message;
 };
 
-constexpr std::array<CodeWords, kCodeCount> kCodes = {{
-    {"OK", "Операция выполнена"},
-    {"INTERNAL_ERROR", "Внутренняя ошибка сервера"},
-    {"REQUEST_NOT_FOUND", "Запрос не найден"},
-    {"REQUEST_PARSING_ERROR", "Запрос не читается"},
-    {"UNSUPPORTED_PROTOCOL_VERSION", "Версия протокола не поддерживается"},
-    {"INCORRECT_REQUEST_PARAM", "Неверный параметр запроса"},
-    {"UNKNOWN_TERMINAL", "Терминал не зарегистрирован"},
-    {"LOCKED_TERMINAL", "Терминал заблокирован"},
-    {"ACTIVATION_REQUIRED", "Карта не активирована"},
-    {"LOCKED_CARD", "Карта заблокирована"},
-    {"CARD_NOT_FOUND", "Карта не найдена"},
-    {"CARD_NUMBER_INCORRECT", "Неверный номер карты"},
-    {"ALREADY_ACTIVATED", "Карта уже активирована"},
-    {"ACTIVATION_SUM_TYPE_REQUIRED", "Не указан счет для зачисления"},
-    {"ACTIVATION_BLOCK_REQUIRED", "Не указаны данные активации"},
-    {"REFERRAL_NOT_FOUND", "Карта пригласившего не найдена"},
-    {"REFERRAL_LIMIT_REACHED", "Исчерпано число приглашений"},
-    {"INCORRECT_BILL", "Ошибка в счете"},
-    {"UNPROCESSED_BILL", "Покупка еще не подтверждена"},
-    {"BILL_NOT_FOUND", "Покупка не найдена"},
-    {"UNKNOWN_USER", "Кассир не зарегистрирован"},
-    {"INCORRECT_SUM", "Неверная сумма"},
-    {"UNKNOWN_CASH_BACK_TYPE", "Неизвестный вид возврата"},
-    {"INCORRECT_TOKEN", "Неверный код замены карты"},
-    {"RETAIL_POINT_CONFIG_ERROR", "Ошибка в настройках торговой точки"},
-    {"REQUEST_ID_EMPTY", "Не указан номер запроса"},
-    {"INCORRECT_REQUEST_ID", "Неверный номер запроса"},
-    {"BILL_INCORRECT_STATE", "Операция с этой покупкой невозможна"},
-    {"UPDATE_REQUIRED", "Требуется обновление программы"},
-    {"ZERO_ACTIVATION_ERROR", "Сумма подарочной карты равна нулю"},
-    {"INCORRECT_REQUEST", "Неверный запрос"},
-    {"DUPLICATE_REQUEST_ID", "Запрос с таким номером уже выполнен"},
-    {"SMS_AUTH_FAILED", "Код из сообщения не подтвержден"},
+constexpr std::array<CodeWords, kCodeCount> kCodeMessages = {{
+    {Code::kOk, "Операция выполнена"},
+    {Code::kInternalError, "Внутренняя ошибка сервера"},
+    {Code::kRequestNotFound, "Запрос не найден"},
+    {Code::kRequestParsingError, "Запрос не читается"},
+    {Code::kUnsupportedProtocolVersion, "Версия протокола не поддерживается"},
+    {Code::kIncorrectRequestParam, "Неверный параметр запроса"},
+    {Code::kUnknownTerminal, "Терминал не зарегистрирован"},
+    {Code::kLockedTerminal, "Терминал заблокирован"},
+    {Code::kActivationRequired, "Карта не активирована"},
+    {Code::kLockedCard, "Карта заблокирована"},
+    {Code::kCardNotFound, "Карта не найдена"},
+    {Code::kCardNumberIncorrect, "Неверный номер карты"},
+    {Code::kAlreadyActivated, "Карта уже активирована"},
+    {Code::kActivationSumTypeRequired, "Не указан счет для зачисления"},
+    {Code::kActivationBlockRequired, "Не указаны данные активации"},
+    {Code::kReferralNotFound, "Карта пригласившего не найдена"},
+    {Code::kReferralLimitReached, "Исчерпано число приглашений"},
+    {Code::kIncorrectBill, "Ошибка в счете"},
+    {Code::kUnprocessedBill, "Покупка еще не подтверждена"},
+    {Code::kBillNotFound, "Покупка не найдена"},
+    {Code::kUnknownUser, "Кассир не зарегистрирован"},
+    {Code::kIncorrectSum, "Неверная сумма"},
+    {Code::kUnknownCashBackType, "Неизвестный вид возврата"},
+    {Code::kIncorrectToken, "Неверный код замены карты"},
+    {Code::kRetailPointConfigError, "Ошибка в настройках торговой точки"},
+    {Code::kRequestIdEmpty, "Не указан номер запроса"},
+    {Code::kIncorrectRequestId, "Неверный номер запроса"},
+    {Code::kBillIncorrectState, "Операция с этой покупкой невозможна"},
+    {Code::kUpdateRequired, "Требуется обновление программы"},
+    {Code::kZeroActivationError, "Сумма подарочной карты равна нулю"},
+    {Code::kIncorrectRequest, "Неверный запрос"},
+    {Code::kDuplicateRequestId, "Запрос с таким номером уже выполнен"},
+    {Code::kSmsAuthFailed, "Код из сообщения не подтвержден"},
 }};
+
+constexpr bool MessagesAreInOrder() {
+  for (std::size_t i = 0; i < kCodeCount; ++i) {
+    if (kCodeMessages[i].code != static_cast<Code>(i)) {
+      return false;
+    }
+  }
+  return true;
+}
+static_assert(MessagesAreInOrder());
 
 constexpr std::array<const char *, kAccountTypes> kAccounts = {"GLOBAL", "LOCAL", "DISCOUNT"};
 
@@ -62,16 +81,16 @@ const OperationNames *FindOperation(std::string_view method) {
 }
 
 const char *CodeName(Code code) {
-  return kCodes.at(static_cast<std::size_t>(code)).name;
+  return kCodeNames.at(static_cast<std::size_t>(code));
 }
 
 const char *CodeMessage(Code code) {
-  return kCodes.at(static_cast<std::size_t>(code)).message;
+  return kCodeMessages.at(static_cast<std::size_t>(code)).message;
 }
 
 bool FindCode(std::string_view name, Code *out_code) {
-  for (std::size_t i = 0; i < kCodes.size(); ++i) {
-    if (name == kCodes[i].name) {
+  for (std::size_t i = 0; i < kCodeNames.size(); ++i) {
+    if (name == kCodeNames[i]) {
       *out_code = static_cast<Code>(i);
       return true;
     }

@@ -69,6 +69,10 @@ inline std::string Document(const loyalty::OperationNames &operation, Head head,
   return text + "}}";
 }
 
+inline nlohmann::json AnswerOf(const loyalty::Reply &reply) {
+  return nlohmann::json::parse(reply.answer);
+}
+
 // Two positions, 100.00 and 9.99.
 inline constexpr const char *kGoods =
     R"({"good":[{"title":"Чай","productCode":"008","positionCost":10000,"orderNum":1,"cnt":4},)"
@@ -97,8 +101,9 @@ class Terminal {
     last_id = request_id.empty() ? NextId() : request_id;
     head.requestId = Quoted(last_id);
     const loyalty::Reply reply = programme_->Handle(operation, Document(operation, head, part));
-    name = reply.document.begin().key();
-    return nlohmann::json::parse(reply.document.begin().value().dump());
+    const nlohmann::json answer = AnswerOf(reply);
+    name = answer.begin().key();
+    return answer.begin().value();
   }
 
   std::string Code(const char *method, const std::string &card, const std::string &part = "",

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <asio.hpp>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 
@@ -62,6 +63,26 @@ class Client {
  private:
   asio::io_context context_;
   asio::ip::tcp::socket socket_;
+};
+
+// A connection that is being opened.
+class Opening {
+ public:
+  explicit Opening(std::uint16_t port) : socket_(context_) {
+    socket_.async_connect(asio::ip::tcp::endpoint(asio::ip::make_address("127.0.0.1"), port),
+                          [this](const asio::error_code &) { is_over_ = true; });
+  }
+
+  // Whether it is open, or has failed, before so much time has gone by.
+  bool IsOver(std::chrono::milliseconds most) {
+    context_.run_for(most);
+    return is_over_;
+  }
+
+ private:
+  asio::io_context context_;
+  asio::ip::tcp::socket socket_;
+  bool is_over_ = false;
 };
 
 // As a terminal writes it: bare line feeds, no protocol version, one line feed behind the body.

@@ -27,9 +27,10 @@ void ExpectSound(const loyalty::Programme &programme) {
 }
 
 void ExpectAnswer(const loyalty::OperationNames &operation, const loyalty::Reply &reply) {
-  ASSERT_EQ(reply.document.size(), 1u);
-  ASSERT_EQ(reply.document.begin().key(), operation.response);
-  const auto &response = reply.document.begin().value()["response"];
+  const json answer = bench::AnswerOf(reply);
+  ASSERT_EQ(answer.size(), 1u);
+  ASSERT_EQ(answer.begin().key(), operation.response);
+  const json &response = answer.begin().value()["response"];
   ASSERT_EQ(response["requestStateCode"], loyalty::CodeName(reply.code));
   ASSERT_NE(reply.code, loyalty::Code::kInternalError) << reply.details;
 }

@@ -50,7 +50,7 @@ TEST_F(ProgrammeRules, AnAnswerIsWrittenPartByPart) {
   const loyalty::Reply reply = programme.Handle(*FindOperation("payment"),
                                                 bench::Document(*FindOperation("payment"), head, Bill(true)));
   EXPECT_EQ(
-      reply.document.dump(),
+      reply.answer,
       R"({"putPaymentResponse":{"response":{"ver":"1.0","requestId":"1234512120500001","responseId":"1",)"
       R"("responseDate":"2012-12-05T10:30:30Z","requestState":"SUCCESS","requestStateCode":"OK",)"
       R"("message":"Операция выполнена","isNeedUpdate":false},"bill":{"totalSum":10999,"billNum":"17","orderLen":2,)"
@@ -75,7 +75,7 @@ TEST_F(ProgrammeRules, ARefusalHoldsTheResponsePartAlone) {
   const loyalty::Reply reply =
       programme.Handle(*FindOperation("balance"), bench::Document(*FindOperation("balance"), head));
   EXPECT_EQ(
-      reply.document.dump(),
+      reply.answer,
       R"({"getBalanceResponse":{"response":{"ver":"1.0","requestId":"1234512120500001","responseId":"1",)"
       R"("responseDate":"2012-12-05T10:30:30Z","requestState":"ERROR","requestStateCode":"CARD_NOT_FOUND",)"
       R"("message":"Карта не найдена","isNeedUpdate":false}}})");
@@ -200,23 +200,22 @@ TEST_F(ProgrammeRules, ADocumentThatIsNoRequestIsRefusedWithItsCode) {
   };
   for (const Row &row : rows) {
     const loyalty::Reply reply = programme.Handle(*FindOperation("balance"), row.document);
-    EXPECT_EQ(reply.document["getBalanceResponse"]["response"]["requestStateCode"], row.code) << row.document;
+    EXPECT_EQ(bench::AnswerOf(reply)["getBalanceResponse"]["response"]["requestStateCode"], row.code)
+        << row.document;
   }
 }
 
 TEST_F(ProgrammeRules, AnIdThatCannotBeReadIsNotEchoed) {
-  const auto &balance = *FindOperation("balance");
-  EXPECT_FALSE(
-      programme.Handle(balance, "{").document["getBalanceResponse"]["response"].contains("requestId"));
+  const auto response = [this](const std::string &document) {
+    return bench::AnswerOf(
+        programme.Handle(*FindOperation("balance"), document))["getBalanceResponse"]["response"];
+  };
+  EXPECT_FALSE(response("{").contains("requestId"));
   Head head;
   head.requestId = R"("")";
-  EXPECT_FALSE(programme.Handle(balance, bench::Document(balance, head))
-                   .document["getBalanceResponse"]["response"]
-                   .contains("requestId"));
+  EXPECT_FALSE(response(bench::Document(*FindOperation("balance"), head)).contains("requestId"));
   head.requestId = R"("odd")";
-  EXPECT_EQ(programme.Handle(balance, bench::Document(balance, head))
-                .document["getBalanceResponse"]["response"]["requestId"],
-            "odd");
+  EXPECT_EQ(response(bench::Document(*FindOperation("balance"), head))["requestId"], "odd");
 }
 
 TEST_F(ProgrammeRules, OnlyListedCashiersMayWorkOnceThereIsAList) {
@@ -311,8 +310,8 @@ TEST_F(ProgrammeRules, TheLastIdOfATerminalIsTheHighestItSent) {
     const auto &rrn = *FindOperation("rrn");
     const loyalty::Reply reply = programme.Handle(rrn, bench::Document(rrn, head));
     EXPECT_EQ(reply.code, loyalty::Code::kOk);
-    EXPECT_EQ(reply.document["getLastRrnResponse"]["response"]["requestId"], "0000000000000000");
-    return reply.document["getLastRrnResponse"]["rrn"]["rrNumber"].get<std::string>();
+    EXPECT_EQ(bench::AnswerOf(reply)["getLastRrnResponse"]["response"]["requestId"], "0000000000000000");
+    return bench::AnswerOf(reply)["getLastRrnResponse"]["rrn"]["rrNumber"].get<std::string>();
   };
   EXPECT_EQ(last("12345"), "");
   struct Row {
@@ -355,8 +354,8 @@ std::string Echo(loyalty::Programme *shop, const std::string &id,
   head.isOffline = "true";
   head.requestId = Quoted(id);
   const auto &payment = *FindOperation("payment");
-  return shop->Handle(payment, bench::Document(payment, head, Bill(false)), refusal)
-      .document["putPaymentResponse"]["response"]["requestId"]
+  return bench::AnswerOf(shop->Handle(payment, bench::Document(payment, head, Bill(false)),
+                                      refusal))["putPaymentResponse"]["response"]["requestId"]
       .get<std::string>();
 }
 
@@ -935,7 +934,7 @@ TEST_F(ProgrammeRules, ARefusalOnDemandIsEchoedAndDoesNothing) {
   const auto &deposit = *FindOperation("deposit");
   const loyalty::Reply reply = programme.Handle(deposit, bench::Document(deposit, Head(), R"({"amount":5})"),
                                                 loyalty::Code::kSmsAuthFailed);
-  const auto &response = reply.document["putDepositResponse"]["response"];
+  const json response = bench::AnswerOf(reply)["putDepositResponse"]["response"];
   EXPECT_EQ(response["requestId"], "1234512120500001");
   EXPECT_EQ(response["requestState"], "ERROR");
   EXPECT_EQ(response["requestStateCode"], "SMS_AUTH_FAILED");

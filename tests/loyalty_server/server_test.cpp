@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "loyalty_server/bench.h"
@@ -53,6 +54,28 @@ class BenchServer : public testing::Test {
 
   std::string Ask(const char *method, const std::string &part = "", const std::string &card = "100") {
     return Exchange(server->port(), method, Request(method, part, card));
+  }
+
+  void AwaitFault(const std::string &text) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (std::chrono::steady_clock::now() < end) {
+      const std::uint64_t revision = server->revision();
+      if (loyalty::FaultText(server->fault()) == text) return;
+      server->AwaitChange(revision, std::chrono::seconds(20));
+    }
+    FAIL() << "the fault is " << loyalty::FaultText(server->fault());
+  }
+
+  // Whether a send fails, once the client knows that the connection is gone.
+  bool IsHungUp() {
+    Client client(server->port());
+    client.ReceiveUntilReset();
+    try {
+      client.Send(Post("ad", Request("ad")));
+    } catch (const std::system_error &) {
+      return true;
+    }
+    return false;
   }
 
   std::string Balance(const std::string &card) {
@@ -174,6 +197,105 @@ TEST_F(BenchServer, LogsEachExchangeReadably) {
                 ad + "  [cut 10]");
   EXPECT_THAT(ad, testing::EndsWith(" out 10"));
   EXPECT_EQ(log[4], "2012-12-05T10:30:30Z ad  not done" + error_page + "  [http 500]");
+}
+
+TEST_F(BenchServer, TheExchangesAreRemembered) {
+  const std::string request = Request("deposit", R"({"amount":5})", "200");
+  const std::string answer = Exchange(server->port(), "deposit", request);
+  server->SetFault(ParseFault("http 500"));
+  Ask("ad");
+  Exchange(server->port(), "teapot", "{}");
+  const std::vector<loyalty::Exchange> exchanges = server->ExchangesAfter(0);
+  ASSERT_EQ(exchanges.size(), 3u);
+  EXPECT_EQ(exchanges[0].number, 1u);
+  EXPECT_EQ(exchanges[0].time, "2012-12-05T10:30:30Z");
+  EXPECT_EQ(exchanges[0].terminal, "12345");
+  EXPECT_EQ(exchanges[0].operation, "deposit");
+  EXPECT_EQ(exchanges[0].card, "200");
+  EXPECT_EQ(exchanges[0].requestId, "1234512120500001");
+  EXPECT_EQ(exchanges[0].details, "amount 0.05");
+  EXPECT_TRUE(exchanges[0].isDone);
+  EXPECT_EQ(exchanges[0].code, loyalty::Code::kOk);
+  EXPECT_EQ(exchanges[0].fault, "");
+  EXPECT_EQ(exchanges[0].request, request);
+  EXPECT_EQ(exchanges[0].answer, answer);
+  EXPECT_EQ(exchanges[0].requestBytes, request.size());
+  EXPECT_EQ(exchanges[0].answerBytes, answer.size());
+  EXPECT_FALSE(exchanges[1].isDone);
+  EXPECT_EQ(exchanges[1].fault, "http 500");
+  EXPECT_THAT(exchanges[1].answer, HasSubstr("HTTP Status 500"));
+  EXPECT_THAT(exchanges[2].note, HasSubstr("no operation teapot"));
+  ASSERT_EQ(server->ExchangesAfter(2).size(), 1u);
+  EXPECT_EQ(server->ExchangesAfter(2)[0].number, 3u);
+  EXPECT_TRUE(server->ExchangesAfter(3).empty());
+}
+
+TEST_F(BenchServer, TheOldestExchangesAreForgotten) {
+  server.reset();
+  options.mostKept = 2;
+  Start();
+  for (int i = 0; i < 3; ++i) Ask("ad");
+  ASSERT_EQ(server->ExchangesAfter(0).size(), 2u);
+  EXPECT_EQ(server->ExchangesAfter(0)[0].number, 2u);
+  server.reset();
+  options.mostBytesKept = 100000;
+  Start();
+  const std::string title(70000, 'x');
+  const std::string goods =
+      R"({"good":[{"title":")" + title + R"(","productCode":"b","positionCost":100,"orderNum":1,"cnt":1}]})";
+  Ask("ad");
+  Ask("payment", bench::Bill(false, goods, 100, 1));
+  EXPECT_TRUE(server->ExchangesAfter(0).empty()) << "more than may be kept by itself";
+  Ask("ad");
+  EXPECT_EQ(server->ExchangesAfter(0).size(), 1u);
+}
+
+TEST_F(BenchServer, OnlyTheBeginningOfALongTextIsRemembered) {
+  const std::string rubbish(100000, 'x');
+  server->SetFault(ParseFault("rubbish " + rubbish));
+  Ask("ad");
+  const loyalty::Exchange exchange = server->ExchangesAfter(0).at(0);
+  EXPECT_EQ(exchange.answer.size(), 65536u);
+  EXPECT_EQ(exchange.answerBytes, 100000u);
+}
+
+TEST_F(BenchServer, WhoWaitsForAChangeIsWoken) {
+  const std::uint64_t revision = server->revision();
+  EXPECT_EQ(server->AwaitChange(revision, std::chrono::milliseconds(1)), revision) << "nothing has changed";
+  EXPECT_EQ(server->AwaitChange(revision + 1, std::chrono::hours(1)), revision) << "of another server's life";
+  std::thread waiting([&] { EXPECT_GT(server->AwaitChange(revision, std::chrono::hours(1)), revision); });
+  Ask("ad");
+  waiting.join();
+  const std::function<void()> changes[] = {
+      [&] { server->SetFault(ParseFault("off")); },
+      [&] { server->Visit([](loyalty::Programme &) {}); },
+      [&] { server->WakeWaiting(); },
+  };
+  for (const auto &change : changes) {
+    const std::uint64_t before = server->revision();
+    change();
+    EXPECT_GT(server->revision(), before);
+  }
+  const std::uint64_t before = server->revision();
+  server->Look([](const loyalty::Programme &) {});
+  EXPECT_EQ(server->revision(), before) << "a look changes nothing";
+}
+
+TEST_F(BenchServer, AnAddressThatCannotBeListenedOnIsNamed) {
+  const auto complaint = [](const loyalty::ServerOptions &wrong) -> std::string {
+    try {
+      loyalty::Server(bench::MakeProgramme(), wrong);
+    } catch (const std::system_error &error) {
+      return error.what();
+    }
+    return "none";
+  };
+  loyalty::ServerOptions wrong;
+  wrong.port = server->port();
+  EXPECT_THAT(complaint(wrong), testing::StartsWith("cannot listen on " + server->address() + ": "));
+  wrong.address = "nowhere";
+  wrong.port = 8080;
+  EXPECT_THAT(complaint(wrong), testing::StartsWith("cannot listen on nowhere:8080: "));
 }
 
 // --- Clients that misbehave
@@ -299,6 +421,74 @@ TEST_F(BenchServer, RefuseTurnsClientsAwayKeepsThePortAndOffOpensIt) {
     server->SetFault(ParseFault("off"));
     EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
   }
+}
+
+TEST_F(BenchServer, AFaultThatLastsForAWhileIsOffAfterwards) {
+  server->SetFault(ParseFault("refuse for 100"));
+  EXPECT_THROW(Client{server->port()}, std::system_error);
+  EXPECT_EQ(loyalty::FaultText(server->fault()), "refuse for 100");
+  AwaitFault("off");
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+  server->SetFault(ParseFault("http 500 for 100"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("HTTP Status 500"));
+  AwaitFault("off");
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+}
+
+TEST_F(BenchServer, ANewFaultEndsTheTimeOfTheOneBefore) {
+  server->SetFault(ParseFault("http 500 for 50"));
+  server->SetFault(ParseFault("http 400"));
+  server->SetFault(ParseFault("refuse for 150"));
+  EXPECT_THROW(Client{server->port()}, std::system_error) << "not cut short by the first one";
+  const auto start = std::chrono::steady_clock::now();
+  AwaitFault("off");
+  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+}
+
+TEST_F(BenchServer, OneFaultAfterAnotherAsTheScriptSays) {
+  server->SetFaults(loyalty::ParseFaultScript("http 500\noff\nrefuse for 100\nhangup\ncut 5\n"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("HTTP Status 500"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+  EXPECT_THROW(Client{server->port()}, std::system_error);
+  AwaitFault("hangup times 1");
+  EXPECT_TRUE(IsHungUp());
+  EXPECT_EQ(Ask("ad").size(), 5u);
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+  EXPECT_EQ(server->faults().step_count(), 0u);
+}
+
+TEST_F(BenchServer, HangUpMakesTheSendFail) {
+  server->SetFault(ParseFault("hangup"));
+  EXPECT_TRUE(IsHungUp());
+  EXPECT_TRUE(IsHungUp());
+  EXPECT_THAT(Lines(2)[0], HasSubstr("connection reset before its request  [hangup]"));
+  EXPECT_EQ(server->exchanges(), 0u);
+  server->SetFault(ParseFault("off"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+}
+
+TEST_F(BenchServer, ABlackHoleLetsNoConnectionOpenOrFail) {
+#if defined(__linux__)
+  Client open(server->port());
+  server->SetFault(ParseFault("blackhole"));
+  bench::Opening opening(server->port());
+  EXPECT_FALSE(opening.IsOver(std::chrono::milliseconds(100)));
+  server->SetFault(ParseFault("off"));
+  EXPECT_TRUE(opening.IsOver(std::chrono::seconds(10))) << "the client's next attempt gets through";
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+  server->SetFault(ParseFault("blackhole"));
+  open.Send(Post("ad", Request("ad")));
+  EXPECT_THAT(open.ReceiveAll(), HasSubstr("SUCCESS")) << "what is open stays open";
+  server->SetFault(ParseFault("refuse"));
+  EXPECT_THROW(Client{server->port()}, std::system_error);
+  server->SetFault(ParseFault("blackhole for 100"));
+  AwaitFault("off");
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
+#else
+  EXPECT_THROW(server->SetFault(ParseFault("blackhole")), std::invalid_argument);
+  EXPECT_THROW(server->SetFaults(loyalty::ParseFaultScript("off\nblackhole for 5\n")), std::invalid_argument);
+  EXPECT_EQ(loyalty::FaultText(server->fault()), "off");
+#endif
 }
 
 TEST_F(BenchServer, SilenceTakesTheRequestAndKeepsTheConnection) {

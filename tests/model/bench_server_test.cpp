@@ -1,6 +1,7 @@
 // model/bench_server_test.cpp: what a register sees when the bench's server does one thing or another.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -61,5 +62,26 @@ TEST_F(BenchServer, ARegisterRepeatsItsIdsWhereAReplayIsAnsweredWithTheRecordsOw
   Open(programme, R"("offlineMode":1)");
   EXPECT_EQ(PayAfterReplay(), "DUPLICATE_REQUEST_ID");
 }
+
+// The reset is on its way as soon as the connection is open. A register that has sent before it arrives meets
+// it when it reads.
+TEST_F(BenchServer, ARegisterMeetsAConnectionThatIsHungUp) {
+  Open(loyalty::BuiltInShop());
+  SetFault("hangup");
+  EXPECT_THAT(Pay(), testing::AnyOf("-410", "-401"));
+  server->Look([](const loyalty::Programme &programme) { EXPECT_TRUE(programme.payments().empty()); });
+  SetFault("off");
+  EXPECT_EQ(Pay(), "OK");
+}
+
+#if defined(__linux__)
+TEST_F(BenchServer, ARegisterWaitsItsTimeOutForABlackHole) {
+  Open(loyalty::BuiltInShop(), R"("timeout":1)");
+  SetFault("blackhole");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Pay(), "-501");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+#endif
 
 }  // namespace

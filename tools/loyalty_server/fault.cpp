@@ -1,29 +1,20 @@
 #include "loyalty_server/fault.h"
 
+#include <algorithm>
 #include <charconv>
+#include <nlohmann/json.hpp>
+#include <random>
 #include <sstream>
 #include <stdexcept>
-#include <vector>
 
 namespace loyalty {
 namespace {
 
 using nlohmann::ordered_json;
-
-struct KindWord {
-  FaultKind kind;
-  const char *word;
-};
-
-constexpr KindWord kWords[] = {
-    {FaultKind::kOff, "off"},     {FaultKind::kRefuse, "refuse"},       {FaultKind::kSilence, "silence"},
-    {FaultKind::kHttp, "http"},   {FaultKind::kRefusal, "refusal"},     {FaultKind::kRubbish, "rubbish"},
-    {FaultKind::kDelay, "delay"}, {FaultKind::kPieces, "pieces"},       {FaultKind::kCut, "cut"},
-    {FaultKind::kReset, "reset"}, {FaultKind::kDuplicate, "duplicate"}, {FaultKind::kWithout, "without"},
-    {FaultKind::kExtra, "extra"}, {FaultKind::kName, "name"},
-};
+using Pointer = ordered_json::json_pointer;
 
 constexpr const char *kRubbish = "<<< rubbish \x01\x02 }]{[ \"\\u12 >>>";
+constexpr int kMost = 1000000000;
 
 struct PartSample {
   const char *part;
@@ -49,8 +40,23 @@ constexpr PartSample kSamples[] = {
   throw std::invalid_argument(what);
 }
 
-bool ReadNumber(const std::string &word, int most, int *out) {
-  int number = 0;
+const FaultForm *FindForm(std::string_view word) {
+  for (const FaultForm &form : FaultForms()) {
+    if (word == form.word) return &form;
+  }
+  return nullptr;
+}
+
+const char *WordOf(FaultKind kind) {
+  for (const FaultForm &form : FaultForms()) {
+    if (form.kind == kind) return form.word;
+  }
+  return "off";
+}
+
+template <typename Number>
+bool ReadNumber(const std::string &word, Number most, Number *out) {
+  Number number = 0;
   const auto result = std::from_chars(word.data(), word.data() + word.size(), number);
   if (result.ec != std::errc() || result.ptr != word.data() + word.size()) return false;
   if (number < 0 || number > most) return false;
@@ -58,150 +64,222 @@ bool ReadNumber(const std::string &word, int most, int *out) {
   return true;
 }
 
-int NumberOf(const std::vector<std::string> &words, std::size_t index, int least, int most) {
-  int number = 0;
-  if (index >= words.size() || !ReadNumber(words[index], most, &number) || number < least) {
-    Wrong(words[0] + ": a number from " + std::to_string(least) + " to " + std::to_string(most) +
-          " is expected");
+// The words of a fault, taken one by one.
+class Words {
+ public:
+  explicit Words(std::string_view text) {
+    std::istringstream stream{std::string(text)};
+    for (std::string word; stream >> word;) words_.push_back(word);
   }
-  return number;
+
+  bool IsEmpty() const { return next_ >= words_.size(); }
+  const std::string &First() const { return words_.front(); }
+  const std::string &Peek() const { return words_[next_]; }
+  std::string Take(const char *what) {
+    if (IsEmpty()) Wrong(First() + ": " + what + " is expected");
+    return words_[next_++];
+  }
+  int TakeNumber(int least, int most) {
+    int number = 0;
+    if (IsEmpty() || !ReadNumber(words_[next_], most, &number) || number < least) {
+      Wrong(First() + ": a number from " + std::to_string(least) + " to " + std::to_string(most) +
+            " is expected");
+    }
+    ++next_;
+    return number;
+  }
+  std::string TakeRest() {
+    std::string text;
+    for (; !IsEmpty(); ++next_) text += (text.empty() ? "" : " ") + words_[next_];
+    return text;
+  }
+
+  // The last two words, when there are two behind the first one; see DropPair.
+  bool FindPair(std::string *out_key, std::string *out_value) const {
+    if (words_.size() < 3) return false;
+    *out_key = words_[words_.size() - 2];
+    *out_value = words_.back();
+    return true;
+  }
+  void DropPair() { words_.resize(words_.size() - 2); }
+
+ private:
+  std::vector<std::string> words_;
+  std::size_t next_ = 0;
+};
+
+// "on METHOD", "times N" and "for MS", in any order.
+void TakeLimits(Words *words, Fault *fault) {
+  std::string key;
+  std::string value;
+  while (words->FindPair(&key, &value)) {
+    if (key == "times" && ReadNumber(value, 1000000, &fault->times)) {
+      if (fault->times == 0) Wrong("times: at least 1");
+    } else if (key == "for" && ReadNumber(value, kMost, &fault->milliseconds)) {
+      if (fault->milliseconds == 0) Wrong("for: at least 1 millisecond");
+    } else if (key == "on" && FindOperation(value) != nullptr) {
+      fault->operation = FindOperation(value);
+    } else {
+      break;
+    }
+    words->DropPair();
+  }
+  const std::string &word = words->First();
+  if (IsOfConnection(fault->kind) && fault->operation != nullptr) {
+    Wrong(word + ": it comes before the request and cannot know its operation");
+  }
+  const bool is_seen = fault->kind != FaultKind::kRefuse && fault->kind != FaultKind::kBlackHole;
+  if (!is_seen && fault->times != kUntilOff) {
+    Wrong(word + ": a connection that does not come about is not counted; say how long it lasts, for MS");
+  }
 }
 
-const char *WordOf(FaultKind kind) {
-  for (const KindWord &entry : kWords) {
-    if (entry.kind == kind) return entry.word;
+// A path as people write it, response/message, or as a JSON pointer.
+Pointer PointerOf(const std::string &path) {
+  try {
+    return Pointer(path.empty() || path.front() == '/' ? path : "/" + path);
+  } catch (const ordered_json::exception &) {
+    Wrong("no path: " + Printable(path));
   }
-  return "off";
 }
 
-std::string Joined(const std::vector<std::string> &words, std::size_t from) {
-  std::string text;
-  for (std::size_t i = from; i < words.size(); ++i) text += (i == from ? "" : " ") + words[i];
-  return text;
+std::string ValueOf(const std::string &path, const std::string &text) {
+  if (!text.empty()) {
+    const ordered_json value = ordered_json::parse(text, nullptr, false);
+    if (value.is_discarded()) Wrong("extra: the value is not JSON");
+    return value.dump();
+  }
+  for (const PartSample &sample : kSamples) {
+    if (path == sample.part) return sample.value;
+  }
+  return "\"extra\"";
 }
 
-// The member a path names, made where it is missing; null when something on the way is no object.
-ordered_json *Find(ordered_json *root, const std::string &path, bool is_made, std::string *out_last) {
-  ordered_json *object = root;
-  std::istringstream stream(path);
-  std::string name;
-  std::string next;
-  std::getline(stream, name, '/');
-  while (std::getline(stream, next, '/')) {
-    if (!(object->is_object() || (is_made && object->is_null()))) return nullptr;
-    if (!is_made && !object->contains(name)) return nullptr;
-    object = &(*object)[name];
-    name = next;
+void TakeRandom(Words *words, Fault *fault) {
+  fault->number = words->TakeNumber(1, 100);
+  bool is_seeded = false;
+  while (!words->IsEmpty()) {
+    const std::string key = words->Take("a word");
+    if (key == "seed" && !is_seeded) {
+      const std::string seed = words->Take("a number");
+      if (!ReadNumber(seed, UINT32_MAX, &fault->seed)) Wrong("seed: a number is expected");
+      is_seeded = true;
+    } else if (key == "among" && fault->among.empty()) {
+      std::istringstream kinds(words->Take("a list of faults"));
+      for (std::string kind; std::getline(kinds, kind, ',');) {
+        const FaultForm *form = FindForm(kind);
+        const bool is_drawn = form != nullptr && !IsOfConnection(form->kind) &&
+                              form->kind != FaultKind::kOff && form->kind != FaultKind::kRandom;
+        if (!is_drawn) Wrong("among: no fault that a request can meet: " + Printable(kind));
+        fault->among.push_back(form->kind);
+      }
+    } else {
+      Wrong("random: more words than expected: " + Printable(key));
+    }
   }
-  *out_last = name;
-  return object->is_object() || (is_made && object->is_null()) ? object : nullptr;
+  if (!is_seeded) fault->seed = std::random_device()();
 }
 
 }  // namespace
 
-const char *FaultHelp() {
-  return "  off                      behave\n"
-         "  refuse                   stop listening, so that connections are refused\n"
-         "  silence                  take the request, never answer\n"
-         "  http STATUS              answer with an HTTP error page: http 400, http 500\n"
-         "  refusal CODE             answer ERROR with this state code: refusal LOCKED_CARD\n"
-         "  rubbish [TEXT]           answer with this text\n"
-         "  delay MS                 answer late\n"
-         "  pieces BYTES [MS]        answer in packets of so many bytes, so many milliseconds apart\n"
-         "  cut [BYTES]              end the answer after so many bytes, or in its middle\n"
-         "  reset [BYTES]            reset the connection after so many bytes, or in the middle\n"
-         "  duplicate                send the answer twice\n"
-         "  without PATH             leave a member out: without bill, without response/message\n"
-         "  extra PATH [JSON]        add or replace a member: extra ad, extra response/isNeedUpdate true\n"
-         "  name NAME                give the answer another name: name getAdResponse\n"
-         "Each but refuse may go on with \"on METHOD\" (only for this operation) and \"times N\" (then "
-         "off).\n"
-         "With silence, http, refusal and rubbish the operation is not done; with the others it is.\n";
+const std::vector<FaultForm> &FaultForms() {
+  static const std::vector<FaultForm> kForms = {
+      {FaultKind::kOff, "off", "", "behave"},
+      {FaultKind::kRefuse, "refuse", "", "stop listening, so that connections are refused"},
+      {FaultKind::kBlackHole, "blackhole", "", "let connections neither open nor fail (Linux)"},
+      {FaultKind::kHangUp, "hangup", "", "reset the connection as soon as it is open: the send fails"},
+      {FaultKind::kSilence, "silence", "", "take the request, never answer"},
+      {FaultKind::kHttp, "http", "STATUS", "answer with an HTTP error page: http 400, http 500"},
+      {FaultKind::kRefusal, "refusal", "CODE", "answer ERROR with this state code: refusal LOCKED_CARD"},
+      {FaultKind::kRubbish, "rubbish", "[TEXT]", "answer with this text"},
+      {FaultKind::kDelay, "delay", "MS", "answer late"},
+      {FaultKind::kPieces, "pieces", "BYTES [MS]", "answer in packets of so many bytes, so far apart"},
+      {FaultKind::kCut, "cut", "[BYTES]", "end the answer after so many bytes, or in its middle"},
+      {FaultKind::kReset, "reset", "[BYTES]", "reset the connection after so many bytes, or in the middle"},
+      {FaultKind::kDuplicate, "duplicate", "", "send the answer twice"},
+      {FaultKind::kWithout, "without", "PATH", "leave a member out: without bill, without response/message"},
+      {FaultKind::kExtra, "extra", "PATH [JSON]",
+       "add or replace a member: extra response/isNeedUpdate true"},
+      {FaultKind::kName, "name", "NAME", "give the answer another name: name getAdResponse"},
+      {FaultKind::kRandom, "random", "PERCENT [seed N] [among FAULT,...]",
+       "one of them, so often, by chance"},
+  };
+  return kForms;
+}
+
+std::string FaultHelp() {
+  constexpr std::size_t kColumn = 27;
+  std::string text;
+  for (const FaultForm &form : FaultForms()) {
+    std::string line = std::string("  ") + form.word + " " + form.arguments;
+    if (line.size() >= kColumn) line += "\n" + std::string(kColumn, ' ');
+    line.resize(std::max(line.size(), kColumn), ' ');
+    text += line + form.help + "\n";
+  }
+  return text +
+         "Each may go on with \"on METHOD\" (only for this operation), \"times N\" (then off) and \"for MS\" "
+         "(then off).\n"
+         "With silence, http, refusal and rubbish the operation is not done; with delay and those behind it, "
+         "it is.\n";
 }
 
 Fault ParseFault(std::string_view text) {
-  std::istringstream stream{std::string(text)};
-  std::vector<std::string> words;
-  for (std::string word; stream >> word;) words.push_back(word);
-  if (words.empty()) Wrong("no fault is named");
-
+  Words words(text);
+  if (words.IsEmpty()) Wrong("no fault is named");
+  const FaultForm *form = FindForm(words.First());
+  if (form == nullptr) Wrong("no such fault: " + Printable(words.First()));
   Fault fault;
-  bool is_known = false;
-  for (const KindWord &entry : kWords) {
-    if (words[0] != entry.word) continue;
-    fault.kind = entry.kind;
-    is_known = true;
-  }
-  if (!is_known) Wrong("no such fault: " + Printable(words[0]));
+  fault.kind = form->kind;
+  TakeLimits(&words, &fault);
+  words.Take("a fault");
 
-  while (words.size() >= 3) {
-    const std::string &key = words[words.size() - 2];
-    const std::string &value = words.back();
-    if (key == "times" && ReadNumber(value, 1000000, &fault.times)) {
-      if (fault.times == 0) Wrong("times: at least 1");
-    } else if (key == "on" && FindOperation(value) != nullptr) {
-      fault.operation = FindOperation(value);
-    } else {
-      break;
-    }
-    words.resize(words.size() - 2);
-  }
-  if (fault.kind == FaultKind::kRefuse && (fault.times != kUntilOff || fault.operation != nullptr)) {
-    Wrong("refuse: a connection that is refused is not counted and names no operation");
-  }
-
-  constexpr int kMost = 1000000000;
-  std::size_t used = 1;
   switch (fault.kind) {
     case FaultKind::kOff:
     case FaultKind::kRefuse:
+    case FaultKind::kBlackHole:
+    case FaultKind::kHangUp:
     case FaultKind::kSilence:
     case FaultKind::kDuplicate:
       break;
     case FaultKind::kHttp:
-      fault.number = NumberOf(words, used++, 100, 599);
+      fault.number = words.TakeNumber(100, 599);
       break;
     case FaultKind::kDelay:
-      fault.number = NumberOf(words, used++, 0, kMost);
+      fault.number = words.TakeNumber(0, kMost);
       break;
     case FaultKind::kPieces:
-      fault.number = NumberOf(words, used++, 1, kMost);
-      if (used < words.size()) fault.pause = NumberOf(words, used++, 0, kMost);
+      fault.number = words.TakeNumber(1, kMost);
+      if (!words.IsEmpty()) fault.pause = words.TakeNumber(0, kMost);
       break;
     case FaultKind::kCut:
     case FaultKind::kReset:
-      fault.number = used < words.size() ? NumberOf(words, used, 0, kMost) : kHalf;
-      ++used;
+      fault.number = words.IsEmpty() ? kHalf : words.TakeNumber(0, kMost);
       break;
     case FaultKind::kRefusal:
-      if (used >= words.size() || !FindCode(words[used], &fault.code) || fault.code == Code::kOk) {
+      if (!FindCode(words.Take("a state code"), &fault.code) || fault.code == Code::kOk) {
         Wrong("refusal: a state code other than OK is expected");
       }
-      ++used;
       break;
     case FaultKind::kRubbish:
-      fault.text = used < words.size() ? Joined(words, used) : kRubbish;
-      used = words.size();
+      fault.text = words.IsEmpty() ? kRubbish : words.TakeRest();
       break;
     case FaultKind::kWithout:
+      fault.text = words.Take("a path");
+      PointerOf(fault.text);
+      break;
     case FaultKind::kExtra:
+      fault.text = words.Take("a path");
+      PointerOf(fault.text);
+      fault.value = ValueOf(fault.text, words.TakeRest());
+      break;
     case FaultKind::kName:
-      if (used >= words.size()) Wrong(words[0] + ": a name is expected");
-      fault.text = words[used++];
+      fault.text = words.Take("a name");
+      break;
+    case FaultKind::kRandom:
+      TakeRandom(&words, &fault);
       break;
   }
-  if (fault.kind == FaultKind::kExtra) {
-    fault.value = "extra";
-    for (const PartSample &sample : kSamples) {
-      if (fault.text == sample.part) fault.value = ordered_json::parse(sample.value);
-    }
-    if (used < words.size()) {
-      fault.value = ordered_json::parse(Joined(words, used), nullptr, false);
-      if (fault.value.is_discarded()) Wrong("extra: the value is not JSON");
-      used = words.size();
-    }
-  }
-  if (used < words.size()) Wrong(words[0] + ": more words than expected: " + Printable(words[used]));
+  if (!words.IsEmpty()) Wrong(words.First() + ": more words than expected: " + Printable(words.Peek()));
   return fault;
 }
 
@@ -228,21 +306,98 @@ std::string FaultText(const Fault &fault) {
       text += " " + fault.text;
       break;
     case FaultKind::kExtra:
-      text += " " + fault.text + " " + fault.value.dump();
+      text += " " + fault.text + " " + fault.value;
+      break;
+    case FaultKind::kRandom:
+      text += " " + std::to_string(fault.number) + " seed " + std::to_string(fault.seed);
+      for (std::size_t i = 0; i < fault.among.size(); ++i) {
+        text += (i == 0 ? " among " : ",") + std::string(WordOf(fault.among[i]));
+      }
       break;
     case FaultKind::kOff:
     case FaultKind::kRefuse:
+    case FaultKind::kBlackHole:
+    case FaultKind::kHangUp:
     case FaultKind::kSilence:
     case FaultKind::kDuplicate:
       break;
   }
   if (fault.operation != nullptr) text += std::string(" on ") + fault.operation->method;
   if (fault.times != kUntilOff) text += " times " + std::to_string(fault.times);
+  if (fault.milliseconds != kUntilOff) text += " for " + std::to_string(fault.milliseconds);
   return text;
+}
+
+bool IsOfConnection(FaultKind kind) {
+  return kind == FaultKind::kRefuse || kind == FaultKind::kBlackHole || kind == FaultKind::kHangUp;
 }
 
 bool IsProgrammeAsked(FaultKind kind) {
   return kind != FaultKind::kSilence && kind != FaultKind::kHttp && kind != FaultKind::kRubbish;
+}
+
+Fault DrawnFault(const Fault &random, std::uint64_t draw) {
+  const auto pick = [&draw](std::size_t count) {
+    const auto picked = static_cast<std::size_t>(draw % count);
+    draw /= count;
+    return picked;
+  };
+  std::vector<FaultKind> kinds = random.among;
+  for (const FaultForm &form : FaultForms()) {
+    if (!random.among.empty() || IsOfConnection(form.kind) || form.kind == FaultKind::kOff ||
+        form.kind == FaultKind::kRandom) {
+      continue;
+    }
+    kinds.push_back(form.kind);
+  }
+  constexpr int kStatuses[] = {400, 404, 500, 502, 503};
+  constexpr const char *kPaths[] = {"response",
+                                    "response/requestId",
+                                    "response/requestState",
+                                    "response/requestStateCode",
+                                    "response/message",
+                                    "bill",
+                                    "balance",
+                                    "rrn"};
+  Fault fault;
+  fault.kind = kinds[pick(kinds.size())];
+  switch (fault.kind) {
+    case FaultKind::kHttp:
+      fault.number = kStatuses[pick(std::size(kStatuses))];
+      break;
+    case FaultKind::kRefusal:
+      fault.code = static_cast<Code>(1 + pick(kCodeCount - 1));
+      break;
+    case FaultKind::kRubbish:
+      fault.text = kRubbish;
+      break;
+    case FaultKind::kDelay:
+      fault.number = static_cast<int>(10 + pick(1991));
+      break;
+    case FaultKind::kPieces:
+      fault.number = static_cast<int>(1 + pick(600));
+      fault.pause = static_cast<int>(pick(20));
+      break;
+    case FaultKind::kCut:
+    case FaultKind::kReset:
+      fault.number = static_cast<int>(pick(701));
+      break;
+    case FaultKind::kWithout:
+      fault.text = kPaths[pick(std::size(kPaths))];
+      break;
+    case FaultKind::kExtra: {
+      const PartSample &sample = kSamples[pick(std::size(kSamples))];
+      fault.text = sample.part;
+      fault.value = sample.value;
+      break;
+    }
+    case FaultKind::kName:
+      fault.text = kOperations[pick(kOperations.size())].response;
+      break;
+    default:
+      break;
+  }
+  return fault;
 }
 
 std::string HttpErrorPage(int status) {
@@ -251,47 +406,52 @@ std::string HttpErrorPage(int status) {
          " - the request was not done</h1></body></html>\n";
 }
 
-std::string Spoil(const Fault &fault, ordered_json answer) {
-  constexpr auto kReplace = ordered_json::error_handler_t::replace;
+std::string Spoil(const Fault &fault, const std::string &answer) {
   switch (fault.kind) {
+    case FaultKind::kSilence:
+      return std::string();
     case FaultKind::kHttp:
       return HttpErrorPage(fault.number);
     case FaultKind::kRubbish:
       return fault.text;
-    case FaultKind::kDuplicate: {
-      const std::string text = answer.dump(-1, ' ', false, kReplace);
-      return text + text;
-    }
-    case FaultKind::kWithout:
-    case FaultKind::kExtra: {
-      const bool is_made = fault.kind == FaultKind::kExtra;
-      std::string name;
-      ordered_json *object = Find(&answer.begin().value(), fault.text, is_made, &name);
-      if (object == nullptr) break;
-      if (is_made) {
-        (*object)[name] = fault.value;
-      } else {
-        object->erase(name);
-      }
-      break;
-    }
-    case FaultKind::kName: {
-      ordered_json renamed;
-      renamed[fault.text] = std::move(answer.begin().value());
-      answer = std::move(renamed);
-      break;
-    }
-    case FaultKind::kOff:
-    case FaultKind::kRefuse:
-    case FaultKind::kSilence:
-    case FaultKind::kRefusal:
-    case FaultKind::kDelay:
-    case FaultKind::kPieces:
+    case FaultKind::kDuplicate:
+      return answer + answer;
     case FaultKind::kCut:
     case FaultKind::kReset:
+      return answer.substr(
+          0, fault.number == kHalf ? answer.size() / 2 : static_cast<std::size_t>(fault.number));
+    case FaultKind::kWithout:
+    case FaultKind::kExtra:
+    case FaultKind::kName:
       break;
+    default:
+      return answer;
   }
-  return answer.dump(-1, ' ', false, kReplace);
+
+  ordered_json document = ordered_json::parse(answer);
+  ordered_json &content = document.begin().value();
+  if (fault.kind == FaultKind::kName) {
+    ordered_json renamed;
+    renamed[fault.text] = std::move(content);
+    return renamed.dump();
+  }
+  // A path that leads through what is no object, or to nothing, leaves the answer as it is.
+  try {
+    const Pointer pointer = PointerOf(fault.text);
+    if (fault.kind == FaultKind::kExtra) {
+      content[pointer] = ordered_json::parse(fault.value);
+    } else if (content.contains(pointer)) {
+      ordered_json &parent = content[pointer.parent_pointer()];
+      if (parent.is_array()) {
+        parent.erase(static_cast<std::size_t>(std::stoul(pointer.back())));
+      } else {
+        parent.erase(pointer.back());
+      }
+    }
+  } catch (const ordered_json::exception &) {
+    return answer;
+  }
+  return document.dump();
 }
 
 }  // namespace loyalty

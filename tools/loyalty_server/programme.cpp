@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <nlohmann/json.hpp>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 
@@ -118,10 +120,6 @@ std::int64_t Percent(std::int64_t amount, std::int64_t percent) {
   return amount * percent / 100;
 }
 
-std::int64_t Sum(const Amounts &amounts) {
-  return amounts[0] + amounts[1] + amounts[2];
-}
-
 // Whether the purse can take the amount without ever passing 32 bits.
 bool HasRoom(const Purse &purse, std::int64_t amount) {
   return purse.balance + purse.expected + amount <= kMostAmount;
@@ -164,23 +162,19 @@ long long SystemClock() {
       .count();
 }
 
-const char *PaymentStateName(PaymentState state) {
-  constexpr std::array<const char *, 4> kNames = {"held", "confirmed", "canceled", "returned"};
-  return kNames.at(static_cast<std::size_t>(state));
-}
-
-Programme::Programme(Shop shop, Clock clock) : shop_(std::move(shop)), clock_(std::move(clock)) {
-  for (const CardSetup &setup : shop_.cards) {
-    Purses purses;
-    for (std::size_t i = 0; i < kAccountTypes; ++i) purses[i].balance = setup.balance[i];
-    accounts_.push_back(purses);
-    cards_[setup.number] = Card{setup.number, setup.state, accounts_.size() - 1, 0};
-  }
-  for (const auto &token : shop_.tokens) {
-    if (cards_.count(token.second) != 0) continue;
-    accounts_.emplace_back();
-    cards_[token.second] = Card{token.second, CardState::kSold, accounts_.size() - 1, 0};
-  }
+Programme::Programme(Shop shop, Clock clock, std::unique_ptr<Store> store)
+    : shop_(std::move(shop)), clock_(std::move(clock)), ledger_(std::move(store)) {
+  const auto add = [this](const std::string &number, CardState state, const CardSetup *setup) {
+    if (cards().count(number) != 0) return;
+    Card &card = ledger_.EditCard(number);
+    card.state = state;
+    card.account = ledger_.OpenAccount();
+    Purses &purses = ledger_.EditAccount(card.account);
+    for (std::size_t i = 0; setup != nullptr && i < kAccountTypes; ++i) purses[i].balance = setup->balance[i];
+  };
+  for (const CardSetup &setup : shop_.cards) add(setup.number, setup.state, &setup);
+  for (const auto &token : shop_.tokens) add(token.second, CardState::kSold, nullptr);
+  ledger_.Keep();
 }
 
 Reply Programme::Handle(const OperationNames &operation, std::string_view document, Code refusal) {
@@ -188,17 +182,27 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
   Request request;
   Parts parts = Parts::object();
   std::string message;
+  const auto refuse = [&](Code code, const std::string &detail) {
+    reply.code = code;
+    reply.details = detail;
+    parts = Parts::object();
+  };
+  const std::uint64_t number = ledger_.state().answers + 1;
+  ledger_.CountAnswer();
   try {
     Judge(operation, document, refusal, &request, &reply, &parts);
   } catch (const Refusal &refused) {
-    reply.code = refused.code;
+    refuse(refused.code, refused.detail);
     if (!refused.detail.empty()) message = ": " + refused.detail;
-    reply.details = refused.detail;
-    parts = Parts::object();
   } catch (const std::exception &error) {
-    reply.code = Code::kInternalError;
-    reply.details = error.what();
-    parts = Parts::object();
+    ledger_.Undo();
+    refuse(Code::kInternalError, error.what());
+  }
+  try {
+    ledger_.Keep();
+  } catch (const std::exception &error) {
+    refuse(Code::kInternalError, error.what());
+    message.clear();
   }
 
   Parts response;
@@ -208,7 +212,7 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
     const bool is_resumed = shop_.isIdResumedAfterReplay && request.isOffline;
     response["requestId"] = is_resumed ? HighestId(request) : request.id;
   }
-  response["responseId"] = std::to_string(++answers_);
+  response["responseId"] = std::to_string(number);
   response["responseDate"] = Now();
   response["requestState"] = reply.code == Code::kOk ? "SUCCESS" : "ERROR";
   response["requestStateCode"] = CodeName(reply.code);
@@ -218,7 +222,9 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
   Parts content;
   content["response"] = std::move(response);
   for (auto &part : parts.items()) content[part.key()] = std::move(part.value());
-  reply.document[operation.response] = std::move(content);
+  Parts answer;
+  answer[operation.response] = std::move(content);
+  reply.answer = answer.dump(-1, ' ', false, Parts::error_handler_t::replace);
   return reply;
 }
 
@@ -270,16 +276,21 @@ void Programme::Judge(const OperationNames &operation, std::string_view document
   const json *part = nullptr;
   if (operation.part != nullptr && content.contains(operation.part)) part = &content[operation.part];
   Perform(*request, part, reply, parts);
-  accepted_ids_.insert(request->id);
+  ledger_.AcceptId(request->id);
+}
+
+bool Programme::IsLocked(const std::string &terminal) const {
+  const auto lock = ledger_.state().locks.find(terminal);
+  if (lock != ledger_.state().locks.end()) return lock->second;
+  const auto listed = shop_.terminals.find(terminal);
+  return listed != shop_.terminals.end() && listed->second;
 }
 
 void Programme::CheckTerminal(const Request &request) const {
-  const auto terminal = shop_.terminals.find(request.terminal);
-  if (terminal != shop_.terminals.end()) {
-    if (terminal->second) Refuse(Code::kLockedTerminal);
-  } else if (!shop_.isAnyTerminalKnown || request.terminal.empty()) {
-    Refuse(Code::kUnknownTerminal);
-  }
+  if (IsLocked(request.terminal)) Refuse(Code::kLockedTerminal);
+  const bool is_listed =
+      shop_.terminals.count(request.terminal) != 0 || ledger_.state().locks.count(request.terminal) != 0;
+  if (!is_listed && (!shop_.isAnyTerminalKnown || request.terminal.empty())) Refuse(Code::kUnknownTerminal);
 }
 
 // An id is taken by the operation that succeeds under it. A refused one may come again: a terminal sends its
@@ -288,9 +299,9 @@ void Programme::CheckRequestId(const OperationNames &operation, const Request &r
   if (request.id.empty()) Refuse(Code::kRequestIdEmpty);
   if (operation.is_service) return;
   if (!IsRequestId(request.id)) Refuse(Code::kIncorrectRequestId);
-  std::string &last = last_ids_[request.terminal];
-  if (last.empty() || IsEarlier(last, request.id)) last = request.id;
-  if (accepted_ids_.count(request.id) != 0) Refuse(Code::kDuplicateRequestId);
+  const std::string last = LastRequestId(request.terminal);
+  if (last.empty() || IsEarlier(last, request.id)) ledger_.SetLastId(request.terminal, request.id);
+  if (ledger_.state().acceptedIds.count(request.id) != 0) Refuse(Code::kDuplicateRequestId);
 }
 
 // What a terminal goes on from after a replay. The request's own id counts also when it was refused before it
@@ -327,14 +338,14 @@ void Programme::Perform(const Request &request, const json *part, Reply *reply, 
 }
 
 void Programme::Activate(const Request &request, const json *part, Reply *reply, Parts *parts) {
-  Card &card = CardOf(request.card);
+  const Card &card = CardOf(request.card);
   if (card.state == CardState::kLocked) Refuse(Code::kLockedCard);
   if (card.state == CardState::kActive) Refuse(Code::kAlreadyActivated);
   if (part == nullptr || !part->is_object()) Refuse(Code::kActivationBlockRequired);
 
   const std::string type = TextOf(*part, "activationType");
   const std::int32_t amount = AmountOf(*part, "amount");
-  Purses &purses = AccountOf(card);
+  const Purses &purses = PursesOf(card);
   Reward activation{0, shop_.activation.account};
   Reward referral{0, shop_.referral.account};
   Reward gift{0, AccountType::kGlobal};
@@ -350,24 +361,22 @@ void Programme::Activate(const Request &request, const json *part, Reply *reply,
     gift.sum = amount;
     CheckRoom(purses, gift.account, gift.sum);
   } else if (type == "REFER_A_FRIEND") {
-    const auto parent = part->contains("referParentCardNum")
-                            ? cards_.find(TextOf(*part, "referParentCardNum"))
-                            : cards_.end();
-    if (parent == cards_.end() || parent->second.state != CardState::kActive) Refuse(Code::kReferralNotFound);
-    if (parent->second.friends >= shop_.referralLimit) Refuse(Code::kReferralLimitReached);
+    const Card *parent =
+        part->contains("referParentCardNum") ? FindCard(TextOf(*part, "referParentCardNum")) : nullptr;
+    if (parent == nullptr || parent->state != CardState::kActive) Refuse(Code::kReferralNotFound);
+    if (parent->friends >= shop_.referralLimit) Refuse(Code::kReferralLimitReached);
     activation = shop_.activation;
     referral = shop_.referral;
-    Purses &parent_purses = AccountOf(parent->second);
     CheckRoom(purses, activation.account, activation.sum);
-    CheckRoom(parent_purses, referral.account, referral.sum);
-    Credit(&parent_purses, referral.account, referral.sum);
-    ++parent->second.friends;
+    CheckRoom(PursesOf(*parent), referral.account, referral.sum);
+    Credit(&ledger_.EditAccount(parent->account), referral.account, referral.sum);
+    ++ledger_.EditCard(parent->number).friends;
   } else {
     Refuse(Code::kIncorrectRequestParam, "activationType");
   }
-  Credit(&purses, activation.account, activation.sum);
-  Credit(&purses, gift.account, gift.sum);
-  card.state = CardState::kActive;
+  Credit(&ledger_.EditAccount(card.account), activation.account, activation.sum);
+  Credit(&ledger_.EditAccount(card.account), gift.account, gift.sum);
+  ledger_.EditCard(card.number).state = CardState::kActive;
 
   Parts result;
   result["activationSum"] = activation.sum;
@@ -438,6 +447,9 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
   const Card &card = ActiveCard(request.card);
   Payment payment;
   payment.requestId = request.id;
+  payment.number = ledger_.state().answers;
+  payment.time = Now();
+  payment.terminal = request.terminal;
   payment.card = card.number;
   payment.account = card.account;
   payment.totalSum = AmountOf(bill, "totalSum");
@@ -449,7 +461,7 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
     Refuse(Code::kRetailPointConfigError, "organizerFee");
   }
   payment.positions = ReadPositions(bill, payment.totalSum);
-  Purses &purses = AccountOf(card);
+  Purses &purses = ledger_.EditAccount(card.account);
   CountBonuses(is_spending, purses, &payment.positions);
 
   Amounts spent{};
@@ -505,14 +517,15 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
   reply->details = "sum " + AmountText(payment.totalSum) + ", spent " + AmountText(Sum(spent)) + ", earned " +
                    AmountText(Sum(earned));
 
-  Payment &kept = payments_[request.id] = std::move(payment);
-  if (request.operation == Operation::kPaymentAndConfirm) Settle(&kept);
+  ledger_.EditPayment(request.id) = std::move(payment);
+  if (request.operation == Operation::kPaymentAndConfirm) Settle(request.id);
 }
 
 // Does what a held payment promised.
-void Programme::Settle(Payment *payment) {
-  Purses &purses = accounts_[payment->account];
-  for (const Position &position : payment->positions) {
+void Programme::Settle(const std::string &request_id) {
+  Payment &payment = ledger_.EditPayment(request_id);
+  Purses &purses = ledger_.EditAccount(payment.account);
+  for (const Position &position : payment.positions) {
     for (std::size_t i = 0; i < kAccountTypes; ++i) {
       purses[i].reserved -= position.spent[i];
       purses[i].balance -= position.spent[i];
@@ -520,28 +533,28 @@ void Programme::Settle(Payment *payment) {
       purses[i].balance += position.earned[i];
     }
   }
-  payment->state = PaymentState::kConfirmed;
+  payment.state = PaymentState::kConfirmed;
 }
 
 void Programme::ConfirmPayment(const Request &request, const json &part, Reply *reply) {
   ActiveCard(request.card);
   const std::string id = TextOf(part, "requestId");
   const bool is_confirm = FlagOf(part, "isConfirm");
-  Payment &payment = PaymentOf(request, id);
+  const Payment &payment = PaymentOf(request, id);
   if (payment.state != PaymentState::kHeld) {
     Refuse(Code::kBillIncorrectState, PaymentStateName(payment.state));
   }
   if (is_confirm) {
-    Settle(&payment);
+    Settle(id);
   } else {
-    Purses &purses = accounts_[payment.account];
+    Purses &purses = ledger_.EditAccount(payment.account);
     for (const Position &position : payment.positions) {
       for (std::size_t i = 0; i < kAccountTypes; ++i) {
         purses[i].reserved -= position.spent[i];
         purses[i].expected -= position.earned[i];
       }
     }
-    payment.state = PaymentState::kCanceled;
+    ledger_.EditPayment(id).state = PaymentState::kCanceled;
   }
   reply->details = id + " " + PaymentStateName(payment.state) + ", sum " + AmountText(payment.totalSum);
 }
@@ -566,7 +579,7 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
   ActiveCard(request.card);
   const std::string type = TextOf(part, "cashBackType");
   if (type != "FULL" && type != "SEQ") Refuse(Code::kUnknownCashBackType);
-  Payment &payment = PaymentOf(request, TextOf(part, "requestId"));
+  const Payment &payment = PaymentOf(request, TextOf(part, "requestId"));
   if (payment.state == PaymentState::kHeld) Refuse(Code::kUnprocessedBill);
   if (payment.state != PaymentState::kConfirmed) {
     Refuse(Code::kBillIncorrectState, PaymentStateName(payment.state));
@@ -610,7 +623,7 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
       withdrawn[i] += ReturnedShare(after.earned[i], after) - ReturnedShare(before.earned[i], before);
     }
   }
-  Purses &purses = accounts_[payment.account];
+  Purses &purses = ledger_.EditAccount(payment.account);
   for (const AccountType type_of : kAllAccountTypes) {
     CheckRoom(purses, type_of, restored[static_cast<std::size_t>(type_of)]);
   }
@@ -619,9 +632,10 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
     // What was earned goes back as far as it is still there: a customer never owes bonuses.
     purses[i].balance -= std::min(withdrawn[i], purses[i].Available());
   }
-  payment.positions = std::move(positions);
-  if (std::all_of(payment.positions.begin(), payment.positions.end(), IsReturned)) {
-    payment.state = PaymentState::kReturned;
+  Payment &edited = ledger_.EditPayment(payment.requestId);
+  edited.positions = std::move(positions);
+  if (std::all_of(edited.positions.begin(), edited.positions.end(), IsReturned)) {
+    edited.state = PaymentState::kReturned;
   }
   (*parts)["cashBackResult"]["returnedSum"] = Sum(restored);
   reply->details = type + " " + payment.requestId + ", returned " + AmountText(Sum(restored)) +
@@ -630,106 +644,121 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
 
 // The card shares the account of another from now on; what its own account holds goes along.
 void Programme::Link(const Request &request, const json &part, Reply *reply) {
-  Card &card = CardOf(request.card);
+  const Card &card = CardOf(request.card);
   if (card.state == CardState::kLocked) Refuse(Code::kLockedCard);
   const std::string number = TextOf(part, "linkedCardNum");
   if (!IsCardNumber(number)) Refuse(Code::kCardNumberIncorrect, "linkedCardNum");
   const Card &other = ActiveCard(number);
   if (card.account == other.account) Refuse(Code::kIncorrectRequestParam, "linkedCardNum");
   JoinAccounts(card.account, other.account);
-  card.state = CardState::kActive;
+  ledger_.EditCard(card.number).state = CardState::kActive;
   reply->details = "joins " + number;
 }
 
 // Everything that belongs to one account belongs to another from now on.
 void Programme::JoinAccounts(std::size_t from, std::size_t to) {
   if (from == to) return;
+  const Purses moved = ledger_.state().accounts[from];
+  Purses &purses = ledger_.EditAccount(to);
   for (const AccountType type : kAllAccountTypes) {
-    const Purse &purse = accounts_[from][static_cast<std::size_t>(type)];
-    CheckRoom(accounts_[to], type, purse.balance + purse.expected);
+    const Purse &purse = moved[static_cast<std::size_t>(type)];
+    CheckRoom(purses, type, purse.balance + purse.expected);
   }
   for (std::size_t i = 0; i < kAccountTypes; ++i) {
-    accounts_[to][i].balance += accounts_[from][i].balance;
-    accounts_[to][i].reserved += accounts_[from][i].reserved;
-    accounts_[to][i].expected += accounts_[from][i].expected;
+    purses[i].balance += moved[i].balance;
+    purses[i].reserved += moved[i].reserved;
+    purses[i].expected += moved[i].expected;
   }
-  accounts_[from] = Purses{};
-  for (auto &entry : cards_) {
-    if (entry.second.account == from) entry.second.account = to;
+  ledger_.EditAccount(from) = Purses{};
+  for (const auto &entry : cards()) {
+    if (entry.second.account == from) ledger_.EditCard(entry.first).account = to;
   }
-  for (auto &entry : payments_) {
-    if (entry.second.account == from) entry.second.account = to;
+  for (const auto &entry : payments()) {
+    if (entry.second.account == from) ledger_.EditPayment(entry.first).account = to;
   }
 }
 
 // A new card takes the place of the customer's; the token came with the new one and is good once.
 void Programme::Exchange(const Request &request, const json &part, Reply *reply) {
-  Card &card = ActiveCard(request.card);
+  const Card &card = ActiveCard(request.card);
   const auto token = shop_.tokens.find(TextOf(part, "token"));
-  if (token == shop_.tokens.end()) Refuse(Code::kIncorrectToken);
-  Card &fresh = CardOf(token->second);
+  if (token == shop_.tokens.end() || ledger_.state().usedTokens.count(token->first) != 0) {
+    Refuse(Code::kIncorrectToken);
+  }
+  const Card &fresh = CardOf(token->second);
   if (fresh.state != CardState::kSold) Refuse(Code::kIncorrectToken, CardStateName(fresh.state));
   JoinAccounts(fresh.account, card.account);
-  fresh.state = CardState::kActive;
-  fresh.friends = card.friends;
-  card.state = CardState::kLocked;
-  shop_.tokens.erase(token);
+  Card &edited = ledger_.EditCard(fresh.number);
+  edited.state = CardState::kActive;
+  edited.friends = card.friends;
+  ledger_.EditCard(card.number).state = CardState::kLocked;
+  ledger_.UseToken(token->first);
   reply->details = "now " + fresh.number;
 }
 
 void Programme::Deposit(const Request &request, const json &part, Reply *reply) {
-  Purses &purses = AccountOf(ActiveCard(request.card));
+  Purses &purses = ledger_.EditAccount(ActiveCard(request.card).account);
   const std::int32_t amount = AmountOf(part, "amount");
   CheckRoom(purses, shop_.depositAccount, amount);
   Credit(&purses, shop_.depositAccount, amount);
   reply->details = "amount " + AmountText(amount);
 }
 
-Card &Programme::CardOf(const std::string &number) {
-  const auto card = cards_.find(number);
-  if (card == cards_.end()) Refuse(Code::kCardNotFound);
-  return card->second;
+const Card &Programme::CardOf(const std::string &number) const {
+  const Card *card = FindCard(number);
+  if (card == nullptr) Refuse(Code::kCardNotFound);
+  return *card;
 }
 
-Card &Programme::ActiveCard(const std::string &number) {
-  Card &card = CardOf(number);
+const Card &Programme::ActiveCard(const std::string &number) const {
+  const Card &card = CardOf(number);
   if (card.state == CardState::kLocked) Refuse(Code::kLockedCard);
   if (card.state == CardState::kSold) Refuse(Code::kActivationRequired);
   return card;
 }
 
 // A payment is known to the account that made it, whichever of its cards is shown.
-Payment &Programme::PaymentOf(const Request &request, const std::string &request_id) {
-  const auto payment = payments_.find(request_id);
-  if (payment == payments_.end() || payment->second.account != CardOf(request.card).account) {
+const Payment &Programme::PaymentOf(const Request &request, const std::string &request_id) const {
+  const auto payment = payments().find(request_id);
+  if (payment == payments().end() || payment->second.account != CardOf(request.card).account) {
     Refuse(Code::kBillNotFound);
   }
   return payment->second;
 }
 
 const Purses &Programme::PursesOf(const Card &card) const {
-  return accounts_[card.account];
+  return ledger_.state().accounts.at(card.account);
 }
 
 const Card *Programme::FindCard(const std::string &number) const {
-  const auto card = cards_.find(number);
-  return card == cards_.end() ? nullptr : &card->second;
+  const auto card = cards().find(number);
+  return card == cards().end() ? nullptr : &card->second;
 }
 
 std::string Programme::LastRequestId(const std::string &terminal) const {
-  const auto last = last_ids_.find(terminal);
-  return last == last_ids_.end() ? std::string() : last->second;
+  const auto last = ledger_.state().lastIds.find(terminal);
+  return last == ledger_.state().lastIds.end() ? std::string() : last->second;
+}
+
+std::map<std::string, TerminalState> Programme::Terminals() const {
+  std::map<std::string, TerminalState> terminals;
+  for (const auto &entry : shop_.terminals) terminals[entry.first];
+  for (const auto &entry : ledger_.state().locks) terminals[entry.first];
+  for (const auto &entry : ledger_.state().lastIds) terminals[entry.first].lastId = entry.second;
+  for (auto &entry : terminals) entry.second.isLocked = IsLocked(entry.first);
+  return terminals;
 }
 
 bool Programme::SetCardState(const std::string &number, CardState state) {
-  const auto card = cards_.find(number);
-  if (card == cards_.end()) return false;
-  card->second.state = state;
+  if (FindCard(number) == nullptr) return false;
+  ledger_.EditCard(number).state = state;
+  ledger_.Keep();
   return true;
 }
 
 void Programme::LockTerminal(const std::string &terminal, bool is_locked) {
-  shop_.terminals[terminal] = is_locked;
+  ledger_.SetLock(terminal, is_locked);
+  ledger_.Keep();
 }
 
 }  // namespace loyalty

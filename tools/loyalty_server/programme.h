@@ -1,19 +1,19 @@
 // loyalty_server/programme.h: the rules of the loyalty programme. Takes the document of a request, gives the
-// document of the answer; knows no socket, no file and no clock but the one it is given. Not safe for several
-// threads at once.
+// document of the answer; knows no socket, and no store and no clock but those it is given. Not safe for
+// several threads at once.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
-#include <set>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "loyalty_server/shop.h"
+#include "loyalty_server/state.h"
 #include "loyalty_server/vocabulary.h"
 
 namespace loyalty {
@@ -22,8 +22,8 @@ namespace loyalty {
 using Clock = std::function<long long()>;
 long long SystemClock();
 
-struct Reply {                      // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
-  nlohmann::ordered_json document;  // {"putPaymentResponse":{"response":{...},"bill":{...}}}
+struct Reply {
+  std::string answer;  // {"putPaymentResponse":{"response":{...},"bill":{...}}}
   Code code = Code::kOk;
   // For the log; empty where the request did not tell. Still the client's bytes: see Printable.
   std::string terminal;
@@ -32,63 +32,36 @@ struct Reply {                      // NOLINT(bugprone-exception-escape): moving
   std::string details;  // the operation in words: "sum 150.00, spent 10.00, earned 7.00"
 };
 
-// Bonuses of one kind, in hundredths. balance + expected always fits 32 bits, 0 <= reserved <= balance.
-struct Purse {
-  std::int64_t balance = 0;   // what the customer owns
-  std::int64_t reserved = 0;  // part of it that unconfirmed payments will take
-  std::int64_t expected = 0;  // what unconfirmed payments will bring
-  std::int64_t Available() const { return balance - reserved; }
-};
-using Purses = std::array<Purse, kAccountTypes>;
-using Amounts = std::array<std::int64_t, kAccountTypes>;
-
-struct Card {
-  std::string number;
-  CardState state = CardState::kSold;
-  std::size_t account = 0;
-  std::int32_t friends = 0;  // how many cards were activated on its recommendation
-};
-
-struct Position {
-  std::int32_t number = 0;  // "orderNum" of the bill
-  std::int64_t cost = 0;
-  std::int64_t count = 0;
-  Amounts spent{};
-  Amounts earned{};
-  std::int64_t fee = 0;
-  std::int64_t returnedSum = 0;
-  std::int64_t returnedCount = 0;
-};
-
-enum class PaymentState { kHeld, kConfirmed, kCanceled, kReturned };
-const char *PaymentStateName(PaymentState state);
-
-struct Payment {
-  std::string requestId;
-  std::string card;
-  std::size_t account = 0;
-  PaymentState state = PaymentState::kHeld;
-  std::int64_t totalSum = 0;
-  std::vector<Position> positions;
+struct TerminalState {
+  std::string lastId;  // empty when it has sent none
+  bool isLocked = false;
 };
 
 class Programme {
  public:
-  explicit Programme(Shop shop, Clock clock = SystemClock);
+  // Goes on from what the store holds, and keeps every exchange in it before it is answered. Cards of the
+  // shop that the store does not know yet are added to it.
+  explicit Programme(Shop shop, Clock clock = SystemClock, std::unique_ptr<Store> store = nullptr);
 
   // Judges one request and, when it is accepted, does what it asks. A refused request changes nothing except
-  // that the id counts as seen. Never throws for anything the document holds. With a `refusal` other than kOk
-  // a request that can be read at all is refused with that code.
+  // that the id counts as seen. Never throws for anything the document holds; what the store cannot keep is
+  // not done and gets INTERNAL_ERROR. With a `refusal` other than kOk a request that can be read at all is
+  // refused with that code.
   Reply Handle(const OperationNames &operation, std::string_view document, Code refusal = Code::kOk);
 
-  const std::map<std::string, Card> &cards() const { return cards_; }
-  const std::map<std::string, Payment> &payments() const { return payments_; }
+  const std::map<std::string, Card> &cards() const { return ledger_.state().cards; }
+  const std::map<std::string, Payment> &payments() const { return ledger_.state().payments; }
   const Card *FindCard(const std::string &number) const;
   const Purses &PursesOf(const Card &card) const;
   std::string LastRequestId(const std::string &terminal) const;  // empty when the terminal has sent none
+  // Those that the shop lists, that have sent a request or were locked.
+  std::map<std::string, TerminalState> Terminals() const;
   std::string Now() const { return DateText(clock_()); }
+  Update update() const { return shop_.update; }
+  const std::string &advertisement() const { return shop_.advertisement; }
 
-  // What a bench changes while the programme runs. False: no such card.
+  // What a bench changes while the programme runs. False: no such card. Cards and terminals are kept in the
+  // store; they throw when it cannot keep them.
   bool SetCardState(const std::string &number, CardState state);
   void LockTerminal(const std::string &terminal, bool is_locked);
   void SetUpdate(Update update) { shop_.update = update; }
@@ -115,23 +88,18 @@ class Programme {
   void Exchange(const Request &request, const json &part, Reply *reply);
   void Deposit(const Request &request, const json &part, Reply *reply);
 
-  Card &CardOf(const std::string &number);
-  Card &ActiveCard(const std::string &number);
-  Purses &AccountOf(const Card &card) { return accounts_[card.account]; }
+  const Card &CardOf(const std::string &number) const;
+  const Card &ActiveCard(const std::string &number) const;
+  const Payment &PaymentOf(const Request &request, const std::string &request_id) const;
+  bool IsLocked(const std::string &terminal) const;
   void JoinAccounts(std::size_t from, std::size_t to);
-  Payment &PaymentOf(const Request &request, const std::string &request_id);
   std::vector<Position> ReadPositions(const json &bill, std::int64_t total_sum) const;
   void CountBonuses(bool is_spending, Purses available, std::vector<Position> *positions) const;
-  void Settle(Payment *payment);
+  void Settle(const std::string &request_id);
 
   Shop shop_;
   Clock clock_;
-  std::map<std::string, Card> cards_;
-  std::vector<Purses> accounts_;
-  std::map<std::string, Payment> payments_;
-  std::set<std::string> accepted_ids_;
-  std::map<std::string, std::string> last_ids_;  // by terminal
-  std::uint64_t answers_ = 0;
+  Ledger ledger_;
 };
 
 }  // namespace loyalty

@@ -126,6 +126,10 @@ bool FindCardState(std::string_view name, CardState *out_state) {
   return FindName(kCardStates, name, out_state);
 }
 
+const char *UpdateName(Update update) {
+  return kUpdates.at(static_cast<std::size_t>(update));
+}
+
 bool FindUpdate(std::string_view name, Update *out_update) {
   return FindName(kUpdates, name, out_update);
 }

@@ -18,6 +18,7 @@ bool FindCardState(std::string_view name, CardState *out_state);
 // What terminals are told of a new version of their software: nothing, that there is one, or that they must
 // have it.
 enum class Update { kNone, kOffered, kRequired };
+const char *UpdateName(Update update);
 bool FindUpdate(std::string_view name, Update *out_update);
 
 struct CardSetup {

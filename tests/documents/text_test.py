@@ -52,6 +52,15 @@ class Text(unittest.TestCase):
             for line in file:
                 self.assertNotRegex(line, r"^ \* {1,4}\S.*[.,a-z] [A-Z]\w+ {3,}\S")
 
+    def test_the_picture_of_the_layers_is_the_list_that_is_held(self):
+        with open(os.path.join(bench.SOURCE, "tests", "architecture", "layers_test.cpp"), encoding="utf-8") as file:
+            rows = re.findall(r'^    \{"(\w+)", \{(.*?)\}\},$', file.read(), re.M)
+        held = {(layer, below) for layer, list_ in rows for below in re.findall(r'"(\w+)"', list_)}
+        inside = {layer for layer in os.listdir(os.path.join(bench.SOURCE, "src"))}
+        held = {(layer, below) for layer, below in held if {layer, below} <= inside}
+        picture = re.findall(r"^```mermaid\n(.*?)^```$", dict(documents())["src/README.md"], re.M | re.S)[0]
+        self.assertEqual(set(re.findall(r"^ +(\w+) --> (\w+)$", picture, re.M)), held)
+
     def test_every_example_of_json_is_valid(self):
         tried = set()
         for name, text in documents():

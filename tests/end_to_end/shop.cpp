@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <regex>
 #include <stdexcept>
 
@@ -21,14 +20,6 @@ namespace test {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path FreshFolder() {
-  std::random_device random;
-  for (;;) {
-    const fs::path folder = fs::temp_directory_path() / ("lumo-shop-" + std::to_string(random()));
-    if (fs::create_directory(folder)) return folder;
-  }
-}
 
 size_t Units(const fs::path &path) {
   return path.u16string().size();
@@ -92,7 +83,7 @@ std::string LongPath(size_t units, const std::string &letter) {
 
 Shop::Shop(const std::string &folder_name) {
   SetClock(2012, 12, 5, 10, 0, 0);
-  const fs::path root = FreshFolder();
+  const fs::path &root = fresh_.path();
   root_ = root.u8string();
   const fs::path folder = folder_name.empty() ? root : root / fs::u8path(folder_name);
   fs::create_directories(folder);
@@ -102,7 +93,7 @@ Shop::Shop(const std::string &folder_name) {
 
 Shop::Shop(size_t folder_units, const std::string &letter) {
   SetClock(2012, 12, 5, 10, 0, 0);
-  const fs::path root = fs::canonical(FreshFolder());
+  const fs::path root = fs::canonical(fresh_.path());
   root_ = root.u8string();
   // A separator is between the two and another one behind them.
   const size_t root_units = Units(root) + 2;
@@ -116,8 +107,6 @@ Shop::Shop(size_t folder_units, const std::string &letter) {
 // The library stays loaded until the process ends, as in a register; only its folder goes.
 Shop::~Shop() {
   ReleaseClock();
-  std::error_code ignored;
-  fs::remove_all(fs::u8path(root_), ignored);
 }
 
 void Shop::LoadAgain() {

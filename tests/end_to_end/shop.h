@@ -8,6 +8,7 @@
 
 #include "lumo.h"
 #include "lumo_calls.h"
+#include "support/fresh_folder.h"
 #include "support/scripted_server.h"
 #include "support/test_clock.h"
 
@@ -59,6 +60,7 @@ class Shop {
  private:
   void LoadCopy(const std::string &file_name);
 
+  FreshFolder fresh_;
   std::string root_;
   std::string folder_;
   void *module_ = nullptr;

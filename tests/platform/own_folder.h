@@ -6,27 +6,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
+
+#include "support/fresh_folder.h"
 
 namespace test {
 
 class OwnFolder : public testing::Test {
  protected:
   OwnFolder() {
-    const auto parent = std::filesystem::temp_directory_path();
-    std::random_device random;
-    do {
-      folder_ = parent / ("lumo_platform_" + std::to_string(random()));
-    } while (!std::filesystem::create_directory(folder_));
     before_ = std::filesystem::current_path();
-    std::filesystem::current_path(folder_);
+    std::filesystem::current_path(folder());
   }
-  ~OwnFolder() override {
-    std::filesystem::current_path(before_);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
+  ~OwnFolder() override { std::filesystem::current_path(before_); }
 
   static void Write(const std::filesystem::path &name, const std::string &bytes) {
     std::ofstream(name, std::ios::binary) << bytes;
@@ -37,10 +29,11 @@ class OwnFolder : public testing::Test {
     EXPECT_TRUE(file.is_open()) << name;
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   }
-  const std::filesystem::path &folder() const { return folder_; }
+  const std::filesystem::path &folder() const { return fresh_.path(); }
 
  private:
-  std::filesystem::path folder_, before_;
+  FreshFolder fresh_;
+  std::filesystem::path before_;
 };
 
 }  // namespace test

@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
-#include <system_error>
 
 #include "foundation/module_path.h"
 
@@ -16,17 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path FreshDirectory() {
-  std::random_device random;
-  for (;;) {
-    const uint64_t number = (static_cast<uint64_t>(random()) << 32) | random();
-    fs::path path = fs::temp_directory_path() / ("lumo-" + std::to_string(number));
-    if (fs::create_directory(path)) {
-      return path;
-    }
-  }
-}
-
 fs::path Inside(const std::string &folder, const std::string &name) {
   return fs::u8path(folder + name);
 }
@@ -34,16 +20,11 @@ fs::path Inside(const std::string &folder, const std::string &name) {
 }  // namespace
 
 Folder::Folder() {
-  fs::path path = FreshDirectory();
+  fs::path path = fresh_.path();
   path += fs::path::preferred_separator;
   path_ = path.u8string();
   lumo::SetModuleDirectory(path.string<lumo::WCHAR>().c_str());
   lumo::SetTraceTag(nullptr);
-}
-
-Folder::~Folder() {
-  std::error_code ignored;
-  fs::remove_all(fs::u8path(path_), ignored);
 }
 
 std::string Folder::Read(const std::string &name) const {

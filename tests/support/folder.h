@@ -3,12 +3,13 @@
 
 #include <string>
 
+#include "support/fresh_folder.h"
+
 namespace test {
 
 class Folder {
  public:
   Folder();  // makes the directory and sets it as moduleDirectory; clears the trace tag
-  ~Folder();
   Folder(const Folder &) = delete;
   Folder &operator=(const Folder &) = delete;
 
@@ -23,6 +24,7 @@ class Folder {
   void ClearTrace() const;
 
  private:
+  FreshFolder fresh_;
   std::string path_;
 };
 

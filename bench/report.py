@@ -35,7 +35,7 @@ TILLS = {
 }
 GOODS = (1, 10, 100)
 PAYMENTS = {1: 300, 10: 150, 100: 60}
-COLOURS = ("#1b6ca8", "#e08e45", "#5a9367", "#b23a48", "#7d5ba6", "#8c8c8c", "#c9b458")
+COLOURS = ("#1b6ca8", "#e08e45", "#5a9367", "#b23a48", "#7d5ba6", "#bdbdbd", "#c9b458")
 
 # The same drawing has the same bytes, wherever and whenever it is drawn.
 plt.rcParams.update({
@@ -83,11 +83,11 @@ class Report:
     def write(self):
         text = DOCUMENT.read_text()
         for name, table in self.tables.items():
-            mark = re.compile(rf"(<!-- {name}: .*? -->\n).*?(<!-- end -->)", re.S)
+            mark = re.compile(rf"<!-- {name}:[^>]*-->\n.*?(<!-- end -->)", re.S)
             machine = re.search("Model name: *(.*)", run("lscpu", LC_ALL="C").stdout).group(1)
             compiler = run("g++", "--version").stdout.splitlines()[0]
             made = f"<!-- {name}: {datetime.date.today()}, {machine}, {compiler} -->\n"
-            text, found = mark.subn(lambda match: f"{made}\n{table}\n\n{match.group(2)}", text)
+            text, found = mark.subn(lambda match: f"{made}\n{table}\n\n{match.group(1)}", text)
             if found != 1:
                 sys.exit(f"{DOCUMENT}: no place for {name}")
         DOCUMENT.write_text(text)

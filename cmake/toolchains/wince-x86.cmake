@@ -1,5 +1,6 @@
-# Windows CE on x86: the compiler of 32-bit Windows without any of its runtime.
-set(LUMO_WINCE ON)
-include(${CMAKE_CURRENT_LIST_DIR}/windows-x86.cmake)
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "")
-set(LUMO_DLLTOOL ${lumo_triple}-dlltool)
+# Windows CE on x86, any processor from the 486 on: the stack on words, which is all that the system gives.
+set(CMAKE_SYSTEM_PROCESSOR x86)
+set(LUMO_WINCE x86)
+set(lumo_wince_target i486-none-gnu)
+set(lumo_wince_flags "-march=i486 -mstack-alignment=4 -fno-pic -D_X86_")
+include(${CMAKE_CURRENT_LIST_DIR}/wince.cmake)

@@ -12,13 +12,43 @@
 namespace wince_file {
 namespace {
 
-// Distances move as a whole with the image: calls and branches of ARM and Thumb, and differences.
-constexpr uint32_t kDistances[] = {R_ARM_NONE,   R_ARM_PC24,       R_ARM_REL32,      R_ARM_THM_PC22,
-                                   R_ARM_CALL,   R_ARM_JUMP24,     R_ARM_THM_JUMP24, R_ARM_V4BX,
-                                   R_ARM_PREL31, R_ARM_THM_JUMP19, R_ARM_THM_PC11,   R_ARM_THM_PC9};
+// What a relocation of the linked image means to one that moves as a whole.
+enum class Meaning { kDistance, kAddress, kOther };
 
-bool IsDistance(uint32_t kind) {
-  return std::find(std::begin(kDistances), std::end(kDistances), kind) != std::end(kDistances);
+Meaning MeaningOnArm(uint32_t kind) {
+  switch (kind) {
+    case R_ARM_ABS32:
+    case R_ARM_TARGET1:
+      return Meaning::kAddress;
+    case R_ARM_NONE:
+    case R_ARM_V4BX:
+    case R_ARM_REL32:
+    case R_ARM_PREL31:
+    case R_ARM_PC24:
+    case R_ARM_CALL:
+    case R_ARM_JUMP24:
+    case R_ARM_THM_PC22:
+    case R_ARM_THM_JUMP24:
+    case R_ARM_THM_JUMP19:
+    case R_ARM_THM_PC11:
+    case R_ARM_THM_PC9:
+      return Meaning::kDistance;
+    default:
+      return Meaning::kOther;
+  }
+}
+
+Meaning MeaningOnX86(uint32_t kind) {
+  switch (kind) {
+    case R_386_32:
+      return Meaning::kAddress;
+    case R_386_NONE:
+    case R_386_PC32:
+    case R_386_PLT32:
+      return Meaning::kDistance;
+    default:
+      return Meaning::kOther;
+  }
 }
 
 class Reader {
@@ -76,7 +106,10 @@ void Reader::ReadPart(const Elf32_Shdr &section) {
 
 void Reader::TakeAddress(Part *part, uint32_t address) {
   const uint32_t at = address - part->address;
-  if (address % 4 != 0 || address < part->address || part->bytes.size() < 4 || at > part->bytes.size() - 4)
+  if (address < part->address || part->bytes.size() < 4 || at > part->bytes.size() - 4)
+    throw std::runtime_error(part->name + " holds an address beyond its bytes");
+  // An instruction of x86 may hold one anywhere.
+  if (!image_.is_x86 && address % 4 != 0)
     throw std::runtime_error(part->name + " holds an address that does not lie on a word");
   if (!IsTable(part->name)) {
     image_.addresses.push_back(address);
@@ -99,8 +132,9 @@ void Reader::ReadAddresses(const Elf32_Shdr &relocations) {
   for (uint32_t at = 0; at < relocations.sh_size; at += sizeof(Elf32_Rel)) {
     const auto entry = At<Elf32_Rel>(relocations.sh_offset + at);
     const uint32_t kind = ELF32_R_TYPE(entry.r_info);
-    if (IsDistance(kind)) continue;
-    if (kind != R_ARM_ABS32 && kind != R_ARM_TARGET1)
+    const Meaning meaning = image_.is_x86 ? MeaningOnX86(kind) : MeaningOnArm(kind);
+    if (meaning == Meaning::kDistance) continue;
+    if (meaning == Meaning::kOther)
       throw std::runtime_error(
           name + " holds half an address, or a relocation of another kind: " + std::to_string(kind));
     if (!IsMoved(sections_[relocations.sh_link], ELF32_R_SYM(entry.r_info))) continue;
@@ -111,9 +145,11 @@ void Reader::ReadAddresses(const Elf32_Shdr &relocations) {
 LinkedImage Reader::Read() {
   const auto header = At<Elf32_Ehdr>(0);
   if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_ident[EI_CLASS] != ELFCLASS32 ||
-      header.e_ident[EI_DATA] != ELFDATA2LSB || header.e_type != ET_EXEC || header.e_machine != EM_ARM) {
-    throw std::runtime_error("is no linked program of ARM");
+      header.e_ident[EI_DATA] != ELFDATA2LSB || header.e_type != ET_EXEC ||
+      (header.e_machine != EM_ARM && header.e_machine != EM_386)) {
+    throw std::runtime_error("is no linked program of ARM or x86");
   }
+  image_.is_x86 = header.e_machine == EM_386;
   for (uint32_t i = 0; i < header.e_shnum; ++i)
     sections_.push_back(At<Elf32_Shdr>(header.e_shoff + sizeof(Elf32_Shdr) * i));
   names_ = sections_.at(header.e_shstrndx).sh_offset;

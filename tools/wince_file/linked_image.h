@@ -1,5 +1,5 @@
-// wince_file/linked_image.h: what the linker made: a program of ARM in ELF, linked with --emit-relocs by
-// src/platform/wince/file.ld.
+// wince_file/linked_image.h: what the linker made: a program of ARM or x86 in ELF, linked with --emit-relocs
+// by file.ld.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,7 @@ struct Part {
 };
 
 struct LinkedImage {
+  bool is_x86;  // otherwise ARM
   uint32_t linked_for;
   uint32_t entry_point;     // odd in Thumb code
   std::vector<Part> parts;  // all that is loaded, in order

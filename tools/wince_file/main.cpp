@@ -3,7 +3,7 @@
 //
 //   wince_file tables TABLES.S [--exports LIBRARY.def] SYSTEM.def...
 //       The tables of exports and imports as assembler, to be linked in.
-//   wince_file write armv4|armv7 LINKED FILE
+//   wince_file write x86|armv4|armv7 LINKED FILE
 //       Writes the terminal's file.
 #include <fstream>
 #include <iostream>
@@ -56,7 +56,7 @@ int main(int count, char **arguments) {
       Write(words[1], words[2], words[3]);
     } else {
       throw std::runtime_error(
-          "tables TABLES.S [--exports LIBRARY.def] SYSTEM.def... | write armv4|armv7 LINKED FILE");
+          "tables TABLES.S [--exports LIBRARY.def] SYSTEM.def... | write x86|armv4|armv7 LINKED FILE");
     }
   } catch (const std::exception &error) {
     std::cerr << "wince_file: " << error.what() << '\n';

@@ -15,7 +15,7 @@ constexpr uint32_t kSignature = 0x4550;
 constexpr uint16_t kPlainFormat = 0x10B;  // 32 bits
 constexpr uint16_t kWindowsCe = 9;        // the subsystem
 
-constexpr uint16_t kMachineX86 = 0x14C, kMachineArm = 0x1C0, kMachineThumb = 0x1C2, kMachineArmNt = 0x1C4;
+constexpr uint16_t kMachineX86 = 0x14C, kMachineArm = 0x1C0, kMachineArmNt = 0x1C4;
 
 // Of FileHeader::kind.
 constexpr uint16_t kRelocationsAreGone = 0x1, kIsExecutable = 0x2, kLinesAreGone = 0x4, kSymbolsAreGone = 0x8,

@@ -14,39 +14,49 @@ void PrintText(std::ostream &out, const std::string &label, const std::string &t
 void PrintNames(std::ostream &out, const Definition &from, const std::string &label_prefix) {
   for (const std::string &name : from.names) {
     if (!label_prefix.empty()) out << label_prefix << name << ':';
-    out << "  .word import." << name << '\n';
+    out << "  .4byte import." << name << '\n';
   }
-  out << "  .word 0\n";
+  out << "  .4byte 0\n";
 }
 
 // The number in front of a name is a hint where to look first.
 void PrintHints(std::ostream &out, const Definition &from) {
   for (const std::string &name : from.names) {
-    out << "  .balign 2\nimport." << name << ": .hword 0\n  .asciz \"" << name << "\"\n";
+    out << "  .balign 2\nimport." << name << ": .2byte 0\n  .asciz \"" << name << "\"\n";
   }
 }
 
-// By BX, since the system's code may be of the other instruction set.
 void PrintFunction(std::ostream &out, const std::string &name) {
   out << "  .section .text." << name << ", \"ax\", %progbits\n"
-      << "  .balign 4\n"
-      << "  FUNCTION\n"
-      << "  .global " << name << "\n  .hidden " << name << "\n  .type " << name << ", %function\n"
-      << name << ":\n"
-      << "  ldr r12, 1f\n"
-      << "  ldr r12, [r12]\n"
-      << "  bx r12\n"
-      << "  .balign 4\n"
-      << "1: .word slot." << name << '\n';
+      << "  FUNCTION " << name << '\n';
 }
 
-// Both tables are assembled for ARM or Thumb, whichever the compiler is told.
-constexpr char kSyntax[] =
-    "  .syntax unified\n"
-    "#ifdef __thumb__\n"
-    "#define FUNCTION .thumb_func\n"
+// The tables are assembled for whichever processor the compiler is told. ARM goes by BX, since the system's
+// code may be of the other instruction set.
+constexpr char kMacros[] =
+    "#if defined(__i386__)\n"
+    "  .macro FUNCTION name\n"
+    "  .global \\name\n  .hidden \\name\n  .type \\name, %function\n"
+    "\\name:\n"
+    "  jmp *slot.\\name\n"
+    "  .endm\n"
     "#else\n"
-    "#define FUNCTION .arm\n"
+    "  .syntax unified\n"
+    "  .macro FUNCTION name\n"
+    "  .balign 4\n"
+    "#if defined(__thumb__)\n"
+    "  .thumb_func\n"
+    "#else\n"
+    "  .arm\n"
+    "#endif\n"
+    "  .global \\name\n  .hidden \\name\n  .type \\name, %function\n"
+    "\\name:\n"
+    "  ldr r12, 1f\n"
+    "  ldr r12, [r12]\n"
+    "  bx r12\n"
+    "  .balign 4\n"
+    "1: .4byte slot.\\name\n"
+    "  .endm\n"
     "#endif\n";
 
 }  // namespace
@@ -57,25 +67,25 @@ void PrintExports(std::ostream &out, const Definition &exports) {
   std::sort(names.begin(), names.end());
   out << "  .section .edata, \"a\", %progbits\n"
       << "  .balign 4\n"
-      << "  .word 0, 0, 0, library.exported, 1, " << names.size() << ", " << names.size()
+      << "  .4byte 0, 0, 0, library.exported, 1, " << names.size() << ", " << names.size()
       << ", exported.functions, exported.names, exported.numbers\n";
   out << "exported.functions:\n";
-  for (const std::string &name : names) out << "  .word " << name << '\n';
+  for (const std::string &name : names) out << "  .4byte " << name << '\n';
   out << "exported.names:\n";
-  for (const std::string &name : names) out << "  .word export." << name << '\n';
+  for (const std::string &name : names) out << "  .4byte export." << name << '\n';
   out << "exported.numbers:\n";
-  for (size_t i = 0; i < names.size(); ++i) out << "  .hword " << i << '\n';
+  for (size_t i = 0; i < names.size(); ++i) out << "  .2byte " << i << '\n';
   PrintText(out, "library.exported", exports.library);
   for (const std::string &name : names) PrintText(out, "export." + name, name);
 }
 
 void PrintImports(std::ostream &out, const std::vector<Definition> &imports) {
-  out << kSyntax << "  .section .idata, \"a\", %progbits\n  .balign 4\n";
+  out << kMacros << "  .section .idata, \"a\", %progbits\n  .balign 4\n";
   for (const Definition &from : imports) {
-    out << "  .word names." << from.library << ", 0, 0, library." << from.library << ", slots."
+    out << "  .4byte names." << from.library << ", 0, 0, library." << from.library << ", slots."
         << from.library << '\n';
   }
-  out << "  .word 0, 0, 0, 0, 0\n";
+  out << "  .4byte 0, 0, 0, 0, 0\n";
   for (const Definition &from : imports) {
     out << "names." << from.library << ":\n";
     PrintNames(out, from, "");

@@ -9,7 +9,9 @@
 namespace wince_file {
 namespace {
 
-constexpr Flavour kFlavours[] = {{"armv4", kMachineArm, 4, false}, {"armv7", kMachineArmNt, 8, true}};
+constexpr Flavour kFlavours[] = {{"x86", kMachineX86, 4, true, false},
+                                 {"armv4", kMachineArm, 4, false, false},
+                                 {"armv7", kMachineArmNt, 8, false, true}};
 
 uint32_t RoundUp(size_t number, uint32_t step) {
   return static_cast<uint32_t>((number + step - 1) / step * step);
@@ -109,7 +111,8 @@ const Flavour &FindFlavour(const std::string &name) {
 }
 
 Bytes MakeTerminalFile(const Flavour &flavour, const LinkedImage &image) {
-  if ((image.entry_point % 2 != 0) != flavour.is_thumb)
+  // An instruction of x86 lies anywhere.
+  if (image.is_x86 != flavour.is_x86 || (!image.is_x86 && (image.entry_point % 2 != 0) != flavour.is_thumb))
     throw std::runtime_error("holds code of another instruction set");
   std::vector<Section> sections;
   uint32_t next = kPage;

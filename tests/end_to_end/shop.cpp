@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,7 +13,9 @@
 
 #include "support/wine.h"
 
-#ifndef _WIN32
+#if defined(LUMO_LOADER)
+#include "wince/loader.h"
+#elif !defined(_WIN32)
 #include <dlfcn.h>
 #endif
 
@@ -20,6 +23,13 @@ namespace test {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The file under test: the one that the environment names, otherwise the one that was built with this
+// program.
+fs::path LibraryFile() {
+  const char *const named = std::getenv("LUMO_LIBRARY_FILE");
+  return fs::u8path(named == nullptr ? LUMO_LIBRARY_FILE : named);
+}
 
 size_t Units(const fs::path &path) {
   return path.u16string().size();
@@ -45,12 +55,21 @@ void *Find(void *module, const char *name) {
 void MakeFolders(const fs::path &folder) {
   fs::create_directories(folder);
 }
+#if defined(LUMO_LOADER)
+void *Load(const fs::path &file) {
+  return wince::Load(file.u8string());
+}
+void *Find(void *module, const char *name) {
+  return wince::Find(static_cast<wince::Module *>(module), name);
+}
+#else
 void *Load(const fs::path &file) {
   return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 void *Find(void *module, const char *name) {
   return dlsym(module, name);
 }
+#endif
 #endif
 
 template <typename Function>
@@ -88,7 +107,7 @@ Shop::Shop(const std::string &folder_name) {
   const fs::path folder = folder_name.empty() ? root : root / fs::u8path(folder_name);
   fs::create_directories(folder);
   folder_ = folder.u8string() + "/";
-  LoadCopy(fs::path(LUMO_LIBRARY_FILE).filename().u8string());
+  LoadCopy(LibraryFile().filename().u8string());
 }
 
 Shop::Shop(size_t folder_units, const std::string &letter) {
@@ -101,7 +120,7 @@ Shop::Shop(size_t folder_units, const std::string &letter) {
   const fs::path folder = root / fs::u8path(LongPath(folder_units - root_units, letter));
   MakeFolders(folder);
   folder_ = folder.u8string() + "/";
-  LoadCopy("l" + fs::path(LUMO_LIBRARY_FILE).extension().u8string());
+  LoadCopy("l" + LibraryFile().extension().u8string());
 }
 
 // The library stays loaded until the process ends, as in a register; only its folder goes.
@@ -110,13 +129,13 @@ Shop::~Shop() {
 }
 
 void Shop::LoadAgain() {
-  const fs::path built = LUMO_LIBRARY_FILE;
+  const fs::path built = LibraryFile();
   LoadCopy(built.stem().u8string() + std::to_string(++copies_) + built.extension().u8string());
 }
 
 void Shop::LoadCopy(const std::string &file_name) {
   const fs::path library = fs::u8path(folder_ + file_name);
-  fs::copy_file(LUMO_LIBRARY_FILE, library);
+  fs::copy_file(LibraryFile(), library);
   module_ = Load(library);
   if (module_ == nullptr) throw std::runtime_error("the library file does not load");
 #define SHOP_RESOLVE(name) Resolve(module_, #name, name);
@@ -170,7 +189,7 @@ std::set<std::string> Shop::Files() const {
   std::set<std::string> files;
   const fs::path folder = fs::u8path(folder_);
   for (const fs::directory_entry &entry : fs::recursive_directory_iterator(fs::u8path(root_))) {
-    if (entry.is_directory() || entry.path().extension() == fs::path(LUMO_LIBRARY_FILE).extension()) continue;
+    if (entry.is_directory() || entry.path().extension() == LibraryFile().extension()) continue;
     files.insert(entry.path().lexically_relative(folder).generic_u8string());
   }
   return files;

@@ -80,7 +80,7 @@ char *OldName(const char *name) {
     TraceWarning("too long name specified\n");
   }
   char *old_name = static_cast<char *>(MemMalloc(length + sizeof ".old", LUMO_HERE));
-  std::memcpy(old_name, name, length);
+  std::strcpy(old_name, name);
   std::strcpy(old_name + length, ".old");
   return old_name;
 }
@@ -165,7 +165,7 @@ Backwards TurnAround(const RecordEntry *first) {
   for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
     ++list.count;
   }
-  list.entries = static_cast<const RecordEntry **>(MemMalloc(list.count * sizeof(*list.entries), LUMO_HERE));
+  list.entries = static_cast<const RecordEntry **>(MemMalloc(list.count * sizeof(void *), LUMO_HERE));
   uint32_t i = list.count;
   for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
     list.entries[--i] = entry;

@@ -448,7 +448,7 @@ void Server::Impl::Obey(const Fault &fault) {
 
 Fault Server::Impl::TakeFault(const OperationNames *operation) {
   FaultPlan plan = faults;
-  const Fault taken = plan.Take(operation);
+  Fault taken = plan.Take(operation);
   KeepCount(std::move(plan));
   return taken;
 }

@@ -224,7 +224,10 @@ FAULTS_CALL(BOOL, lumo_WriteFile,
     count = faults::Short(count);
   }
   Enter();
-  if (faults::IsEnd(faults::End::kHalfway)) {
+  // STATE, less than a sector and written in one call, reaches the disk whole or not at all. A record, which
+  // ends with its line feed, may be of any length and is cut in the middle.
+  const bool is_record = count != 0 && static_cast<const char *>(buffer)[count - 1] == '\n';
+  if (faults::IsEnd(faults::End::kHalfway) && (is_record || count > 512)) {
     __real_lumo_WriteFile(file, buffer, count / 2, out_written, overlapped);
     faults::EndProcess();
   }

@@ -1,31 +1,34 @@
 // commands.h: what the register can do, as command-line words. The same words work one at a time from a shell
-// and one after another in the interactive mode.
+// and one after another in the interactive mode. Each group of commands has a file of its own.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <filesystem>
 #include <functional>
-#include <memory>
-#include <string>
 
-#include "library.h"
+#include "till.h"
+
+namespace CLI {
+class App;
+}
 
 namespace reg {
 
-struct Till {
-  std::filesystem::path libraryFile;
-  std::string tag;   // names the trace file
-  std::string card;  // the card the next operation is for, unless it names another
-  std::string cashier = "1";
-  std::unique_ptr<Library> library;
-  bool started = false;
-  int status = 0;  // of the last command
-};
+void AddConfigureCommand(CLI::App &app, Till &till);
+void AddStatusCommand(CLI::App &app, Till &till);
+void AddDoctorCommand(CLI::App &app, Till &till);
+void AddShiftCommands(CLI::App &app, Till &till);  // and the flag of the state
+void AddCardCommands(CLI::App &app, Till &till);
+void AddPaymentCommands(CLI::App &app, Till &till);
+void AddQueueCommand(CLI::App &app, Till &till);
+void AddJournalCommand(CLI::App &app, Till &till);
+void AddReportCommand(CLI::App &app, Till &till);
+void AddTraceCommand(CLI::App &app, Till &till);
+void AddMessageCommand(CLI::App &app, Till &till);
 
+// All of these.
 void AddCommands(CLI::App &app, Till &till);
 
-// Runs `parse`, which hands words to `app`, and returns the command's status: 0 done, 1 refused by the
-// library (its code and message are on standard error), 2 not understood.
+// Runs `parse`, which hands words to `app`. What went wrong is on standard error afterwards. Returns the
+// command's status.
 int Parse(CLI::App &app, Till &till, const std::function<void()> &parse);
 
 }  // namespace reg

@@ -37,10 +37,10 @@ void *Find(void *module, const char *name) {
 #endif
 
 template <typename Function>
-void Resolve(void *module, const char *name, Function &function) {
+void Resolve(void *module, const char *name, Call<Function> &call) {
   void *found = Find(module, name);
   if (found == nullptr) throw std::runtime_error(std::string("the library has no call named ") + name);
-  function = reinterpret_cast<Function>(found);
+  call.Set(name, reinterpret_cast<Function>(found));
 }
 
 }  // namespace

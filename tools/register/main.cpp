@@ -32,7 +32,7 @@ int Interactive(reg::Till &till) {
     reg::Parse(app, till, [&] { app.parse(line, false); });
     if (quit) break;
   }
-  if (till.started) till.library->LUMOClean();
+  till.End();
   return 0;
 }
 
@@ -47,6 +47,7 @@ int Run(int argc, char **argv) {
   app.add_option("-l,--library", till.libraryFile, "The library file; its folder holds all of lumo's files")
       ->capture_default_str();
   app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
+  app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
   reg::AddCommands(app, till);
   bool interactive = false;
   app.add_subcommand("interactive", "Take commands one after another from standard input")

@@ -1,0 +1,7 @@
+#include "commands.h"
+
+namespace reg {
+
+void AddDoctorCommand(CLI::App &, Till &) {}
+
+}  // namespace reg

@@ -1,0 +1,30 @@
+// options.h: options that several commands have.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace reg {
+
+struct CardOptions {
+  std::string card;
+  std::string cashier;
+};
+
+std::shared_ptr<CardOptions> AddCard(CLI::App *command);
+
+// An amount as a cashier writes it, in hundredths.
+std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, const std::string &help,
+                                   bool required);
+
+inline const char *OrNull(const std::optional<std::string> &text) {
+  return text ? text->c_str() : nullptr;
+}
+
+}  // namespace reg

@@ -1,0 +1,17 @@
+// running_call.h: which call of the library runs, for those that must know when the process is about to end.
+#pragma once
+
+namespace reg {
+
+class RunningCall {
+ public:
+  explicit RunningCall(const char *name);
+  ~RunningCall();
+  RunningCall(const RunningCall &) = delete;
+  RunningCall &operator=(const RunningCall &) = delete;
+
+  // Null when none runs.
+  static const char *Name();
+};
+
+}  // namespace reg

@@ -1,0 +1,48 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "commands.h"
+#include "options.h"
+
+namespace reg {
+
+void AddShiftCommands(CLI::App &app, Till &till) {
+  CLI::App *shift = app.add_subcommand("shift", "Open or close the cashier's shift");
+  shift->require_subcommand(1);
+  auto id = std::make_shared<std::optional<std::string>>();
+  CLI::App *open = shift->add_subcommand("open", "Open a shift");
+  open->add_option("id", *id, "The shift's number; without one the library makes its own");
+  open->callback([id, &till] {
+    Library &library = till.Started();
+    till.Check(library.OpenShift(OrNull(*id)));
+    std::cout << "  shift open\n";
+  });
+  shift->add_subcommand("close", "Close the shift")->callback([&till] {
+    Library &library = till.Started();
+    till.Check(library.CloseShift());
+    std::cout << "  shift closed\n";
+  });
+
+  CLI::App *offline = app.add_subcommand("offline-state", "Show the offline flag, or set it to 0 or 1");
+  auto value = std::make_shared<std::optional<int>>();
+  offline->add_option("value", *value, "0 or 1");
+  offline->callback([value, &till] {
+    Library &library = till.Started();
+    if (*value) till.Check(library.setOfflineState(**value));
+    std::cout << "  offline state " << library.getOfflineState() << '\n';
+  });
+}
+
+void AddMessageCommand(CLI::App &app, Till &till) {
+  CLI::App *message = app.add_subcommand("message", "The cashier's text for a result code");
+  auto code = std::make_shared<int>(0);
+  message->add_option("code", *code, "Result code")->required();
+  message->callback([code, &till] {
+    const std::string text = till.Loaded().GetErrorMessage(*code);
+    till.Show(Facts().Add("code", *code).Add("message", text), [&] { std::cout << "  " << text << '\n'; });
+  });
+}
+
+}  // namespace reg

@@ -1,11 +1,7 @@
-// A cash register with the loyalty programme: sales, a server that goes away and comes back, answers that are
-// lost, a shift's report.
-//
-//   sale FOLDER      the folder of the library file; the bills lie there too
-//
-// It reads what the cashier does, a line each, and ends its answer to each with the line "ready":
+// A cash register with the loyalty programme:   sale BILL   with the path of BILL.JSN beside the library
+// file. It reads what the cashier does, a line each, and ends each answer with the line "ready":
 //   CARD          sells what is on the counter to the customer with this card
-//   CARD spend    the same; the customer wants to pay with bonuses, as far as the programme lets her
+//   CARD spend    the same; the customer wants to pay with bonuses
 //   send          sends what waits for the server
 // The end of the input closes the shift.
 #include <cstdio>
@@ -28,133 +24,85 @@ std::string Now() {
   return text;
 }
 
-void Say(const std::string &step, lumo::Result result) {
-  std::cout << step << ": " << result.code() << " " << result.message() << "\n";
-  if (result == ERR_SERVER_ERROR) std::cout << "the server says " << lumo::getResponseStateCode() << "\n";
+void Say(const std::string &what, const char *outcome, lumo::Result result) {
+  std::cout << what << " " << outcome << ": " << result.code() << " "
+            << (result == ERR_SERVER_ERROR ? lumo::getResponseStateCode() : result.message()) << "\n";
 }
 
 // The goods on the counter.
-bool WriteBill(const std::string &folder) {
-  std::ofstream bill(folder + "/BILL.JSN", std::ios::binary);
-  bill << R"({"totalSum":15000,"orderLen":2,"billNum":"1","billDate":")" << Now()
-       << R"(","partnerFee":0,"goodList":{"good":[)"
+lumo::Result WriteBill(const char *path) {
+  std::ofstream bill(path, std::ios::binary);
+  bill << R"({"totalSum":15000,"orderLen":2,"billNum":"1","billDate":")" << Now() << R"(","partnerFee":0,)"
+       << R"("goodList":{"good":[)"
        << R"({"title":"Хлеб","productCode":"001","positionCost":5000,"orderNum":1,"cnt":1},)"
        << R"({"title":"Чай","productCode":"002","positionCost":10000,"orderNum":2,"cnt":2}]}})" << std::flush;
-  return bill.good();
+  return bill.good() ? 0 : ERR_BILL_OPEN;
 }
 
-// Whether the server may have carried out what it was sent, and only its answer did not arrive.
+// The server may have carried it out: only its answer is missing.
 bool IsLost(lumo::Result result) {
-  for (const int code : {ERR_REQUEST_SEND, ERR_NO_RESPONSE, ERR_JSON_SYNTAX, ERR_RESPONSE_STRUCTURE,
-                         ERR_RESPONSE_TYPE, ERR_RESPONSE_CONTENT, ERR_SERVER_FAILURE}) {
-    if (result == code) return true;
-  }
-  return false;
+  return result.code() <= ERR_JSON_SYNTAX && result.code() >= ERR_REQUEST_SEND && result != ERR_SERVER_ERROR;
 }
 
-bool IsRefused(lumo::Result result, const std::string &reason) {
-  return result == ERR_SERVER_ERROR && lumo::getResponseStateCode() == reason;
-}
-
-// Finds out whether a payment was made whose answer was lost. Whatever it was, afterwards it is not.
-void SettleLost(const std::string &rrn) {
-  const lumo::Result result = lumo::PaymentCancelProc(rrn);
-  if (result.ok() && lumo::lumoIsOffline()) {
-    std::cout << rrn << ": its cancellation waits for the server; sell again\n";
-  } else if (result.ok()) {
-    std::cout << rrn << " had been paid and is cancelled; sell again\n";
-  } else if (IsRefused(result, "BILL_NOT_FOUND")) {
-    std::cout << rrn << " was never paid; sell again\n";
-  } else {
-    Say("cancellation", result);
-    std::cout << rrn << " may be paid: cancel it later; sell without the card\n";
-  }
-}
-
-// Without it the bonuses are neither spent nor earned.
-void Confirm(const std::string &rrn) {
-  lumo::Result result = lumo::PaymentConfirmProc(rrn);
-  if (IsLost(result))
-    result = lumo::PaymentConfirmProc(rrn);  // one that has arrived is refused the second time
-  if (result.ok() || IsRefused(result, "BILL_INCORRECT_STATE")) {
-    std::cout << rrn << (lumo::lumoIsOffline() ? " waits for the server\n" : " is confirmed\n");
-  } else {
-    Say("confirmation", result);
-    std::cout << rrn << " is not confirmed: confirm it later\n";
-  }
-}
-
-// One sale in the current transaction. Goods can always be sold without the card.
-void Sell(const std::string &folder, bool spend) {
+// A sale in the current transaction. Goods can always be sold without the card.
+void Sell(bool wants_to_spend) {
   const std::string before = lumo::getRRN();
-  if (lumo::BalanceProc().ok()) {  // good to know, and no reason to stop
-    char amount[20];
-    std::snprintf(amount, sizeof amount, "%d.%02d", lumo::GetBalance() / 100, lumo::GetBalance() % 100);
-    std::cout << "on the card: " << amount << "\n";
-  }
-  if (lumo::getRRN() == before) {
-    std::cout << "sell without the card: the server was never met or the clock is behind, "
-                 "and would refuse the sale for ever\n";
+  if (lumo::BalanceProc().ok())
+    std::printf("on the card: %d.%02d\n", lumo::GetBalance() / 100, lumo::GetBalance() % 100);
+  if (lumo::getRRN() == before) {  // the server would refuse the sale for ever
+    std::cout << "no number: the server was never met, or the clock is behind; sell without the card\n";
     return;
   }
-  if (!WriteBill(folder)) {
-    std::cout << "sell without the card: the bill cannot be written\n";
-    return;
-  }
-  // `spend` says whether; how much is the server's to decide.
-  const lumo::Result result = lumo::PaymentProc(spend ? 1 : 0, "BILL.JSN");
+  lumo::Result result = lumo::PaymentProc(wants_to_spend, "BILL.JSN");  // how many, the server decides
   const std::string rrn = lumo::getRRN();
-  if (IsLost(result)) {
-    SettleLost(rrn);
-  } else if (result.ok() || result == ERR_BILL_OPEN) {  // paid; at worst the bill could not be written back
+  if (result.ok() || result == ERR_BILL_OPEN) {  // paid; at worst the bill could not be rewritten
     std::cout << lumo::getReceiptHeaderPtr() << lumo::getReceiptBodyPtr() << lumo::getReceiptFooterPtr();
-    Confirm(rrn);
+    result = lumo::PaymentConfirmProc(rrn);  // until now the bonuses were only reserved
+    if (IsLost(result)) result = lumo::PaymentConfirmProc(rrn);
+    if (result.ok() || lumo::getResponseStateCode() == "BILL_INCORRECT_STATE")  // it had arrived
+      std::cout << rrn << (lumo::lumoIsOffline() ? " waits for the server\n" : " is confirmed\n");
+    else
+      Say(rrn, "is paid, confirm it later", result);
+  } else if (IsLost(result)) {  // paid or not? Undone, it can be sold again
+    result = lumo::PaymentCancelProc(rrn);
+    if (result.ok() || lumo::getResponseStateCode() == "BILL_NOT_FOUND")
+      std::cout << rrn << (result.ok() ? " is cancelled" : " was never paid") << ": sell again\n";
+    else
+      Say(rrn, "may be paid, cancel it later", result);
   } else {
-    Say("payment", result);
-    std::cout << "sell without the card\n";
+    Say(rrn, "is not paid", result);
   }
-}
-
-void SendWaiting() {
-  const int waiting = lumo::lumoOfflineCount();
-  const int sent = lumo::SendOfflinePayments();
-  std::cout << "sent " << sent << " of " << waiting << "\n";
-  // OFFLINE keeps the records that failed. When none did, it keeps them all, until it is cleared.
-  if (sent == waiting && !lumo::lumoClearOffline(sent).ok()) std::cout << "OFFLINE could not be cleared\n";
 }
 
 int main(int argc, char **argv) {
-  if (argc != 2) {
-    std::cerr << "usage: sale FOLDER\n";
-    return 2;
-  }
+  lumo::ShiftScope shift;
+  lumo::Result result = argc == 2 ? lumo::LUMOInit() : ERR_CONFIG_LOAD;
+  if (result.ok()) result = shift.Open("1");
+  if (!result.ok() && result != ERR_SHIFT_ALREADY_OPEN) return Say("sale BILL", "cannot start", result), 1;
 #ifdef _WIN32
   SetConsoleOutputCP(CP_UTF8);
 #endif
-  if (const lumo::Result result = lumo::LUMOInit(); !result.ok()) return Say("start", result), 1;
-  const std::string opened = Now();
-  lumo::ShiftScope shift;
-  const lumo::Result result = shift.Open("1");
-  if (!result.ok() && result != ERR_SHIFT_ALREADY_OPEN) return Say("shift", result), 1;
-
+  const std::string opened =
+      Now().substr(0, 16);  // report bounds are texts: before any second of this minute
   for (std::string line; std::cout << "ready" << std::endl, std::getline(std::cin, line);) {
     std::string word, wish;
     std::istringstream(line) >> word >> wish;
-    if (word.empty()) continue;
     if (word == "send") {
-      SendWaiting();
-      continue;
-    }
-    lumo::TransactionScope transaction;
-    if (const lumo::Result created = transaction.Create(word, "7"); created.ok()) {
-      Sell(argv[1], wish == "spend");
-    } else {
-      Say("transaction", created);
+      const int waiting = lumo::lumoOfflineCount(), sent = lumo::SendOfflinePayments();
+      std::cout << "sent " << sent << " of " << waiting << "\n";
+      if (sent == waiting) result = lumo::lumoClearOffline(sent);  // else OFFLINE holds those that failed
+    } else if (!word.empty()) {
+      lumo::TransactionScope transaction;
+      result = WriteBill(argv[1]);
+      if (result.ok()) result = transaction.Create(word, "7");
+      if (result.ok())
+        Sell(wish == "spend");
+      else
+        Say(word, "is not sold to", result);
     }
   }
-
-  // Report bounds are texts: the minute stands before each of its seconds, "9" behind all dates.
-  if (lumo::GenerateSummaryReport(opened.substr(0, 16), "9") > 0) std::cout << lumo::GetReportPtr();
-  if (const lumo::Result closed = shift.Close(); !closed.ok()) Say("shift", closed);
+  if (lumo::GenerateSummaryReport(opened, "9") > 0)
+    std::cout << lumo::GetReportPtr();  // "9": behind all dates
+  if (result = shift.Close(); !result.ok()) Say("the shift", "is not closed", result);
   return lumo::LUMOClean().code();
 }

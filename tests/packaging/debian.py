@@ -36,8 +36,8 @@ def main():
             subprocess.run(command.replace("/usr/", f"{root}/usr/"), shell=True, cwd=work, env=environment, check=True)
         with day.Server([os.path.abspath(sys.argv[1])]) as server:
             day.configure(f"{work}/shop", server)
-            good = day.run(os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, f"{work}/shop", ["shop/register", "shop"],
-                           work, environment)
+            good = day.run(os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, f"{work}/shop",
+                           ["shop/register", "shop/BILL.JSN"], work, environment)
         here = {os.path.basename(path) for path in files_of(f"{work}/shop")}
         if not {"CONFIG", "STATE", "LOG", "TRACE.TXT", "BILL.JSN"} <= here:
             sys.exit(f"the terminal's folder holds only {sorted(here)}")

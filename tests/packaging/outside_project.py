@@ -66,7 +66,8 @@ def main():
             shutil.copytree(f"{work}/installed/share/doc/liblumo-dev/examples/{sample}", f"{work}/{sample}")
             program = build(way, f"{work}/{sample}", f"{work}/installed", cmake, {"C": c_compiler, "CXX": cxx_compiler})
             print(run(sys.executable, os.path.join(SOURCE, "tests", "bindings", "day.py"),
-                      os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, "--", library, program, "--", "{shop}/sale", "{shop}"))
+                      os.path.join(SOURCE, "tests", "bindings", "day.txt"), server, "--", library, program,
+                      "--", "{shop}/sale", "{shop}/BILL.JSN"))
 
 
 if __name__ == "__main__":

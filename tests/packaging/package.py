@@ -108,7 +108,7 @@ def sell_with_stand_ins(folder):
         shutil.copy(os.path.join(SOURCE, "build", "windows-x86", "bin", name), os.path.join(folder, "terminal"))
     server = "build/release/bin/loyalty_server --port 8080"
     sell(folder, "wince-x86", [r"gcc examples\c\sale.c -Iinclude lib\lumo.lib -o terminal\sale.exe",
-                               r"terminal\sale.exe terminal"], os.path.join(SOURCE, server))
+                               r"terminal\sale.exe terminal\BILL.JSN"], os.path.join(SOURCE, server))
 
 
 def check_calls_of_windows_ce(folder):

@@ -24,9 +24,11 @@ bool for_ever;
 End end;
 bool met;
 const char *faulty_name = "";
+unsigned char *abilities;
+int most_abilities;
 
-bool CanFail(Kind kind) {
-  switch (way) {
+bool KindCanFail(Kind kind, Way each) {
+  switch (each) {
     case Way::kError:
       return true;
     case Way::kHeld:
@@ -40,6 +42,15 @@ bool CanFail(Kind kind) {
   return false;
 }
 
+void NoteAbilities(Kind kind) {
+  if (calls > most_abilities) return;
+  unsigned char ways = 0;
+  for (const Way each : kWays) {
+    if (KindCanFail(kind, each)) ways |= static_cast<unsigned char>(1 << static_cast<int>(each));
+  }
+  abilities[calls - 1] = ways;
+}
+
 [[noreturn]] void EndProcess() {
   raise(SIGKILL);
   _exit(1);
@@ -49,8 +60,9 @@ bool CanFail(Kind kind) {
 bool Fails(const char *name, Kind kind) {
   if (mode == Mode::kOff || mode == Mode::kLoseTrace) return false;
   ++calls;
+  if (mode == Mode::kCount) NoteAbilities(kind);
   if (calls == faulty_call) faulty_name = name;
-  if (mode != Mode::kFail || !CanFail(kind)) return false;
+  if (mode != Mode::kFail || !KindCanFail(kind, way)) return false;
   const bool fails = calls == faulty_call || (for_ever && met && calls > faulty_call);
   met = met || fails;
   return fails;
@@ -121,8 +133,14 @@ void Start(Mode new_mode, int n) {
 
 }  // namespace
 
-void StartCounting() {
+void StartCounting(unsigned char *new_abilities, int most) {
+  abilities = new_abilities;
+  most_abilities = most;
   Start(Mode::kCount, 0);
+}
+
+bool CanFail(unsigned char abilities_of_call, Way each) {
+  return (abilities_of_call >> static_cast<int>(each) & 1) != 0;
 }
 
 void FailCall(int n, Way new_way, bool new_for_ever) {
@@ -322,10 +340,17 @@ FAULTS_CALL(int, lumo_connect, (SOCKET socket, const sockaddr *address, int leng
   return Leave(__real_lumo_connect(socket, address, length));
 }
 
+int __real_lumo_shutdown(SOCKET socket, int how);
+
 FAULTS_CALL(int, lumo_send, (SOCKET socket, const char *data, int length, int flags)) {
   if (Fails("send", faults::kWriting)) {
     if (!faults::IsShort()) return Refuse(SOCKET_ERROR, WSAECONNRESET);
     length = static_cast<int>(faults::Short(static_cast<DWORD>(length)));
+    const int sent = __real_lumo_send(socket, data, length, flags);
+    // The server need not wait for the rest until its patience, and then the library's, is at an end.
+    constexpr int kSending = 1;
+    __real_lumo_shutdown(socket, kSending);
+    return sent;
   }
   Enter();
   if (faults::IsEnd(faults::End::kHalfway)) {

@@ -22,8 +22,11 @@ enum class End { kBefore, kHalfway, kAfter };  // of the process
 constexpr End kEnds[] = {End::kBefore, End::kHalfway, End::kAfter};
 const char *NameOf(End end);
 
-// From now on calls are counted, the first is number 1.
-void StartCounting();
+// From now on calls are counted, the first is number 1. `abilities`, one byte a call and so many at most, is
+// told in which ways each can fail.
+void StartCounting(unsigned char *abilities, int most);
+// What `abilities` tells of a call.
+bool CanFail(unsigned char abilities, Way way);
 // Counts, and lets call number n fail; `for_ever`: and every one behind it that can fail so.
 void FailCall(int n, Way way, bool for_ever);
 // Counts, and ends the process at call number n.

@@ -1,5 +1,6 @@
 #include "faults/folder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -48,18 +49,28 @@ std::vector<std::string> LinesOf(const std::string &text) {
   return lines;
 }
 
+namespace {
+
+// Whether it is one object. Bytes of texts are kept as they are, also those that are no UTF-8.
+bool IsWholeObject(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; }, '?');
+  return Json::parse(text, nullptr, false).is_object();
+}
+
+}  // namespace
+
 std::string FaultOfState(const Folder &folder) {
   if (!folder.Exists("STATE")) return "";
   const std::string text = folder.Read("STATE");
-  return Json::parse(text, nullptr, false).is_object() ? "" : "STATE is not whole: " + text;
+  return IsWholeObject(text) ? "" : "STATE is not whole: " + text;
 }
 
 std::string FaultOfJournal(const Folder &folder, const std::string &name, bool may_be_torn) {
   const std::string text = folder.Read(name);
   if (!may_be_torn && !text.empty() && text.back() != '\n') return name + " has an open tail: " + text;
   for (const std::string &line : LinesOf(text)) {
-    if (!Json::parse(line, nullptr, false).is_object())
-      return name + " has a line that is no record: " + line;
+    if (!IsWholeObject(line)) return name + " has a line that is no record: " + line;
   }
   return "";
 }

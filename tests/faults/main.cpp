@@ -15,6 +15,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "faults/calls.h"
 #include "faults/folder.h"
@@ -192,6 +193,7 @@ void Sweep::TryFault(const Operation &operation, int n, Way way, bool for_ever) 
   if (report_->faulty_call[0] != '\0') what_ += std::string(" (") + report_->faulty_call + ")";
   const bool memory = outcome.ended && outcome.status == kMemoryStatus;
   if (!memory) CheckCode(operation, outcome);
+  if (outcome.ended && outcome.status == 0 && !report_->fault_was_met) Fail("nothing failed");
   Check(FaultOfState(folder_));
   // An open tail belongs to no record; the next append cuts it off.
   Check(FaultOfJournal(folder_, "LOG", true));
@@ -205,19 +207,22 @@ void Sweep::Calls() {
     what_ = operation.name + ", nothing fails";
     ++tried_;
     Fill(operation);
-    CheckCode(operation, Run(operation, StartCounting));
+    CheckCode(operation, Run(operation, [&] { StartCounting(report_->abilities, Report::kMostCalls); }));
     const int calls = report_->calls;
+    if (calls > Report::kMostCalls) Fail("more calls than there is room to note");
+    const std::vector<unsigned char> abilities(report_->abilities,
+                                               report_->abilities + std::min(calls, Report::kMostCalls));
     CarryOnAndCheck(operation);
     what_ = operation.name + ", the trace is lost";
     ++tried_;
     Fill(operation);
     CheckCode(operation, Run(operation, LoseTrace));
     CarryOnAndCheck(operation);
-    for (int n = 1; n <= calls; ++n) {
+    for (size_t n = 1; n <= abilities.size(); ++n) {
       for (const Way way : kWays) {
         for (const bool for_ever : {false, true}) {
-          if (!IsChosen()) continue;
-          TryFault(operation, n, way, for_ever);
+          if (!CanFail(abilities[n - 1], way) || !IsChosen()) continue;
+          TryFault(operation, static_cast<int>(n), way, for_ever);
         }
       }
     }

@@ -11,8 +11,10 @@ namespace faults {
 // What a process tells of itself, in memory that its parent shares.
 struct Report {
   static constexpr int kMostSales = 8;
+  static constexpr int kMostCalls = 4096;
   int code;  // of the operation
   int calls;
+  unsigned char abilities[kMostCalls];  // of each call, in a run that counts
   bool fault_was_met;
   char faulty_call[32];
   int sale_count;

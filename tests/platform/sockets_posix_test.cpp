@@ -136,6 +136,8 @@ TEST(PosixSockets, NothingWorksBeforeTheStartOrAfterTheLastCleanup) {
   EXPECT_EQ(WSAGetLastError(), 10093);
   EXPECT_EQ(connect(3, &address, sizeof address), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10093);
+  EXPECT_EQ(setsockopt(3, SOL_SOCKET, SO_RCVTIMEO, "1234", 4), SOCKET_ERROR);
+  EXPECT_EQ(WSAGetLastError(), 10093);
 }
 
 TEST(PosixSockets, ACloseAfterTheCleanupSaysSoAndStillFreesTheDescriptor) {
@@ -159,9 +161,15 @@ TEST(PosixSockets, OnlyWhatTheLibraryUsesIsOffered) {
   EXPECT_EQ(WSAGetLastError(), 10043);
   EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, SO_RCVTIMEO, bytes, 2), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
+  EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, SO_RCVTIMEO, nullptr, 4), SOCKET_ERROR);
+  EXPECT_EQ(WSAGetLastError(), 10014);
   EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, 4, bytes, 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10042);
+  EXPECT_EQ(setsockopt(client.socket_, 6, SO_RCVTIMEO, bytes, 4), SOCKET_ERROR);
+  EXPECT_EQ(WSAGetLastError(), 10042);
   sockaddr_in address = {};
+  EXPECT_EQ(connect(client.socket_, nullptr, sizeof address), SOCKET_ERROR);
+  EXPECT_EQ(WSAGetLastError(), 10014);
   EXPECT_EQ(connect(client.socket_, reinterpret_cast<const sockaddr *>(&address), 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
   EXPECT_EQ(connect(client.socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address),

@@ -93,7 +93,7 @@ DWORD ErrorOfName(int error, const Name &name) {
   memcpy(folder, name, length);
   folder[length] = 0;
   struct stat status;
-  return stat(folder, &status) == 0 && S_ISDIR(status.st_mode) ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+  return stat(folder, &status) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 
 int OpenAgain(const Name &name, int flags, mode_t mode) {
@@ -149,8 +149,8 @@ int OpenLocked(const Name &name, int access, Missing missing, Existing existing,
       close(descriptor);
       continue;
     }
-    if (existing == kTruncate && opened.st_size != 0 && S_ISREG(opened.st_mode) &&
-        ftruncate(descriptor, 0) != 0) {
+    // Devices and pipes have no size.
+    if (existing == kTruncate && opened.st_size != 0 && ftruncate(descriptor, 0) != 0) {
       const int error = errno;
       close(descriptor);
       lumo_SetLastError(ErrorOf(error));
@@ -185,7 +185,7 @@ int LockName(const Name &name, bool folders) {
 template <typename Byte, typename Call>
 BOOL Transfer(HANDLE file, Byte *buffer, DWORD count, DWORD *out_done, DWORD rest, Call call) {
   DWORD done = 0;
-  if (out_done != nullptr) *out_done = 0;
+  *out_done = 0;
   const int descriptor = DescriptorOf(file);
   do {
     const ssize_t result = call(descriptor, buffer + done, count - done);
@@ -197,15 +197,14 @@ BOOL Transfer(HANDLE file, Byte *buffer, DWORD count, DWORD *out_done, DWORD res
     }
     if (result == 0) break;
     done += static_cast<DWORD>(result);
-    if (out_done != nullptr) *out_done = done;
+    *out_done = done;
   } while (done < count);
   return 1;
 }
 
 }  // namespace
 
-HANDLE lumo_CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void *, DWORD creation, DWORD,
-                        HANDLE) {
+HANDLE lumo_CreateFileW(const WCHAR *name, DWORD access, DWORD, void *, DWORD creation, DWORD, HANDLE) {
   Name file;
   if (!Convert(name, file)) return INVALID_HANDLE_VALUE;
   if (creation < CREATE_ALWAYS || creation > OPEN_ALWAYS) {
@@ -214,13 +213,12 @@ HANDLE lumo_CreateFileW(const WCHAR *name, DWORD access, DWORD share_mode, void 
   }
   const bool reads = (access & GENERIC_READ) != 0, writes = (access & GENERIC_WRITE) != 0;
   bool created = false;
-  const int descriptor =
-      OpenLocked(file,
-                 reads && writes ? O_RDWR
-                 : writes        ? O_WRONLY
-                                 : O_RDONLY,
-                 creation == OPEN_EXISTING ? kFail : kCreate, creation == CREATE_ALWAYS ? kTruncate : kKeep,
-                 share_mode == 0 ? LOCK_EX : LOCK_SH, 0666, &created);
+  const int descriptor = OpenLocked(file,
+                                    reads && writes ? O_RDWR
+                                    : writes        ? O_WRONLY
+                                                    : O_RDONLY,
+                                    creation == OPEN_EXISTING ? kFail : kCreate,
+                                    creation == CREATE_ALWAYS ? kTruncate : kKeep, LOCK_EX, 0666, &created);
   if (descriptor < 0) return INVALID_HANDLE_VALUE;
   lumo_SetLastError(creation == OPEN_EXISTING || created ? 0 : ERROR_ALREADY_EXISTS);
   return HandleOf(descriptor);

@@ -56,7 +56,7 @@ int WaitFor(int descriptor, short events, int option, int64_t begin) {
     const int64_t rest = deadline < 0 ? -1 : deadline - Milliseconds();
     if (deadline >= 0 && rest <= 0) return ETIMEDOUT;
     pollfd entry = {descriptor, events, 0};
-    const int ready = poll(&entry, 1, rest > INT32_MAX ? INT32_MAX : static_cast<int>(rest));
+    const int ready = poll(&entry, 1, static_cast<int>(rest));  // a time limit is 32 bits of milliseconds
     if (ready > 0) return 0;
     if (ready < 0 && errno != EINTR) return errno;
   }

@@ -57,6 +57,7 @@ Till::Snapshot Till::Files() const {
   Snapshot files;
   for (const auto &entry : std::filesystem::directory_iterator(folder)) {
     const std::string name = entry.path().filename().u8string();
+    if (entry.path() == library) continue;
     files[name] = {Read(name), entry.last_write_time()};
   }
   return files;

@@ -45,7 +45,7 @@ class Till : public testing::Test {
   bool Exists(const std::string &name) const { return std::filesystem::exists(folder / name); }
   std::string Read(const std::string &name) const;  // a missing file fails the test
   void Write(const std::string &name, const std::string &bytes) const;
-  // Every file of the folder, its bytes and when it was written: what a look must not change.
+  // Every file of the folder but the library, its bytes and when it was written: what a look must not change.
   using Snapshot = std::map<std::string, std::pair<std::string, std::filesystem::file_time_type>>;
   Snapshot Files() const;
 

@@ -4,6 +4,46 @@
 #include <iostream>
 
 namespace reg {
+namespace {
+
+constexpr char kStatuses[] = R"(Exit status:
+  0    done
+  1    refused by the library or the server; queue: something waits; doctor: not fit to sell
+  2    the command line is not understood, or asks for what cannot work
+  3    a file cannot be read, written or loaded
+  4    the library ended the process
+  130  interrupted (143: terminated), after what ran was finished)";
+
+void ShowVersion(Till &till) {
+  std::string library;
+  try {
+    library = till.Loaded().lumoVersion();
+  } catch (const Failure &) {
+    library.clear();  // the register's own is known all the same
+  }
+  Facts facts;
+  facts.Add("register", LUMO_VERSION).Add("library", library.empty() ? nullptr : library.c_str());
+  till.Show(facts, [&] {
+    std::cout << "register " LUMO_VERSION "\nlibrary " << (library.empty() ? "not found" : library) << '\n';
+  });
+}
+
+}  // namespace
+
+void AddGeneralOptions(CLI::App &app, Till &till) {
+  app.add_option("-l,--library", till.libraryFile, "The library file; its folder holds all of lumo's files")
+      ->capture_default_str();
+  app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
+  app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
+  app.add_flag_callback(
+      "--version",
+      [&till] {
+        ShowVersion(till);
+        throw CLI::Success();
+      },
+      "Versions of the register and of the library file");
+  app.footer(kStatuses);
+}
 
 void AddCommands(CLI::App &app, Till &till) {
   AddConfigureCommand(app, till);
@@ -43,6 +83,8 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
   } catch (const std::bad_alloc &) {
     complain(kNoFile, "there is no memory left");
   }
+  std::cout.flush();
+  till.Rest();
   return till.status;
 }
 

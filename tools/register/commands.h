@@ -27,6 +27,10 @@ void AddMessageCommand(CLI::App &app, Till &till);
 // All of these.
 void AddCommands(CLI::App &app, Till &till);
 
+// What only the command line of the program has.
+void AddGeneralOptions(CLI::App &app, Till &till);
+void AddInteractiveCommand(CLI::App &app, Till &till);
+
 // Runs `parse`, which hands words to `app`. What went wrong is on standard error afterwards. Returns the
 // command's status.
 int Parse(CLI::App &app, Till &till, const std::function<void()> &parse);

@@ -1,69 +1,58 @@
 // A cash register on the command line: drives the library file through lumo.h, as a shop's register does.
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <exception>
-#include <iostream>
 #include <string>
+#include <vector>
 
 #include "commands.h"
+#include "interrupt.h"
+
+#ifdef _WIN32
+#include <windows.h>
+// After windows.h, which it needs.
+#include <shellapi.h>
+#endif
 
 namespace {
 
 #ifdef _WIN32
 constexpr char kLibraryName[] = "lumo.dll";
+
+// The words of the command line as UTF-8, which the console then shows too.
+std::vector<std::string> TakeWords(int, char **) {
+  SetConsoleOutputCP(CP_UTF8);
+  int count = 0;
+  wchar_t **const line = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> words;
+  for (int i = 0; i < count; ++i) words.push_back(std::filesystem::path(line[i]).u8string());
+  LocalFree(line);
+  return words;
+}
 #else
 constexpr char kLibraryName[] = "liblumo.so";
+
+std::vector<std::string> TakeWords(int count, char **words) {
+  return {words, words + count};
+}
 #endif
 
-// One line, one command, until "quit" or the end of the input.
-int Interactive(reg::Till &till) {
-  std::cout
-      << "Type a command, \"help\" for the list, \"card NUMBER\" to choose a card, \"quit\" to leave.\n";
-  std::string line;
-  while (std::cout << "> " << std::flush, std::getline(std::cin, line)) {
-    CLI::App app("", "");
-    reg::AddCommands(app, till);
-    app.add_subcommand("help", "This list")->callback([&app] { std::cout << app.help(); });
-    bool quit = false;
-    app.add_subcommand("quit", "Leave")->callback([&quit] { quit = true; });
-    CLI::App *card = app.add_subcommand("card", "Choose the card for the next operations");
-    card->add_option("number", till.card, "Card number")->required();
-    if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
-    reg::Parse(app, till, [&] { app.parse(line, false); });
-    if (quit) break;
-  }
-  till.End();
-  return 0;
-}
+}  // namespace
 
-int Run(int argc, char **argv) {
-  reg::Till till;
-  till.libraryFile = std::filesystem::path(argv[0]).parent_path() / kLibraryName;
+int main(int argc, char **argv) {
+  std::vector<std::string> words = TakeWords(argc, argv);
+  // Never destroyed: an interrupt may come at any moment.
+  reg::Till &till = *new reg::Till;
+  till.libraryFile = std::filesystem::u8path(words[0]).parent_path() / kLibraryName;
+  reg::WatchForInterrupts([&till] { till.End(); });
 
   CLI::App app(
       "A cash register on the command line. It loads the lumo library file and does what a shop's register "
       "does.",
       "register");
-  app.add_option("-l,--library", till.libraryFile, "The library file; its folder holds all of lumo's files")
-      ->capture_default_str();
-  app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
-  app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
+  reg::AddGeneralOptions(app, till);
   reg::AddCommands(app, till);
-  bool interactive = false;
-  app.add_subcommand("interactive", "Take commands one after another from standard input")
-      ->callback([&interactive] { interactive = true; });
-  const int status = reg::Parse(app, till, [&] { app.parse(argc, argv); });
-  if (status == 0 && interactive) return Interactive(till);
-  return status;
-}
-
-}  // namespace
-
-int main(int argc, char **argv) {
-  try {
-    return Run(argc, argv);
-  } catch (const std::exception &error) {
-    std::fprintf(stderr, "register: %s\n", error.what());
-    return 2;
-  }
+  reg::AddInteractiveCommand(app, till);
+  words.erase(words.begin());
+  std::reverse(words.begin(), words.end());  // as CLI11 takes them
+  const int status = reg::Parse(app, till, [&] { app.parse(words); });
+  reg::EndProcess(status);
 }

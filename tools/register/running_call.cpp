@@ -1,11 +1,9 @@
 #include "running_call.h"
 
-#include <atomic>
-
 namespace reg {
 namespace {
 
-std::atomic<const char *> running{nullptr};
+thread_local const char *running = nullptr;
 
 }  // namespace
 

@@ -10,7 +10,7 @@ class RunningCall {
   RunningCall(const RunningCall &) = delete;
   RunningCall &operator=(const RunningCall &) = delete;
 
-  // Null when none runs.
+  // Of this thread; null when none runs.
   static const char *Name();
 };
 

@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "fatal_end.h"
+
 namespace reg {
 
 std::filesystem::path Till::Folder() const {
@@ -13,6 +15,8 @@ std::filesystem::path Till::TraceFile() const {
 }
 
 Library &Till::Loaded() {
+  if (!busy) busy = std::make_unique<Busy>();
+  WatchForFatalEnds(TraceFile());
   if (!library) {
     try {
       library = std::make_unique<Library>(libraryFile);

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "facts.h"
+#include "interrupt.h"
 #include "library.h"
 
 namespace reg {
@@ -41,6 +42,7 @@ struct Till {
   std::string cashier = "1";
   bool asJson = false;
   std::unique_ptr<Library> library;
+  std::unique_ptr<Busy> busy;
   bool started = false;
   int status = kDone;  // of the last command
 
@@ -48,9 +50,12 @@ struct Till {
   std::filesystem::path Folder() const;
   std::filesystem::path TraceFile() const;
 
+  // From here on an interrupt waits for the end of the command.
   Library &Loaded();
   // After LUMOInit. It writes: what only looks must do with the files.
   Library &Started();
+  // No call runs or is about to: an interrupt may end the register. Called at the end of every command.
+  void Rest() { busy.reset(); }
   // LUMOClean, when LUMOInit was called.
   void End();
 

@@ -1,0 +1,105 @@
+// How the register ends when it is interrupted, and when the library ends the process.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "register/till.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+class End : public test::Till {
+ protected:
+  // A payment whose answer comes a second after the request, and the signal when the server has the request.
+  test::Outcome InterruptAPayment(int signal) {
+    Configure();
+    Run({"balance", "--card", test::kRichCard});
+    Run({"bill", "100"});
+    server.SetFault(loyalty::ParseFault("delay 1000"));
+    std::filesystem::remove(folder / "TRACE.TXT");
+    const auto process = Start({"pay", "--card", test::kRichCard});
+    EXPECT_TRUE(test::Eventually([&] { return IsSent(); }));
+    process->Signal(signal);
+    return process->Wait();
+  }
+
+  // Whether the trace, which the test removed, tells of a request.
+  bool IsSent() const {
+    return Exists("TRACE.TXT") && Read("TRACE.TXT").find("Sending buffer") != std::string::npos;
+  }
+};
+
+TEST_F(End, WaitsForThePaymentThatRuns) {
+  struct Row {
+    int signal;
+    int status;
+  };
+  for (const Row &row : {Row{SIGINT, 130}, Row{SIGTERM, 143}, Row{SIGHUP, 129}}) {
+    const test::Outcome run = InterruptAPayment(row.signal);
+    EXPECT_EQ(run.status, row.status);
+    EXPECT_EQ(run.err, "register: interrupted; what runs is finished first\n");
+    EXPECT_THAT(run.out, HasSubstr("SUCCESS"));
+    EXPECT_THAT(Read("TRACE.TXT"), EndsWith("CloseTransaction()\nLUMOClean()\n"));
+    server.SetFault(loyalty::Fault());
+  }
+  server.Visit([](loyalty::Programme &programme) { EXPECT_EQ(programme.payments().size(), 3U); });
+}
+
+TEST_F(End, ComesAtOnceWhenNothingRuns) {
+  Configure();
+  const std::filesystem::path input = fresh.path() / "stdin";
+  ASSERT_EQ(mkfifo(input.c_str(), 0600), 0);
+  const int held_open = open(input.c_str(), O_RDWR);
+  const auto process = Start({"interactive"}, "shift open 42\n");
+  EXPECT_TRUE(test::Eventually([&] { return process->Out().find("shift open") != std::string::npos; }));
+  process->Signal(SIGTERM);
+  const test::Outcome run = process->Wait();
+  close(held_open);
+  EXPECT_EQ(run.status, 143);
+  EXPECT_EQ(run.err, "");
+  EXPECT_THAT(Read("TRACE.TXT"), EndsWith("LUMOClean()\n"));
+}
+
+TEST_F(End, OfALibraryThatEndsTheProcessIsTold) {
+  Configure();
+  const test::Outcome run = Run({"balance", "--card", std::string(1100, '7')});
+  EXPECT_EQ(run.status, 4);
+  EXPECT_THAT(run.err, HasSubstr("register: the library ended the process inside CreateTransaction\n"
+                                 "  the trace ends: ERROR: ASSERT IN "));
+  EXPECT_THAT(run.err, HasSubstr("look at the card number"));
+  EXPECT_THAT(Read("TRACE.TXT"), Not(HasSubstr("LUMOClean")));
+}
+
+TEST_F(End, AtABreakIntoTheDebuggerIsTold) {
+  Configure();
+  Write("LOG", R"({"request":{"type":"ACTIVATION","requestDate":"2012-12-05T10:00:00Z","cardNum":"7"},)"
+               R"("activation":{"activationType":"NONE"}})"
+               "\n");
+  const test::Outcome run = Run({"report", "detailed"});
+  EXPECT_EQ(run.status, 4);
+  EXPECT_THAT(run.err, HasSubstr("inside GenerateReport\n"));
+  EXPECT_THAT(run.err, HasSubstr("take its line out of LOG"));
+}
+
+TEST_F(End, OfACrashIsTold) {
+  Configure();
+  Run({"balance", "--card", test::kRichCard});
+  server.SetFault(loyalty::ParseFault("silence"));
+  Run({"bill", "100"});
+  std::filesystem::remove(folder / "TRACE.TXT");
+  const auto process = Start({"pay", "--card", test::kRichCard});
+  EXPECT_TRUE(test::Eventually([&] { return IsSent(); }));
+  process->Signal(SIGSEGV);
+  const test::Outcome run = process->Wait();
+  EXPECT_EQ(run.status, 4);
+  EXPECT_THAT(run.err, HasSubstr("inside PaymentProc\n"));
+  EXPECT_THAT(run.err, HasSubstr("That is a fault of the library"));
+  EXPECT_THAT(run.err, HasSubstr("ask by its RRN"));
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+#include "interrupt.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <pthread.h>
+
+#include <csignal>
+#endif
+
+namespace reg {
+namespace {
+
+// Never destroyed: threads look at them until the process is gone.
+std::mutex &busy = *new std::mutex;
+std::function<void()> &at_end = *new std::function<void()>;
+std::atomic<int> interrupted{0};  // the status to end with
+
+// The caller holds `busy` for good.
+[[noreturn]] void End(int status) {
+  at_end();
+  std::cout.flush();
+  std::_Exit(status);
+}
+
+[[noreturn]] void Interrupt(int status) {
+  interrupted = status;
+  if (!busy.try_lock()) {
+    std::fputs("register: interrupted; what runs is finished first\n", stderr);
+    busy.lock();
+  }
+  End(status);
+}
+
+#ifdef _WIN32
+constexpr int kInterrupted = 130;
+constexpr int kTerminated = 143;
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+  Interrupt(event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? kInterrupted : kTerminated);
+}
+#endif
+
+}  // namespace
+
+Busy::Busy() {
+  busy.lock();
+}
+
+Busy::~Busy() {
+  if (interrupted != 0) End(interrupted);
+  busy.unlock();
+  // One that came in between: whoever waits for it has the lock, or is about to.
+  while (interrupted != 0) std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
+void WatchForInterrupts(std::function<void()> before_end) {
+  at_end = std::move(before_end);
+#ifdef _WIN32
+  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+#else
+  std::signal(SIGPIPE, SIG_IGN);  // whoever reads the output may leave; the call goes on
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+  // For every thread: a call that waits for the server must not even be woken.
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::thread([signals] {
+    int signal = 0;
+    sigwait(&signals, &signal);
+    Interrupt(128 + signal);
+  }).detach();
+#endif
+}
+
+void EndProcess(int status) {
+  busy.lock();
+  End(interrupted != 0 ? interrupted.load() : status);
+}
+
+}  // namespace reg

@@ -130,6 +130,26 @@ def check_till(folder, flavour):
         raise Wrong(f"{till} says {said}")
 
 
+def check_needs(folder):
+    """The files for Linux need what README.txt says, and no newer."""
+    with open(os.path.join(folder, "README.txt"), encoding="utf-8") as file:
+        said = file.read()
+    runtime = {"libc.so.6", "ld-linux-x86-64.so.2"}
+    programs = runtime | {"libstdc++.so.6", "libgcc_s.so.1", "libm.so.6"}
+    newest = {"GLIBC": (0,), "GLIBCXX": (0,)}
+    for name, allowed in {"terminal/liblumo.so.1": runtime, "terminal/register": programs, "bin/loyalty_server": programs,
+                          "bin/loyalty_server_page.so": programs | {"libcpp-httplib.so.0.11"}}.items():
+        listed = subprocess.run(["objdump", "-p", "-T", os.path.join(folder, name)], check=True, stdout=subprocess.PIPE, text=True)
+        if more := set(re.findall(r"NEEDED +(\S+)", listed.stdout)) - allowed:
+            raise Wrong(f"{name} needs {more}")
+        for kind, version in re.findall(r"\b(GLIBC|GLIBCXX)_([\d.]+)", listed.stdout):
+            newest[kind] = max(newest[kind], tuple(map(int, version.split("."))))
+    for sentence, kind in (("The C library is GNU's, {} or later.", "GLIBC"), ("libstdc++.so.6 with GLIBCXX_{},", "GLIBCXX")):
+        sentence = sentence.format(".".join(map(str, newest[kind])))
+        if sentence not in said:
+            raise Wrong(f"README.txt does not say: {sentence}")
+
+
 def has(program):
     return shutil.which(program) is not None or os.path.exists(program)
 
@@ -156,6 +176,8 @@ def main():
                 raise Wrong(f"README.txt says nothing of C, C++ or Pascal, but of {list(commands)}")
             else:
                 check_till(os.path.join(work, unpacked), flavour)
+                if flavour == "linux":
+                    check_needs(os.path.join(work, unpacked))
             for language in languages or commands:
                 if not languages and not has(words_of(commands[language][0], flavour)[0][0]):
                     continue

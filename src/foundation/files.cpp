@@ -127,6 +127,21 @@ Replaced ReplaceExisting(HANDLE file, const char *text, uint32_t length) {
   return WriteOver(file, text, length, old_length) ? Replaced::kDone : Replaced::kNotWritten;
 }
 
+// For when something else stands under the name that a new file is first made by.
+Replaced MakeDirectly(const char *name, const char *text, uint32_t length) {
+  HANDLE file = OpenPath(name, GENERIC_WRITE, CREATE_ALWAYS);
+  if (!FileIsValid(file)) {
+    TraceOpenFailure(name);
+    return Replaced::kNotOpened;
+  }
+  const bool written = FileWriteAll(file, text, length);
+  FileClose(file);
+  if (!written) {
+    FileDelete(name);
+  }
+  return written ? Replaced::kDone : Replaced::kNotWritten;
+}
+
 // A file comes into being under its name only when its text is whole.
 Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   char new_name[kPathUnits];
@@ -137,8 +152,7 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   std::strcpy(new_name + std::strlen(name), ".new");
   HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
   if (!FileIsValid(file)) {
-    TraceOpenFailure(name);
-    return Replaced::kNotOpened;
+    return MakeDirectly(name, text, length);
   }
   const bool written = FileWriteAll(file, text, length);
   FileClose(file);
@@ -151,6 +165,16 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
 
 int ErrorUnless(bool succeeded) {
   return succeeded ? 0 : static_cast<int>(GetLastError());
+}
+
+// *out_written counts what reached the file, also when the rest could not.
+bool WritePiece(HANDLE file, const void *bytes, uint32_t count, DWORD *out_written) {
+  *out_written = 0;
+  if (WriteFile(file, bytes, count, out_written, nullptr) == 0) {
+    TraceError("WriteFile function failed with error %d\n", static_cast<int>(GetLastError()));
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -167,8 +191,9 @@ HANDLE FileOpen(const char *name, const char *mode) {
   return file;
 }
 
-HANDLE FileOpenShared(const char *name) {
+HANDLE FileOpenShared(const char *name, bool *out_held) {
   HANDLE file = OpenPath(name, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+  *out_held = !FileIsValid(file) && GetLastError() == ERROR_SHARING_VIOLATION;
   if (!FileIsValid(file)) {
     TraceOpenFailure(name);
   }
@@ -185,20 +210,15 @@ int FileClose(HANDLE file) {
 
 uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count, HANDLE file) {
   DWORD written = 0;
-  if (WriteFile(file, buffer, size * count, &written, nullptr) == 0) {
-    TraceError("WriteFile function failed with error %d\n", static_cast<int>(GetLastError()));
-    return 0;
-  }
-  return written;
+  return WritePiece(file, buffer, size * count, &written) ? written : 0;
 }
 
 bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_written) {
   uint32_t written = 0;
-  while (written < count) {
-    const uint32_t piece = FileWrite(static_cast<const char *>(bytes) + written, 1, count - written, file);
-    if (piece == 0) {
-      break;
-    }
+  DWORD piece = 1;
+  bool goes_on = true;
+  while (goes_on && written < count && piece != 0) {
+    goes_on = WritePiece(file, static_cast<const char *>(bytes) + written, count - written, &piece);
     written += piece;
   }
   if (out_written != nullptr) {

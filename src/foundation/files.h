@@ -13,8 +13,9 @@ namespace lumo {
 // handle. A file of the library's own that another program holds is tried again for a quarter of a second,
 // here and in FileDelete and FileMove.
 HANDLE FileOpen(const char *name, const char *mode);
-// Opens a file to read and write it, made anew when there is none. Traced like FileOpen.
-HANDLE FileOpenShared(const char *name);
+// Opens a file to read and write it, made anew when there is none. Traced like FileOpen. *out_held: it could
+// not be opened because another program holds it.
+HANDLE FileOpenShared(const char *name, bool *out_held);
 int FileIsValid(HANDLE file);
 int FileClose(HANDLE file);
 uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count,
@@ -24,8 +25,8 @@ uint32_t FileRead(void *buffer, uint32_t size, uint32_t count,
 
 // Reads up to `capacity` bytes; *out_read is 0 at the end of the file alone. False when the read failed.
 bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_read);
-// Writes all the bytes; a write that comes short is carried on. False when not all could be written, with the
-// count that was in *out_written.
+// Writes all the bytes; a write that comes short is carried on. False when not all could be written;
+// *out_written counts what could.
 bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_written = nullptr);
 
 // Note: returns 0 only when the new position is exactly 1; every other seek, a good one included, returns 1
@@ -46,7 +47,8 @@ struct FileStamp {
 bool ReadFileStamp(const char *name, FileStamp *out_stamp);  // false when there is no such file
 
 // Writes a small file over as a whole, so that a process that ends at any moment leaves a whole text: the old
-// one or the new one, perhaps with blanks behind it. A missing file is made under the name + ".new" first.
+// one or the new one, perhaps with blanks behind it. A missing file is made under the name + ".new" first,
+// unless something stands there that cannot be written.
 enum class Replaced { kDone, kNotOpened, kNotWritten };
 Replaced FileReplace(const char *name, const char *text, uint32_t length);
 

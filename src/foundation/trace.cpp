@@ -11,6 +11,8 @@ namespace {
 
 constexpr size_t kLineBytes = 1024;  // of a line that needs no memory
 
+int quiet_scopes = 0;
+
 size_t FormatLine(char *out, size_t size, const char *prefix, const char *format, va_list arguments)
     LUMO_PRINTF(4, 0);
 void AppendLine(const char *prefix, const char *format, va_list arguments) LUMO_PRINTF(2, 0);
@@ -25,6 +27,9 @@ size_t FormatLine(char *out, size_t size, const char *prefix, const char *format
 }
 
 void AppendLine(const char *prefix, const char *format, va_list arguments) {
+  if (quiet_scopes != 0) {
+    return;
+  }
   char line[kLineBytes];
   const size_t length = FormatLine(line, sizeof line, prefix, format, arguments);
   if (length <= sizeof line) {
@@ -66,7 +71,16 @@ void TraceError(const char *format, ...) {
   va_end(arguments);
 }
 
+QuietTrace::QuietTrace() {
+  ++quiet_scopes;
+}
+
+QuietTrace::~QuietTrace() {
+  --quiet_scopes;
+}
+
 void Fatal(const char *message, const char *file, int line) {
+  quiet_scopes = 0;
   TraceError("ASSERT IN %s LINE %d: %s", file, line, message);
   PlatformExit(-1);
 }

@@ -12,6 +12,16 @@ void Trace(const char *format, ...) LUMO_PRINTF(1, 2);
 void TraceWarning(const char *format, ...) LUMO_PRINTF(1, 2);  // the line begins "WARNING: "
 void TraceError(const char *format, ...) LUMO_PRINTF(1, 2);    // the line begins "ERROR: "
 
+// While one lives nothing is traced but a fatal error: for steps beside an operation's own, which leave no
+// line.
+class QuietTrace {
+ public:
+  QuietTrace();
+  ~QuietTrace();
+  QuietTrace(const QuietTrace &) = delete;
+  QuietTrace &operator=(const QuietTrace &) = delete;
+};
+
 // Traces the error "ASSERT IN file LINE line: message" and ends the host process with status -1.
 [[noreturn]] void Fatal(const char *message, const char *file, int line);
 

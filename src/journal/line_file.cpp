@@ -43,6 +43,7 @@ bool ReadChunk(LineReader *reader) {
   reader->chunk_length = 0;
   reader->at = 0;
   if (reader->chunk_offset > kLastOffset - sizeof reader->chunk) {
+    reader->failed = true;
     return false;
   }
   reader->failed = !FileReadPiece(reader->file, reader->chunk, sizeof reader->chunk, &reader->chunk_length);

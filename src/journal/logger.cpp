@@ -194,6 +194,7 @@ uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records
 }
 
 void CutOfflineTmp(uint32_t length) {
+  const QuietTrace quiet;
   HANDLE file = FileOpen(kOfflineTmp, "r+");
   if (FileIsValid(file)) {
     FileCut(file, length);
@@ -204,6 +205,7 @@ void CutOfflineTmp(uint32_t length) {
 // What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
 // file.
 void FlushOfflineTmp() {
+  const QuietTrace quiet;
   HANDLE file = FileOpen(kOfflineTmp, "r+");
   if (FileIsValid(file)) {
     FileFlush(file);
@@ -214,21 +216,27 @@ void FlushOfflineTmp() {
 // Whether a record must be on the disk before its operation counts as done.
 enum class Durable { kNo, kYes };
 
-// *out_length is the file's length after a success.
-int AppendRecord(const char *file_name, const char *record, uint32_t length, Durable durable,
-                 uint32_t *out_length) {
-  HANDLE file = FileOpenShared(file_name);
+struct Appended {
+  int code;         // 0 or ERR_OFFLINE_SAVE
+  uint32_t length;  // of the file, after a success
+  bool held;        // another program kept the file from being opened
+};
+
+Appended AppendRecord(const char *file_name, const char *record, uint32_t length, Durable durable) {
+  Appended appended = {ERR_OFFLINE_SAVE, 0, false};
+  HANDLE file = FileOpenShared(file_name, &appended.held);
   if (!FileIsValid(file)) {
     TraceError("[%s] file is not opened\n", file_name);
-    return ERR_OFFLINE_SAVE;
+    return appended;
   }
-  bool appended = WriteRecord(file, record, length, out_length);
-  if (appended && durable == Durable::kYes && !FileFlush(file)) {
-    FileCut(file, *out_length - length - 1);
-    appended = false;
+  if (WriteRecord(file, record, length, &appended.length)) {
+    appended.code = 0;
+    if (durable == Durable::kYes) {
+      FileFlush(file);  // a disk that cannot has the record all the same
+    }
   }
   FileClose(file);
-  return appended ? 0 : ERR_OFFLINE_SAVE;
+  return appended;
 }
 
 uint32_t TextLength(const char *text) {
@@ -311,37 +319,36 @@ int AppendLogRecord(const char *record) {
     TrimOldestLines(log_size / 3, kLog);
     count.is_exact = false;
   }
-  uint32_t length = 0;
-  const int result = AppendRecord(kLog, record, TextLength(record), Durable::kNo, &length);
+  const Appended appended = AppendRecord(kLog, record, TextLength(record), Durable::kNo);
   log_count.is_known = false;
-  if (result == 0 && count.is_exact) {
-    RememberLogCount(count.lines + 1, length);
+  if (appended.code == 0 && count.is_exact) {
+    RememberLogCount(count.lines + 1, appended.length);
   }
-  return result;
+  return appended.code;
 }
 
 int AppendOfflineRecord(const char *record) {
   if (IsNullRecord(record)) {
     return ERR_OFFLINE_SAVE;
   }
-  uint32_t length = 0;
-  const int result = AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
+  const Appended appended = AppendRecord(kOffline, record, TextLength(record), Durable::kYes);
+  if (appended.code == 0 || appended.held) {
+    return appended.code;
+  }
   // Once more: nobody else knows of a sale without the server, and a payment does not report its loss.
-  return result == 0 ? 0 : AppendRecord(kOffline, record, TextLength(record), Durable::kYes, &length);
+  const QuietTrace quiet;
+  return AppendRecord(kOffline, record, TextLength(record), Durable::kYes).code;
 }
 
 // Not on the disk one by one: CommitOfflineTmp sees to them all.
 int AppendOfflineTmpRecord(const char *record) {
-  uint32_t length = 0;
   return IsNullRecord(record) ? ERR_OFFLINE_SAVE
-                              : AppendRecord(kOfflineTmp, record, TextLength(record), Durable::kNo, &length);
+                              : AppendRecord(kOfflineTmp, record, TextLength(record), Durable::kNo).code;
 }
 
 int AppendOfflineTmpEntry(const RecordEntry *entry) {
-  uint32_t length = 0;
-  return IsNullRecord(entry->text)
-             ? ERR_OFFLINE_SAVE
-             : AppendRecord(kOfflineTmp, entry->text, entry->length, Durable::kNo, &length);
+  return IsNullRecord(entry->text) ? ERR_OFFLINE_SAVE
+                                   : AppendRecord(kOfflineTmp, entry->text, entry->length, Durable::kNo).code;
 }
 
 int CommitOfflineTmp() {
@@ -357,6 +364,7 @@ void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) 
   if (!all_listed || offline_records == nullptr || FileExists(kOfflineTmp) == 0) {
     return;
   }
+  const QuietTrace quiet;
   bool all_set_aside_listed = false;
   RecordEntry *first = ListRecords(kOfflineTmp, &all_set_aside_listed);
   if (all_set_aside_listed) {
@@ -399,7 +407,8 @@ int32_t CountOfflineRecords() {
 }
 
 int ClearOffline(int32_t expected) {
-  if (CountOfflineRecords() != expected) {
+  // A count that failed is a negative number, and no expectation.
+  if (expected < 0 || CountOfflineRecords() != expected) {
     return ERR_LOG_DELETE;
   }
   return FileIsMissing(kOffline) || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;

@@ -24,24 +24,28 @@ void CloseIfOpen(HANDLE file) {
 }
 
 // A file of lines, listed and open.
-struct Lines {
-  HANDLE file;
-  RecordEntry *first;
-  uint32_t length;  // of the file
-  bool whole;       // nothing is missing
+class Lines {
+ public:
+  explicit Lines(const char *name) : first(ListRecords(name, &whole)), file(FileOpen(name, "rb")) {
+    whole = whole && FileIsValid(file) && FileMoveToEnd(file, &length);
+  }
+  ~Lines() {
+    FreeRecordList(first);
+    CloseIfOpen(file);
+  }
+  Lines(const Lines &) = delete;
+  Lines &operator=(const Lines &) = delete;
+
+  bool whole = false;  // nothing is missing
+  RecordEntry *const first;
+  const HANDLE file;
+  uint32_t length = 0;  // of the file
 };
 
-Lines OpenLines(const char *name) {
-  Lines lines = {};
-  lines.first = ListRecords(name, &lines.whole);
-  lines.file = FileOpen(name, "rb");
-  lines.whole = lines.whole && FileIsValid(lines.file) && FileMoveToEnd(lines.file, &lines.length);
-  return lines;
-}
+enum class Answer { kYes, kNo, kUnknown };
 
-void CloseLines(Lines *lines) {
-  FreeRecordList(lines->first);
-  CloseIfOpen(lines->file);
+Answer AnswerOf(bool is_so) {
+  return is_so ? Answer::kYes : Answer::kNo;
 }
 
 const RecordEntry *LastLine(const Lines &lines) {
@@ -62,48 +66,32 @@ bool HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line) 
   return false;
 }
 
-// Whether the lines from `start` on are as long as all of the piece's.
-bool HaveSameLengths(const RecordEntry *start, const RecordEntry *piece) {
-  for (; piece != nullptr; start = start->next, piece = piece->next) {
-    if (start == nullptr || start->length != piece->length) {
-      return false;
-    }
+// Whether the last record of a file stands in another too. So it does when there is no record.
+Answer HoldsLastLineOf(const char *name, const char *other_name) {
+  const Lines lines(name);
+  const Lines other(other_name);
+  if (!lines.whole || !other.whole) {
+    return Answer::kUnknown;
   }
-  return true;
+  const RecordEntry *last = LastLine(other);
+  return AnswerOf(last == nullptr || HoldsLine(lines, other, last));
 }
 
 // Whether the piece's bytes stand in the whole, from the start of a line on: a copy that was not finished.
-bool IsPieceOf(const Lines &piece, const Lines &whole) {
-  if (piece.length == 0) {
-    return true;
+// Records differ early: nearly every start is given up in its first chunk.
+Answer IsPieceOf(const char *piece_name, const char *whole_name) {
+  const Lines piece(piece_name);
+  const Lines whole(whole_name);
+  if (!piece.whole || !whole.whole) {
+    return Answer::kUnknown;
   }
   for (const RecordEntry *start = whole.first; start != nullptr; start = start->next) {
-    if (HaveSameLengths(start, piece.first) && whole.length - start->offset >= piece.length &&
+    if (whole.length - start->offset >= piece.length &&
         HaveSameBytes(piece.file, 0, whole.file, start->offset, piece.length)) {
-      return true;
+      return Answer::kYes;
     }
   }
-  return false;
-}
-
-enum class Step { kKeepLog, kPutOldBack, kJoin, kWait };
-
-// What becomes of LOG.old beside LOG.
-Step JudgeOldLog() {
-  Lines old_log = OpenLines(kOldLog);
-  Lines log = OpenLines(kLog);
-  const RecordEntry *last = LastLine(old_log);
-  Step step = Step::kJoin;
-  if (!old_log.whole || !log.whole) {
-    step = Step::kWait;
-  } else if (last == nullptr || HoldsLine(log, old_log, last)) {
-    step = Step::kKeepLog;
-  } else if (IsPieceOf(log, old_log)) {
-    step = Step::kPutOldBack;
-  }
-  CloseLines(&log);
-  CloseLines(&old_log);
-  return step;
+  return AnswerOf(piece.length == 0);
 }
 
 // The lines of LOG.old and behind them all of LOG, on the disk. False when that cannot be.
@@ -139,35 +127,61 @@ void JoinLogs() {
   }
 }
 
-void RecoverLog() {
-  if (Exists(kNewLog)) {
-    if (FileIsMissing(kLog)) {
-      FileMove(kNewLog, kLog);
-    } else if (Exists(kLog)) {
-      FileDelete(kNewLog);  // not finished; all it holds is in the other two
-    }
+// LOG.new beside LOG was not finished, and all it holds is in the others; or it is whole, LOG had made way
+// for it, and a new LOG was begun before it could be given the name. Then it is the older log.
+void RecoverNewLog() {
+  const bool has_old_log = Exists(kOldLog);
+  const Answer in_log = HoldsLastLineOf(kLog, kNewLog);
+  const Answer in_old_log = has_old_log ? HoldsLastLineOf(kOldLog, kNewLog) : Answer::kNo;
+  if (in_log == Answer::kYes || in_old_log == Answer::kYes) {
+    FileDelete(kNewLog);
+    return;
   }
-  if (!Exists(kOldLog)) {
+  if (in_log == Answer::kUnknown || in_old_log == Answer::kUnknown) {
+    return;
+  }
+  if (!has_old_log || (HoldsLastLineOf(kNewLog, kOldLog) == Answer::kYes && FileDelete(kOldLog) == 0)) {
+    FileMove(kNewLog, kOldLog);
+  }
+}
+
+bool HoldsNoRecord(const char *name) {
+  const Lines lines(name);
+  return lines.whole && lines.first == nullptr;
+}
+
+void RecoverOldLog() {
+  if (HoldsNoRecord(kOldLog)) {
+    FileDelete(kOldLog);
     return;
   }
   if (FileIsMissing(kLog)) {
     FileMove(kOldLog, kLog);
     return;
   }
-  switch (JudgeOldLog()) {
-    case Step::kKeepLog:
-      FileDelete(kOldLog);
-      break;
-    case Step::kPutOldBack:
-      if (FileDelete(kLog) == 0) {
-        FileMove(kOldLog, kLog);
-      }
-      break;
-    case Step::kJoin:
-      JoinLogs();
-      break;
-    case Step::kWait:
-      break;
+  const Answer is_in_log = HoldsLastLineOf(kLog, kOldLog);
+  const Answer is_copy = is_in_log == Answer::kNo ? IsPieceOf(kLog, kOldLog) : Answer::kUnknown;
+  if (is_in_log == Answer::kYes) {
+    FileDelete(kOldLog);
+  } else if (is_copy == Answer::kYes) {
+    if (FileDelete(kLog) == 0) {
+      FileMove(kOldLog, kLog);
+    }
+  } else if (is_copy == Answer::kNo) {
+    JoinLogs();
+  }
+}
+
+void RecoverLog() {
+  if (Exists(kNewLog)) {
+    if (FileIsMissing(kLog)) {
+      FileMove(kNewLog, kLog);
+    } else {
+      RecoverNewLog();
+    }
+  }
+  if (Exists(kOldLog) && FileIsMissing(kNewLog)) {
+    RecoverOldLog();
   }
 }
 

@@ -1,6 +1,7 @@
 // STATE and CONFIG as files: how they are written, and what is left when that fails.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "config/lumoconfig.h"
@@ -73,13 +74,27 @@ TEST_F(StateFile, AWriteThatComesShortIsCarriedOn) {
 
 TEST_F(StateFile, AMissingOneIsNeverSeenHalfWritten) {
   test::LeaveDiskRoom(1);
-  EXPECT_EQ(lumo::LoadState(), -109);
+  EXPECT_EQ(lumo::LoadState(), 0);
   EXPECT_FALSE(folder.Exists("STATE"));
   EXPECT_FALSE(folder.Exists("STATE.new"));
+  EXPECT_EQ(lumo::SetOfflineState(1), -110);
   test::LeaveDiskRoom(UINT64_MAX);
   EXPECT_EQ(lumo::LoadState(), 0);
   EXPECT_EQ(folder.Read("STATE"), "{}");
   EXPECT_FALSE(folder.Exists("STATE.new"));
+}
+
+TEST_F(StateFile, IsMadeDirectlyWhereTheNameOfANewOneIsTaken) {
+  std::filesystem::create_directory(folder.path() + "STATE.new");
+  EXPECT_EQ(lumo::LoadState(), 0);
+  EXPECT_EQ(folder.Read("STATE"), "{}");
+  EXPECT_EQ(lumo::SetOfflineState(1), 0);
+  folder.Remove("STATE");
+  test::LeaveDiskRoom(1);
+  EXPECT_EQ(lumo::SetOfflineState(1), -110);
+  EXPECT_FALSE(folder.Exists("STATE"));
+  std::filesystem::create_directory(folder.path() + "STATE");
+  EXPECT_EQ(lumo::LoadState(), -109);
 }
 
 TEST_F(StateFile, ADamagedOneIsReplacedWithoutBeingCutFirst) {

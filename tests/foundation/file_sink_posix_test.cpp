@@ -1,6 +1,8 @@
 // The printer's small pieces reach the file in few writes.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <string>
 
 #include "foundation/file_sink.h"
@@ -83,6 +85,20 @@ TEST_F(Sink, CanGoOnAfterAFlush) {
   lumo::FileSinkFlush(&sink);
   Write("two");
   ExpectFile(2);
+}
+
+// A file that may not grow takes the beginning of a write, and that is told as a failure.
+TEST_F(Sink, EndsWithWhatCouldBeWritten) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit = {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit small = {1000, limit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  lumo::FileSinkWrite(&sink, std::string(3000, 'x').c_str(), 3000);
+  lumo::FileSinkEnd(&sink);
+  lumo::FileClose(file);
+  setrlimit(RLIMIT_FSIZE, &limit);
+  EXPECT_EQ(folder.Read("F"), std::string(1000, 'x'));
 }
 
 TEST(SinkFailure, IsTracedByTheWrite) {

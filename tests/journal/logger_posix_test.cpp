@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -98,7 +99,8 @@ TEST_F(JournalFaults, NothingIsWrittenWhenTheEndCannotBeFound) {
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\n2\n");
 }
 
-// Nobody else knows of a sale without the server, and a payment does not report its loss.
+// Nobody else knows of a sale without the server, and a payment does not report its loss. The second try
+// leaves no line.
 TEST_F(JournalFaults, ARecordForTheServerIsTriedTwice) {
   for (int seeks = 0; seeks < 3; ++seeks) {
     folder.Write("OFFLINE", "1\n2\n");
@@ -106,6 +108,13 @@ TEST_F(JournalFaults, ARecordForTheServerIsTriedTwice) {
     EXPECT_EQ(lumo::AppendOfflineRecord("3"), 0) << seeks;
     EXPECT_EQ(folder.Read("OFFLINE"), "1\n2\n3\n") << seeks;
   }
+}
+
+TEST_F(JournalFaults, ASecondTryThatFailsTooLeavesNoLine) {
+  test::RefuseOpen("OFFLINE");
+  EXPECT_EQ(lumo::AppendOfflineRecord("1"), -201);
+  EXPECT_EQ(folder.Trace(),
+            "ERROR: CreateFile function failed with error 5\nERROR: [OFFLINE] file is not opened\n");
 }
 
 TEST_F(JournalFaults, ATrimPutsTheFileBackWhenItCannotBeCopied) {
@@ -195,11 +204,23 @@ TEST_F(JournalFaults, ACountThatARefusedReadEndsIsNoCount) {
   test::FailReadAfter(1);
   EXPECT_EQ(lumo::CountOfflineRecords(), -307);
   test::FailReadAfter(1);
+  EXPECT_EQ(lumo::ClearOffline(-307), -202);
+  test::FailReadAfter(1);
   EXPECT_EQ(lumo::ClearOffline(100), -202);
   EXPECT_EQ(folder.Read("OFFLINE"), Records(100));
   EXPECT_EQ(lumo::ClearOffline(99), -202);
   EXPECT_EQ(lumo::ClearOffline(100), 0);
   EXPECT_FALSE(folder.Exists("OFFLINE"));
+}
+
+// A file position has 31 bits.
+TEST_F(JournalFaults, AJournalOfMoreThan2GiBIsNotCountedOrListedWhole) {
+  folder.Write("OFFLINE", "{}\n");
+  std::filesystem::resize_file(folder.path() + "OFFLINE", 0x80000000u);
+  EXPECT_EQ(lumo::CountOfflineRecords(), -307);
+  bool whole = true;
+  lumo::FreeRecordList(lumo::GetOfflineRecords(&whole));
+  EXPECT_FALSE(whole);
 }
 
 TEST_F(JournalFaults, KeepsAFullLogWholeOnAFullDisk) {

@@ -89,6 +89,39 @@ TEST_F(Recovery, OfItsOwnJoining) {
   EXPECT_FALSE(folder.Exists("LOG.old"));
 }
 
+// LOG had made way for the third file, which could not be given its name; then a new LOG was begun.
+TEST_F(Recovery, OfAJoiningThatLogWentOnWithout) {
+  for (const char *old_log : {"1\n2\n", static_cast<const char *>(nullptr)}) {
+    Put("LOG.old", old_log);
+    folder.Write("LOG", "5\n");
+    folder.Write("LOG.new", "1\n2\n3\n4\n");
+    lumo::RecoverJournals();
+    EXPECT_EQ(folder.Read("LOG"), "1\n2\n3\n4\n5\n");
+    EXPECT_FALSE(folder.Exists("LOG.old"));
+    EXPECT_FALSE(folder.Exists("LOG.new"));
+    EXPECT_EQ(folder.Trace(), "");
+  }
+}
+
+TEST_F(Recovery, KeepsThreeLogsThatDoNotBelongTogether) {
+  folder.Write("LOG.old", "1\n2\n");
+  folder.Write("LOG", "5\n");
+  folder.Write("LOG.new", "7\n");
+  lumo::RecoverJournals();
+  EXPECT_EQ(folder.Read("LOG"), "5\n");
+  EXPECT_EQ(folder.Read("LOG.old"), "1\n2\n");
+  EXPECT_EQ(folder.Read("LOG.new"), "7\n");
+}
+
+TEST_F(Recovery, DropsAnOldLogWithoutARecord) {
+  for (const char *old_log : {"", "torn"}) {
+    folder.Write("LOG.old", old_log);
+    lumo::RecoverJournals();
+    EXPECT_FALSE(folder.Exists("LOG"));
+    EXPECT_FALSE(folder.Exists("LOG.old"));
+  }
+}
+
 TEST_F(Recovery, LetsTheNextTrimWork) {
   lumo::SetLogSize(6);
   folder.Write("LOG.old", "1\n2\n3\n4\n5\n");

@@ -70,15 +70,15 @@ public static class Lumo
         ERR_JSON_PRINTER_INIT = -305,
         /// <summary>Not returned.</summary>
         ERR_JSON_MEMORY = -306,
-        /// <summary>A bill or OFFLINE cannot be opened.</summary>
+        /// <summary>A bill, or OFFLINE when it is counted, cannot be opened.</summary>
         ERR_JSON_FILE_OPEN = -307,
         /// <summary>Not returned.</summary>
         ERR_XML_FORMAT = -350,
 
         // The exchange with the server: see "Talking to the server".
-        /// <summary>Sent, but no answer in time: THE SERVER MAY HAVE CARRIED IT OUT.</summary>
+        /// <summary>Nothing came: THE SERVER MAY HAVE CARRIED IT OUT.</summary>
         ERR_NO_RESPONSE = -401,
-        /// <summary>The answer is JSON, but not an answer; it may have been carried out.</summary>
+        /// <summary>What came is cut off, or no answer; it may have been carried out. Also: a bill is no bill.</summary>
         ERR_RESPONSE_STRUCTURE = -402,
         /// <summary>The answer has an unknown name; it may have been carried out.</summary>
         ERR_RESPONSE_TYPE = -403,
@@ -86,13 +86,13 @@ public static class Lumo
         ERR_RESPONSE_CONTENT = -404,
         /// <summary>The server refused: see getResponseStateCode.</summary>
         ERR_SERVER_ERROR = -405,
-        /// <summary>The server could not read the request.</summary>
+        /// <summary>"HTTP Status 400": as a rule the server could not read the request.</summary>
         ERR_SERVER_REJECTED = -406,
-        /// <summary>The server itself failed.</summary>
+        /// <summary>"HTTP Status 500": the server itself failed; it may have been carried out.</summary>
         ERR_SERVER_FAILURE = -407,
-        /// <summary>The connection broke while sending: the server may have it or not.</summary>
+        /// <summary>The connection broke while sending; it may have been carried out.</summary>
         ERR_REQUEST_SEND = -410,
-        /// <summary>The request could not be written; nothing was sent.</summary>
+        /// <summary>Not returned.</summary>
         ERR_REQUEST_BUILD = -411,
         /// <summary>Neither server can be reached; nothing was sent.</summary>
         ERR_CONNECT = -501,

@@ -53,19 +53,19 @@ class Result(enum.IntEnum):
     ERR_JSON_INTERNAL = -304  # not returned
     ERR_JSON_PRINTER_INIT = -305  # not returned
     ERR_JSON_MEMORY = -306  # not returned
-    ERR_JSON_FILE_OPEN = -307  # a bill or OFFLINE cannot be opened
+    ERR_JSON_FILE_OPEN = -307  # a bill, or OFFLINE when it is counted, cannot be opened
     ERR_XML_FORMAT = -350  # not returned
 
     # The exchange with the server: see "Talking to the server".
-    ERR_NO_RESPONSE = -401  # sent, but no answer in time: THE SERVER MAY HAVE CARRIED IT OUT
-    ERR_RESPONSE_STRUCTURE = -402  # the answer is JSON, but not an answer; it may have been carried out
+    ERR_NO_RESPONSE = -401  # nothing came: THE SERVER MAY HAVE CARRIED IT OUT
+    ERR_RESPONSE_STRUCTURE = -402  # what came is cut off, or no answer; it may have been carried out. Also: a bill is no bill
     ERR_RESPONSE_TYPE = -403  # the answer has an unknown name; it may have been carried out
     ERR_RESPONSE_CONTENT = -404  # the answer lacks a part; it may have been carried out
     ERR_SERVER_ERROR = -405  # the server refused: see getResponseStateCode
-    ERR_SERVER_REJECTED = -406  # the server could not read the request
-    ERR_SERVER_FAILURE = -407  # the server itself failed
-    ERR_REQUEST_SEND = -410  # the connection broke while sending: the server may have it or not
-    ERR_REQUEST_BUILD = -411  # the request could not be written; nothing was sent
+    ERR_SERVER_REJECTED = -406  # "HTTP Status 400": as a rule the server could not read the request
+    ERR_SERVER_FAILURE = -407  # "HTTP Status 500": the server itself failed; it may have been carried out
+    ERR_REQUEST_SEND = -410  # the connection broke while sending; it may have been carried out
+    ERR_REQUEST_BUILD = -411  # not returned
     ERR_CONNECT = -501  # neither server can be reached; nothing was sent
     ERR_SERVER_ADDRESS = -504  # not returned: ERR_CONNECT stands for it
     ERR_SSL_CONNECT = -505  # not returned

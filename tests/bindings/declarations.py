@@ -19,7 +19,7 @@ class Call(NamedTuple):
 class Binding(NamedTuple):
     raw: dict     # name: Call, as the library file is called; names of arguments may be missing
     public: dict  # name: Call, as a register calls it
-    codes: dict   # name: value
+    codes: dict   # name: (value, whether a call returns it)
     passed: dict  # name: the arguments that the public call hands to the library, in order
     documented: dict  # name: the arguments that the documentation names; no entry without documentation
 
@@ -51,7 +51,13 @@ def handed(body, call):
 
 # ---- The source ----
 
+def codes_of(found):
+    """Of name, value and what is said of it."""
+    return {name: (int(value), not said.lower().startswith("not returned")) for name, value, said in found}
+
+
 def read_header(text):
+    codes = codes_of(re.findall(r"(ERR_\w+) = (-\d+),? +/\* (.*?) \*/", text))
     text = re.sub(r"/\*.*?\*/", "", text, flags=re.S)
     types = {"int": "int", "const char *": "text", "char *": "text", "void *": "handle"}
     calls = {}
@@ -61,7 +67,6 @@ def read_header(text):
             kind, argument_name = re.fullmatch(r"(.*?)(\w+)", argument).groups()
             pairs.append(("buffer" if kind == "char *" else types[kind.strip()], plain(argument_name)))
         calls[name] = Call(types[result.strip()], tuple(pairs))
-    codes = {name: int(value) for name, value in re.findall(r"(ERR_\w+) = (-\d+)", text)}
     return calls, codes
 
 
@@ -100,7 +105,7 @@ def read_csharp(text):
         passed[name] = handed(body, rf"Native\.{name}")
         if "<summary>" in doc:
             documented[name] = [plain(argument) for argument in re.findall(r'<param name="(\w+)">', doc)]
-    codes = {name: int(value) for name, value in re.findall(r"<summary>.+</summary>\n +(ERR_\w+) = (-\d+)", text)}
+    codes = codes_of((name, value, said) for said, name, value in re.findall(r"<summary>(.+)</summary>\n +(ERR_\w+) = (-\d+)", text))
     return Binding(raw, public, codes, passed, documented)
 
 
@@ -132,7 +137,7 @@ def read_pascal(text):
             raw[name] = call(arguments, result)
     for name, _, _, body in re.findall(heading + r"\n(.*?)^end;", implementation, re.M | re.S):
         passed[name] = handed(body, rf"\blumo_{name}")
-    codes = {name: int(value) for name, value in re.findall(r"^  (ERR_\w+) += (-\d+); \{ .+ \}$", interface, re.M)}
+    codes = codes_of(re.findall(r"^  (ERR_\w+) += (-\d+); \{ (.+) \}$", interface, re.M))
     return Binding(raw, public, codes, passed, documented)
 
 
@@ -149,7 +154,7 @@ def read_python(text):
         passed[name] = handed(body, rf"self\._dll\.{name}")
         if doc:
             documented[name] = [plain(argument) for argument in re.findall(r"^ +(\w+): ", doc, re.M)]
-    codes = {name: int(value) for name, value in re.findall(r"^    (ERR_\w+) = (-\d+)  # .+$", text, re.M)}
+    codes = codes_of(re.findall(r"^    (ERR_\w+) = (-\d+)  # (.+)$", text, re.M))
     return Binding(raw, public, codes, passed, documented)
 
 
@@ -219,6 +224,7 @@ SPOILINGS = {
         (r"Native\.DepositProc\(amount\)", "Native.ExchangeProc(amount)"),
         (r"ERR_CONNECT = -501", "ERR_CONNECT = -502"),
         (r".*\n +ERR_SSL_CONTEXT.*\n", ""),
+        (r"Not returned(.*\n +ERR_SSL_CONTEXT)", r"Hardly returned\1"),
         (r' +/// <param name="token">.*\n', ""),
         (r" +/// <summary>Puts money.*\n", ""),
     ],
@@ -233,6 +239,7 @@ SPOILINGS = {
         (r"DepositProc\(Amount: LongInt\): LongInt; cdecl;", "DepositProc(Amount: LongInt): LongInt; stdcall;"),
         (r"(ERR_CONNECT +)= -501", r"\1= -502"),
         (r".*ERR_SSL_CONTEXT.*\n", ""),
+        (r"(ERR_SSL_CONTEXT.*) not returned", r"\1 hardly returned"),
         (r'/// <param name="Token">.*\n', ""),
         (r"/// <summary>Puts money.*\n", ""),
     ],
@@ -246,6 +253,7 @@ SPOILINGS = {
         (r"(?s)    def DepositProc.*?(?=    def )", ""),
         (r"ERR_CONNECT = -501", "ERR_CONNECT = -502"),
         (r"    ERR_SSL_CONTEXT.*\n", ""),
+        (r"(ERR_SSL_CONTEXT.*) not returned", r"\1 hardly returned"),
         (r"        token: .*\n", ""),
     ],
 }

@@ -1,63 +1,92 @@
 #include <CLI/CLI.hpp>
-#include <asio.hpp>
 #include <iostream>
+#include <optional>
 
 #include "commands.h"
+#include "connection.h"
 #include "shop_files.h"
+#include "terminal_settings.h"
 
 namespace reg {
 namespace {
 
-bool Answers(const std::string &host, int port) {
-  asio::io_context context;
-  asio::ip::tcp::socket socket(context);
-  asio::error_code error;
-  const auto address = asio::ip::make_address(host, error);
-  if (error || port <= 0 || port > 65535) return false;
-  bool connected = false;
-  socket.async_connect({address, static_cast<uint16_t>(port)},
-                       [&](const asio::error_code &result) { connected = !result; });
-  context.run_for(std::chrono::seconds(3));
-  return connected;
-}
+// How a server looks from here.
+struct ServerView {
+  std::string address;
+  bool isUsable = false;
+  bool answers = false;
 
-void ShowServer(const char *label, const char *host, int port) {
-  std::cout << label;
-  if (host == nullptr || *host == '\0') {
-    std::cout << "no usable address\n";
-    return;
+  std::string Text() const {
+    if (address.empty()) return "none";
+    if (!isUsable) return address + "  NOT USABLE";
+    return address + (answers ? "  answers" : "  DOES NOT ANSWER");
   }
-  std::cout << host << ':' << port << (Answers(host, port) ? "  answers" : "  DOES NOT ANSWER") << '\n';
+  Facts AsFacts() const {
+    return Facts().Add("address", address).Add("usable", isUsable).Add("answers", answers);
+  }
+};
+
+ServerView Look(const TerminalSettings &settings, const char *key) {
+  ServerView view;
+  view.address = settings.Text(key);
+  if (const auto address = ParseServerAddress(view.address)) {
+    view.isUsable = true;
+    view.answers = Connects(address->host, address->port);
+  }
+  return view;
 }
 
+std::string ShiftText(const ShiftState &state) {
+  if (state.shiftState != 0)
+    return "open since " + std::string(OrDash(state.openDate)) + ", id " + OrDash(state.shiftId);
+  return state.closeDate.empty() ? "closed" : "closed at " + state.closeDate;
+}
+
+// From the files alone: a look changes nothing, not even the trace.
 void ShowStatus(Till &till) {
-  Library &library = till.Started();
-  const std::filesystem::path folder = library.folder();
+  const std::filesystem::path folder = till.Folder();
+  const TerminalSettings settings = ReadTerminalSettings(folder);
   const ShiftState state = ReadState(folder / "STATE");
-  std::cout << "  library     " << library.file().string() << '\n'
-            << "  terminal    " << OrDash(library.getTerminalId()) << '\n';
-  ShowServer("  server      ", library.getPingAddress(), library.getPingPort());
-  ShowServer("  alternate   ", library.getPingAltAddress(), library.getPingAltPort());
-  std::cout << "  shift       ";
-  if (state.shiftState != 0) {
-    std::cout << "open since " << OrDash(state.openDate) << ", id " << OrDash(state.shiftId) << '\n';
-  } else if (!state.closeDate.empty()) {
-    std::cout << "closed at " << state.closeDate << '\n';
-  } else {
-    std::cout << "closed\n";
-  }
-  std::cout << "  last RRN    " << OrDash(state.requestId) << '\n'
-            << "  mode        " << (library.getOfflineState() != 0 ? "OFFLINE" : "online") << '\n'
-            << "  log         " << CountRecords(folder / "LOG") << " records\n"
-            << "  waiting     " << CountRecords(folder / "OFFLINE") << " offline records\n"
-            << "  update      "
-            << (library.getNeedUpdate() != 0 ? "announced by the server" : "none announced") << '\n';
+  const ServerView server = Look(settings, "serverAddr"), alternate = Look(settings, "serverAltAddr");
+  const size_t log = CountRecords(folder / "LOG"), waiting = CountRecords(folder / "OFFLINE");
+  Facts facts;
+  facts.Add("folder", folder.u8string())
+      .Add("settings", settings.file.empty() ? nullptr : settings.file.c_str())
+      .Add("terminal", settings.Text("terminalId"))
+      .Add("server", server.AsFacts())
+      .Add("alternate", alternate.AsFacts())
+      .Add("shift", Facts()
+                        .Add("open", state.shiftState != 0)
+                        .Add("id", state.shiftId)
+                        .Add("opened", state.openDate)
+                        .Add("closed", state.closeDate))
+      .Add("lastRrn", state.requestId)
+      .Add("offline", state.offline != 0)
+      .Add("log", uint64_t{log})
+      .Add("waiting", uint64_t{waiting})
+      .Add("updateAnnounced", state.update != 0);
+  till.Show(facts, [&] {
+    std::cout << "  folder      " << folder.u8string() << '\n'
+              << "  settings    " << (settings.file.empty() ? "NONE that can be read" : settings.file) << '\n'
+              << "  terminal    " << OrDash(settings.Text("terminalId")) << '\n'
+              << "  server      " << server.Text() << '\n'
+              << "  alternate   " << alternate.Text() << '\n'
+              << "  shift       "
+              << (state.present && !state.readable ? "STATE CANNOT BE READ" : ShiftText(state)) << '\n'
+              << "  last RRN    " << OrDash(state.requestId) << '\n'
+              << "  mode        " << (state.offline != 0 ? "OFFLINE" : "online") << '\n'
+              << "  log         " << log << " records\n"
+              << "  waiting     " << waiting << " offline records\n"
+              << "  update      " << (state.update != 0 ? "announced by the server" : "none announced")
+              << '\n';
+  });
+  if (settings.file.empty() || (state.present && !state.readable)) till.status = kNoFile;
 }
 
 }  // namespace
 
 void AddStatusCommand(CLI::App &app, Till &till) {
-  app.add_subcommand("status", "Settings, connection, shift, journals: is this terminal fit to sell?")
+  app.add_subcommand("status", "Settings, servers, shift and journals at a glance; writes nothing")
       ->callback([&till] { ShowStatus(till); });
 }
 

@@ -1,0 +1,78 @@
+// A glance at the terminal, from its files alone.
+#include "register/till.h"
+#include "support/scripted_server.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class Status : public test::Till {};
+
+TEST_F(Status, TellsHowTheTerminalStands) {
+  const std::string away = "http://127.0.0.1:" + std::to_string(test::UnusedPort()) + "/ws";
+  Configure("\"serverAltAddr\":\"" + away + "\"");
+  Write("STATE",
+        R"({"reqId":"1234512120500008","shiftId":"42","shiftOpenDate":"2012-12-05T08:00:00Z","offline":1,)"
+        R"("shiftState":1,"update":1})");
+  Write("LOG", "{}\n{}\n");
+  Write("OFFLINE", "{}\n{\"torn");
+  const auto before = Files();
+  const test::Outcome run = Run({"status"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, "  folder      " + folder.u8string() +
+                         "\n"
+                         "  settings    CONFIG\n"
+                         "  terminal    12345\n"
+                         "  server      " +
+                         ServerAddress() +
+                         "  answers\n"
+                         "  alternate   " +
+                         away +
+                         "  DOES NOT ANSWER\n"
+                         "  shift       open since 2012-12-05T08:00:00Z, id 42\n"
+                         "  last RRN    1234512120500008\n"
+                         "  mode        OFFLINE\n"
+                         "  log         2 records\n"
+                         "  waiting     1 offline records\n"
+                         "  update      announced by the server\n");
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(Status, TellsAProgram) {
+  Configure();
+  Write("STATE", R"({"reqId":"1234512120500008","shiftCloseDate":"2012-12-05T18:00:00Z","shiftState":0})");
+  const auto before = Files();
+  EXPECT_EQ(Facts({"status"}),
+            nlohmann::json(
+                {{"folder", folder.u8string()},
+                 {"settings", "CONFIG"},
+                 {"terminal", "12345"},
+                 {"server", {{"address", ServerAddress()}, {"usable", true}, {"answers", true}}},
+                 {"alternate", {{"address", ""}, {"usable", false}, {"answers", false}}},
+                 {"shift", {{"open", false}, {"id", ""}, {"opened", ""}, {"closed", "2012-12-05T18:00:00Z"}}},
+                 {"lastRrn", "1234512120500008"},
+                 {"offline", false},
+                 {"log", 0},
+                 {"waiting", 0},
+                 {"updateAnnounced", false}}));
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(Status, SaysWhatCannotBeRead) {
+  EXPECT_THAT(Run({"status"}).out, HasSubstr("settings    NONE that can be read"));
+  EXPECT_EQ(Run({"status"}).status, 3);
+  Configure("", "http://example:80/");
+  EXPECT_EQ(Run({"status"}).status, 0);
+  EXPECT_THAT(Run({"status"}).out, HasSubstr("http://example:80/  NOT USABLE"));
+  Write("STATE", "{\"shiftSt");
+  EXPECT_THAT(Run({"status"}).out, HasSubstr("shift       STATE CANNOT BE READ"));
+  EXPECT_EQ(Run({"status"}).status, 3);
+  const std::filesystem::path elsewhere = folder / "none" / "liblumo.so";
+  EXPECT_EQ(test::Process(std::filesystem::u8path(REGISTER_PROGRAM), {"-l", elsewhere.u8string(), "status"},
+                          fresh.path())
+                .Wait()
+                .status,
+            3);
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// terminal_settings.h: the settings of a terminal, read from its files as the library reads them, without it.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace reg {
+
+struct TerminalSettings {
+  std::string file;          // the one in force: "CONFIG.JSN" or "CONFIG"; empty: neither can be read
+  bool isDelivered = false;  // there is a CONFIG.JSN
+  bool isKept = false;       // there is a CONFIG
+  std::vector<std::pair<std::string, std::string>> values;  // of the known settings that are there
+  std::vector<std::string> unknown;                         // keys
+  std::vector<std::string> truths;  // settings that are true or false, and so read as 0
+  bool hasForeignBytes = false;     // that are no UTF-8
+
+  // What the library takes for a setting that is missing: nothing, 0.
+  std::string Text(const char *key) const;
+  int32_t Number(const char *key) const;
+};
+
+TerminalSettings ReadTerminalSettings(const std::filesystem::path &folder);
+
+struct ServerAddress {
+  std::string host;
+  int port = 0;
+  std::string path;
+};
+
+// "http://a.b.c.d:port/path"; nothing when the library could not use it.
+std::optional<ServerAddress> ParseServerAddress(const std::string &address);
+
+}  // namespace reg

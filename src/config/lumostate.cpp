@@ -135,6 +135,11 @@ int ResetStateFile() {
   return FileReplace(kStateFile, kEmptyState, length) == Replaced::kNotOpened ? ERR_STATE_CREATE : 0;
 }
 
+bool CanBeOpened(const char *name) {
+  const ScopedFile file(FileOpen(name, "r+"));
+  return FileIsValid(file.get()) != 0;
+}
+
 void PrintState(String *text) {
   JsonPrinter printer;
   JsonPrinterInit(&printer, StringSink, text);
@@ -155,7 +160,15 @@ void PrintState(String *text) {
 int LoadState() {
   const ScopedReader reader(JsonReaderCreate());
   Trace("LoadState\n");
-  const int result = parseJsonFile(reader.get(), kStateFile);
+  int result = parseJsonFile(reader.get(), kStateFile);
+  if (result == ERR_JSON_FILE_OPEN && !JsonReaderReadFailed(reader.get()) && !FileIsMissing(kStateFile)) {
+    // Another program held it. A state that is there must not give way to an empty one unread.
+    if (!CanBeOpened(kStateFile)) {
+      ClearState();
+      return ERR_STATE_CREATE;
+    }
+    result = parseJsonFile(reader.get(), kStateFile);
+  }
   if (JsonReaderReadFailed(reader.get())) {
     // What is in memory is what this process wrote last: better than nothing at all.
     return ERR_STATE_LOAD;

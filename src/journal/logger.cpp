@@ -20,6 +20,9 @@ constexpr size_t kLongestName = 260;  // of a copy, its suffix included, without
 
 int32_t log_size = 0;
 
+// OFFLINE made way for OFFLINE_TMP, which then could not be given its name.
+bool commit_is_unfinished;
+
 // How many lines LOG had when this process wrote it last. As long as its length and time are the same, nobody
 // else wrote it, and it need not be read to be counted.
 struct {
@@ -216,6 +219,14 @@ void FlushOfflineTmp() {
 // Whether a record must be on the disk before its operation counts as done.
 enum class Durable { kNo, kYes };
 
+// Before anything else makes an OFFLINE, behind which the records of OFFLINE_TMP would be overlooked.
+void FinishCommit() {
+  if (commit_is_unfinished && FileIsMissing(kOffline)) {
+    const int code = FileMove(kOfflineTmp, kOffline);
+    commit_is_unfinished = code != 0 && code != ERROR_FILE_NOT_FOUND;
+  }
+}
+
 struct Appended {
   int code;         // 0 or ERR_OFFLINE_SAVE
   uint32_t length;  // of the file, after a success
@@ -331,6 +342,7 @@ int AppendOfflineRecord(const char *record) {
   if (IsNullRecord(record)) {
     return ERR_OFFLINE_SAVE;
   }
+  FinishCommit();
   const Appended appended = AppendRecord(kOffline, record, TextLength(record), Durable::kYes);
   if (appended.code == 0 || appended.held) {
     return appended.code;
@@ -356,8 +368,12 @@ int CommitOfflineTmp() {
     return 0;
   }
   FlushOfflineTmp();
-  const int code = FileDelete(kOffline);
-  return code != 0 ? code : FileMove(kOfflineTmp, kOffline);
+  int code = FileDelete(kOffline);
+  if (code == 0) {
+    code = FileMove(kOfflineTmp, kOffline);
+    commit_is_unfinished = code != 0;
+  }
+  return code;
 }
 
 void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) {
@@ -399,6 +415,7 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
 }
 
 int32_t CountOfflineRecords() {
+  FinishCommit();
   if (FileIsMissing(kOffline)) {
     return 0;
   }

@@ -84,6 +84,25 @@ TEST_F(StateFile, AMissingOneIsNeverSeenHalfWritten) {
   EXPECT_FALSE(folder.Exists("STATE.new"));
 }
 
+// A copy of the folder may take longer than an open waits.
+TEST_F(StateFile, OneThatWasHeldIsReadOnceItIsFree) {
+  folder.Write("STATE", kSaved);
+  test::RefuseOpen("STATE", 1);
+  EXPECT_EQ(lumo::LoadState(), 0);
+  EXPECT_STREQ(lumo::RequestId(), "1234512120500008");
+  EXPECT_EQ(folder.Read("STATE"), kSaved);
+}
+
+TEST_F(StateFile, OneThatIsHeldIsNotReplaced) {
+  folder.Write("STATE", kSaved);
+  test::RefuseOpen("STATE");
+  EXPECT_EQ(lumo::LoadState(), -109);
+  EXPECT_EQ(folder.Trace(),
+            "LoadState\nparseJsonFile [STATE]\nERROR: CreateFile function failed with error 5\n"
+            "ERROR: CreateFile function failed with error 5\n");
+  EXPECT_EQ(folder.Read("STATE"), kSaved);
+}
+
 TEST_F(StateFile, IsMadeDirectlyWhereTheNameOfANewOneIsTaken) {
   std::filesystem::create_directory(folder.path() + "STATE.new");
   EXPECT_EQ(lumo::LoadState(), 0);

@@ -557,6 +557,23 @@ TEST_F(Commit, GivesTheErrorNumberWhenTheRebuiltJournalCannotBeMoved) {
   EXPECT_EQ(lumo::CommitOfflineTmp(), 32);
   lumo::FileClose(open);
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), "new\n");
+  EXPECT_EQ(lumo::AppendOfflineRecord("newer"), 0);
+  EXPECT_EQ(folder.Read("OFFLINE"), "new\nnewer\n");
+  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
+}
+
+TEST_F(Commit, IsFinishedBeforeTheRecordsAreCounted) {
+  folder.Write("OFFLINE", "old\n");
+  folder.Write("OFFLINE_TMP", "new\nnewer\n");
+  lumo::HANDLE open = lumo::FileOpen("OFFLINE_TMP", "r");
+  EXPECT_EQ(lumo::CommitOfflineTmp(), 32);
+  EXPECT_EQ(lumo::CountOfflineRecords(), 0);
+  lumo::FileClose(open);
+  EXPECT_EQ(lumo::CountOfflineRecords(), 2);
+  folder.Remove("OFFLINE");
+  folder.Write("OFFLINE_TMP", "of another replay\n");
+  EXPECT_EQ(lumo::CountOfflineRecords(), 0);
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ uint64_t next_write = UINT64_MAX;  // the most it takes
 int read_fails_after = kNever;
 int read_is_short_after = kNever;
 int seek_fails_after = kNever;
+int refused_opens = 0;
 
 // The names that are refused, none at first.
 std::string &RefusedOpen() {
@@ -72,7 +73,8 @@ lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access
                                      void *security, lumo::DWORD creation, lumo::DWORD attributes,
                                      lumo::HANDLE model) {
   ++traffic.opens;
-  if (Refuses(RefusedOpen(), name)) {
+  if (refused_opens > 0 && Refuses(RefusedOpen(), name)) {
+    --refused_opens;
     lumo::lumo_SetLastError(kAccessDenied);
     return INVALID_HANDLE_VALUE;
   }
@@ -139,8 +141,9 @@ FileTraffic CountFileTraffic() {
   return traffic;
 }
 
-void RefuseOpen(const std::string &name) {
+void RefuseOpen(const std::string &name, int times) {
   RefusedOpen() = name;
+  refused_opens = times;
 }
 
 void RefuseDelete(const std::string &name) {

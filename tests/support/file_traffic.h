@@ -19,9 +19,9 @@ struct FileTraffic {
 void ResetFileTraffic();
 FileTraffic CountFileTraffic();
 
-// From now on an open of this file of the folder, and a deletion of this one, fail with ERROR_ACCESS_DENIED;
-// no name refuses none.
-void RefuseOpen(const std::string &name);
+// From now on an open of this file of the folder, as often as told, and a deletion of this one, fail with
+// ERROR_ACCESS_DENIED; no name refuses none.
+void RefuseOpen(const std::string &name, int times = INT32_MAX);
 void RefuseDelete(const std::string &name);
 
 // From now on this many bytes can be written in all; the write that does not fit is cut there, and one that

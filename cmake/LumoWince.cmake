@@ -10,7 +10,7 @@ enable_language(ASM)
 
 # A linker for ELF does the linking and tools/wince_file, compiled for this machine, what comes before it and behind it.
 set(lumo_wince_file_source ${PROJECT_SOURCE_DIR}/tools/wince_file)
-set(lumo_wince_file ${PROJECT_BINARY_DIR}/wince_file)
+set(lumo_wince_file ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/wince_file)
 set(lumo_wince_script ${lumo_wince_file_source}/file.ld)
 find_program(LUMO_HOST_CXX c++ REQUIRED)
 file(GLOB lumo_wince_file_sources CONFIGURE_DEPENDS ${lumo_wince_file_source}/*.cpp)

@@ -4,9 +4,11 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
 
 #include "platform/posix/posix_calls.h"
 #include "platform/posix/posix_numbers.h"
@@ -21,12 +23,36 @@ const void *FindSystemCall(const std::string &library, const std::string &name) 
   return nullptr;
 }
 
+namespace {
+
+// A system library, as a program that looks its functions up holds it.
+struct SystemLibrary {
+  const char *name;
+};
+const SystemLibrary kSystemLibraries[] = {{"coredll.dll"}, {"ws2.dll"}};
+
+const SystemLibrary *FindSystemLibrary(const std::string &name) {
+  for (const SystemLibrary &library : kSystemLibraries) {
+    if (strcasecmp(library.name, name.c_str()) == 0) return &library;
+  }
+  return nullptr;
+}
+
+std::string Narrow(const lumo::WCHAR *text) {
+  lumo::FileName file;
+  lumo::lumo_MakeFileName(text, &file);
+  return file.bytes;
+}
+
+}  // namespace
+
 }  // namespace wince
 
 using lumo::BOOL;
 using lumo::DWORD;
 using lumo::HANDLE;
 using lumo::HMODULE;
+using lumo::UINT;
 using lumo::WCHAR;
 
 extern "C" {
@@ -59,6 +85,61 @@ FILE *ce__wfopen(const WCHAR *name, const WCHAR *mode) {
 void ce_RaiseException(DWORD code, DWORD, DWORD, const DWORD *) {
   constexpr DWORD kBreakpoint = 0x80000003U;
   raise(code == kBreakpoint ? SIGTRAP : SIGABRT);
+}
+
+HMODULE ce_LoadLibraryW(const WCHAR *name) {
+  const std::string path = wince::Narrow(name);
+  if (const auto *const library = wince::FindSystemLibrary(path); library != nullptr)
+    return const_cast<wince::SystemLibrary *>(library);
+  if (access(path.c_str(), F_OK) != 0) {
+    constexpr DWORD kNoSuchModule = 126;
+    lumo::lumo_SetLastError(kNoSuchModule);
+    return nullptr;
+  }
+  try {
+    return wince::Load(path);
+  } catch (const std::runtime_error &error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    constexpr DWORD kNoProgramFile = 193;
+    lumo::lumo_SetLastError(kNoProgramFile);
+    return nullptr;
+  }
+}
+
+void *ce_GetProcAddressW(HMODULE module, const WCHAR *name) {
+  const std::string text = wince::Narrow(name);
+  void *function = nullptr;
+  const auto *const library = static_cast<const wince::SystemLibrary *>(module);
+  if (library == &wince::kSystemLibraries[0] || library == &wince::kSystemLibraries[1])
+    function = const_cast<void *>(wince::FindSystemCall(library->name, text));
+  else
+    function = wince::Find(static_cast<wince::Module *>(module), text);
+  constexpr DWORD kNoSuchFunction = 127;
+  if (function == nullptr) lumo::lumo_SetLastError(kNoSuchFunction);
+  return function;
+}
+
+DWORD ce_GetTickCount() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<DWORD>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
+}
+
+// Embedded Compact 7.
+BOOL ce_GetVersionExW(DWORD *version) {
+  constexpr DWORD kSize = 276;
+  if (version[0] != kSize) return 0;
+  std::memset(version + 1, 0, kSize - sizeof *version);
+  version[1] = 7;
+  version[3] = 2864;
+  version[4] = 3;
+  return 1;
+}
+
+// Nobody is there to press the button.
+int ce_MessageBoxW(HANDLE, const WCHAR *text, const WCHAR *title, UINT) {
+  std::printf("%s: %s\n", wince::Narrow(title).c_str(), wince::Narrow(text).c_str());
+  std::fflush(stdout);
+  return 1;
 }
 
 // This number always means the calling process. No exit handler runs.

@@ -1,6 +1,5 @@
 set(lumo_platform platform/windows/windows_files.cpp platform/wince/wince_process.cpp)
 set(lumo_attach platform/wince/wince_attach.cpp)
-include(LumoWince)
 set(lumo_platform_options ${lumo_wince_options})
 
 function(lumo_link_file)

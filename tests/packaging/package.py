@@ -168,6 +168,8 @@ def main():
                 commands = read_commands(file.read())
             server = commands.pop("server", [None])[0]
             if flavour.startswith("wince"):
+                if not os.path.exists(os.path.join(work, unpacked, "terminal", "lumo_check.exe")):
+                    raise Wrong("lumo_check.exe is missing")
                 check_calls_of_windows_ce(os.path.join(work, unpacked))
                 if flavour == "wince-x86":
                     sell_with_stand_ins(os.path.join(work, unpacked))

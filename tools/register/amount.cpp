@@ -32,12 +32,11 @@ int32_t ParseAmount(const std::string &text) {
   return static_cast<int32_t>(value);
 }
 
-std::string ShowAmount(int32_t hundredths) {
-  const int64_t value = hundredths;
-  const int64_t size = value < 0 ? -value : value;
+std::string ShowAmount(int64_t hundredths) {
+  const int64_t size = hundredths < 0 ? -hundredths : hundredths;
   char text[32];
-  std::snprintf(text, sizeof text, "%s%lld.%02lld", value < 0 ? "-" : "", static_cast<long long>(size / 100),
-                static_cast<long long>(size % 100));
+  std::snprintf(text, sizeof text, "%s%lld.%02lld", hundredths < 0 ? "-" : "",
+                static_cast<long long>(size / 100), static_cast<long long>(size % 100));
   return text;
 }
 

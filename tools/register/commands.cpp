@@ -35,6 +35,8 @@ void AddGeneralOptions(CLI::App &app, Till &till) {
       ->capture_default_str();
   app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
   app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
+  app.add_flag("--progress", till.showsProgress,
+               "On standard error, how far a long call has come, where no terminal is too");
   app.add_flag_callback(
       "--version",
       [&till] {

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "progress.h"
 #include "slip.h"
 
 namespace reg {
@@ -49,7 +50,11 @@ void Operate(Till &till, const CardOptions &options, const std::function<int(Lib
   if (card.empty()) throw Failure(kBadWords, "which card? --card NUMBER");
   Library &library = till.Started();
   const OneTransaction transaction(till, card, options.cashier.empty() ? till.cashier : options.cashier);
-  const int code = operation(library);
+  int code = 0;
+  {
+    const Progress progress(till.TraceFile(), 0, till.showsProgress);
+    code = operation(library);
+  }
   if (code < 0 && library.getResponseState()[0] != '\0') ShowAnswer(library);
   till.Check(code);
   ShowSlip(library);

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
-#include <string>
 #include <utility>
 
 #ifdef _WIN32
@@ -16,9 +15,9 @@
 namespace reg {
 namespace {
 
-constexpr char kLoadLine[] = "LoadLogRecord\n";
+using std::chrono::seconds;
+using std::chrono::steady_clock;
 
-// Only a person looks at progress; a log would fill with it.
 bool IsPersonLooking() {
 #ifdef _WIN32
   return _isatty(_fileno(stderr)) != 0;
@@ -35,8 +34,10 @@ uintmax_t SizeOf(const std::filesystem::path &file) {
 
 }  // namespace
 
-Progress::Progress(std::filesystem::path trace, size_t total) : trace_(std::move(trace)), total_(total) {
-  if (total_ > 0 && IsPersonLooking()) thread_ = std::thread([this] { Follow(); });
+Progress::Progress(std::filesystem::path trace, size_t total, bool is_wanted)
+    : trace_(std::move(trace)), total_(total), is_renewed_(IsPersonLooking()) {
+  at_ = static_cast<std::streamoff>(SizeOf(trace_));
+  if (is_wanted || is_renewed_) thread_ = std::thread([this] { Follow(); });
 }
 
 Progress::~Progress() {
@@ -44,32 +45,53 @@ Progress::~Progress() {
   if (thread_.joinable()) thread_.join();
 }
 
-void Progress::Follow() {
-  auto at = static_cast<std::streamoff>(SizeOf(trace_));
-  std::string seen;
-  size_t count = 0;
-  bool shown = false;
-  while (!done_) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    std::ifstream stream(trace_, std::ios::binary);
-    stream.seekg(at);
-    std::string piece(1 << 16, '\0');
-    while (stream.read(piece.data(), static_cast<std::streamsize>(piece.size())), stream.gcount() > 0) {
-      at += stream.gcount();
-      seen.append(piece, 0, static_cast<size_t>(stream.gcount()));
-      size_t line = 0;
-      for (size_t end; (end = seen.find('\n', line)) != std::string::npos; line = end + 1) {
-        if (seen.compare(line, end + 1 - line, kLoadLine) == 0) ++count;
-      }
-      seen.erase(0, line);
+void Progress::Read() {
+  std::ifstream stream(trace_, std::ios::binary);
+  if (SizeOf(trace_) < static_cast<uintmax_t>(at_)) at_ = 0;  // somebody removed it
+  stream.seekg(at_);
+  std::string piece(1 << 16, '\0');
+  while (stream.read(piece.data(), static_cast<std::streamsize>(piece.size())), stream.gcount() > 0) {
+    at_ += stream.gcount();
+    rest_.append(piece, 0, static_cast<size_t>(stream.gcount()));
+    size_t line = 0;
+    for (size_t end; (end = rest_.find('\n', line)) != std::string::npos; line = end + 1) {
+      TakeLine(rest_.substr(line, end - line));
     }
-    if (count > 0) {
-      std::fprintf(stderr, "\r  %zu of %zu records", std::min(count, total_), total_);
-      std::fflush(stderr);
-      shown = true;
-    }
+    rest_.erase(0, line);
   }
-  if (shown) std::fprintf(stderr, "\r%*s\r", 40, "");
+}
+
+void Progress::TakeLine(const std::string &line) {
+  const auto begins = [&line](const char *text) { return line.rfind(text, 0) == 0; };
+  if (begins("LoadLogRecord")) {
+    ++count_;
+  } else if (begins("Connecting to ")) {
+    step_ = "connecting to " + line.substr(14, line.find("//") - 14);
+  } else if (begins("Receiving")) {
+    step_ = "waiting for the answer";
+  } else if (begins("ParseOperationResponse")) {
+    step_ = "reading the answer";
+  }
+}
+
+void Progress::Follow() {
+  const auto begin = steady_clock::now();
+  auto shown = begin;
+  while (!done_) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const auto now = steady_clock::now();
+    if (now - shown < (shown == begin || !is_renewed_ ? seconds(1) : std::chrono::milliseconds(200)))
+      continue;
+    shown = now;
+    Read();
+    std::string text = "  " + std::to_string(std::chrono::duration_cast<seconds>(now - begin).count()) + " s";
+    if (total_ != 0)
+      text += "  " + std::to_string(std::min(count_, total_)) + " of " + std::to_string(total_) + " records";
+    if (!step_.empty()) text += "  " + step_;
+    std::fprintf(stderr, is_renewed_ ? "\r%-78s" : "%s\n", text.c_str());
+    std::fflush(stderr);
+  }
+  if (shown != begin && is_renewed_) std::fprintf(stderr, "\r%78s\r", "");
 }
 
 }  // namespace reg

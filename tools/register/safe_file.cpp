@@ -4,11 +4,15 @@
 #include <cstdio>
 #include <system_error>
 
+#include "shop_files.h"
 #include "till.h"
 
 #ifdef _WIN32
 #include <io.h>
+#include <windows.h>
 #else
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 #endif
 
@@ -31,6 +35,44 @@ bool Sync(FILE *stream) {
 }
 #endif
 
+#ifdef _WIN32
+// Nobody else has the file open; from then on until the end of this moment nobody will. It cannot be replaced
+// while it is held.
+class Holding {
+ public:
+  explicit Holding(const std::filesystem::path &file) {
+    HANDLE handle =
+        CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    is_held_ = handle != INVALID_HANDLE_VALUE;
+    if (is_held_) CloseHandle(handle);
+  }
+  bool IsHeld() const { return is_held_; }
+
+ private:
+  bool is_held_ = false;
+};
+#else
+// The lock that the library takes too. A library that waits for it looks for the file of that name
+// afterwards.
+class Holding {
+ public:
+  explicit Holding(const std::filesystem::path &file)
+      : descriptor_(open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    is_held_ = descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+  }
+  ~Holding() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  Holding(const Holding &) = delete;
+  Holding &operator=(const Holding &) = delete;
+  bool IsHeld() const { return is_held_; }
+
+ private:
+  int descriptor_;
+  bool is_held_ = false;
+};
+#endif
+
 [[noreturn]] void Complain(const std::filesystem::path &file, const std::error_code &error) {
   throw Failure(kNoFile, "cannot write " + file.u8string() + ": " + error.message());
 }
@@ -51,6 +93,20 @@ void ReplaceFile(const std::filesystem::path &file, const std::string &bytes) {
   std::error_code ignored;
   std::filesystem::remove(fresh, ignored);
   Complain(file, error);
+}
+
+void EditFile(const std::filesystem::path &file,
+              const std::function<std::string(const std::string &)> &edit) {
+  const Holding holding(file);
+  if (!holding.IsHeld()) throw Failure(kNoFile, file.u8string() + " is missing, or another program holds it");
+  const std::string bytes = edit(ReadWhole(file));
+  if (!bytes.empty()) {
+    ReplaceFile(file, bytes);
+    return;
+  }
+  std::error_code error;
+  std::filesystem::remove(file, error);
+  if (error) Complain(file, error);
 }
 
 }  // namespace reg

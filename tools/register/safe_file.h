@@ -2,11 +2,16 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace reg {
 
 // Writes `name`.new and puts it in the file's place. Throws Failure, and the file is as it was.
 void ReplaceFile(const std::filesystem::path &file, const std::string &bytes);
+
+// Writes the file anew with what `edit` makes of its bytes, while no register that uses lumo can write it;
+// one that is left empty is removed. Throws Failure, also when somebody holds the file, and it is as it was.
+void EditFile(const std::filesystem::path &file, const std::function<std::string(const std::string &)> &edit);
 
 }  // namespace reg

@@ -16,49 +16,74 @@ std::string Text(const Json &object, const char *key) {
   return found != object.end() && found->is_string() ? found->get<std::string>() : "";
 }
 
-int Number(const Json &object, const char *key) {
+int64_t Number(const Json &object, const char *key) {
   const auto found = object.find(key);
-  return found != object.end() && found->is_number_integer() ? static_cast<int>(found->get<int64_t>()) : 0;
+  return found != object.end() && found->is_number_integer() ? found->get<int64_t>() : 0;
 }
 
-std::string Amount(const Json &record, const char *part, const char *key) {
-  const auto found = record.find(part);
-  if (found == record.end() || !found->is_object() || !found->contains(key)) return "";
-  return ShowAmount(Number(*found, key));
+bool Flag(const Json &object, const char *key) {
+  const auto found = object.find(key);
+  return found != object.end() && found->is_boolean() && found->get<bool>();
 }
 
-std::string Detail(const Json &record) {
-  if (const std::string total = Amount(record, "bill", "totalSum"); !total.empty()) return "total " + total;
-  if (const std::string sum = Amount(record, "deposit", "amount"); !sum.empty()) return "amount " + sum;
-  if (const auto confirm = record.find("paymentConfirm"); confirm != record.end() && confirm->is_object()) {
-    const auto flag = confirm->find("isConfirm");
-    const bool is_confirm = flag != confirm->end() && flag->is_boolean() && flag->get<bool>();
-    return (is_confirm ? "confirms " : "cancels ") + Text(*confirm, "requestId");
+// The part of this name; null when it is no object.
+const Json *Part(const Json &record, const char *name) {
+  const auto found = record.find(name);
+  return found != record.end() && found->is_object() ? &*found : nullptr;
+}
+
+void ReadBill(const Json &bill, Record *record) {
+  record->amount = Number(bill, "totalSum");
+  record->detail = "total " + ShowAmount(record->amount);
+  const Json *list = Part(bill, "goodList");
+  if (list == nullptr || !list->contains("good") || !(*list)["good"].is_array()) return;
+  for (const Json &good : (*list)["good"]) {
+    if (!good.is_object() || !good.contains("bonus") || !good["bonus"].is_array()) continue;
+    for (const Json &bonus : good["bonus"]) {
+      if (!bonus.is_object()) continue;
+      if (Text(bonus, "accountType") == "DISCOUNT") {
+        record->discount += Number(bonus, "spend");
+      } else {
+        record->earned += Number(bonus, "earned");
+        record->spent += Number(bonus, "spend");
+      }
+    }
   }
-  if (const auto activation = record.find("activation");
-      activation != record.end() && activation->is_object()) {
-    return Text(*activation, "activationType") + " " + ShowAmount(Number(*activation, "amount"));
-  }
-  return "";
 }
 
-Record Read(const std::string &line) {
-  Record record;
-  const Json json = Json::parse(line, nullptr, false);
-  if (!json.is_object() || !json.contains("request") || !json["request"].is_object()) return record;
-  const Json &request = json["request"];
-  record.readable = true;
-  record.type = Text(request, "type");
-  record.rrn = Text(request, "requestId");
-  record.date = Text(request, "requestDate");
-  record.card = Text(request, "cardNum");
-  record.offline =
-      request.contains("isOffline") && request["isOffline"].is_boolean() && request["isOffline"].get<bool>();
-  record.detail = Detail(json);
-  return record;
+int Flagged(const Json &object, const char *key) {
+  return Number(object, key) != 0 ? 1 : 0;
 }
 
 }  // namespace
+
+Record ReadRecord(const std::string &line) {
+  Record record;
+  record.line = line;
+  const Json json = Json::parse(line, nullptr, false);
+  const Json *request = json.is_object() ? Part(json, "request") : nullptr;
+  if (request == nullptr) return record;
+  record.readable = true;
+  record.type = Text(*request, "type");
+  record.rrn = Text(*request, "requestId");
+  record.date = Text(*request, "requestDate");
+  record.card = Text(*request, "cardNum");
+  record.shift = Text(*request, "shiftId");
+  record.offline = Flag(*request, "isOffline");
+  if (const Json *bill = Part(json, "bill")) ReadBill(*bill, &record);
+  if (const Json *deposit = Part(json, "deposit")) {
+    record.amount = Number(*deposit, "amount");
+    record.detail = "amount " + ShowAmount(record.amount);
+  }
+  if (const Json *activation = Part(json, "activation")) {
+    record.amount = Number(*activation, "amount");
+    record.detail = Text(*activation, "activationType") + " " + ShowAmount(record.amount);
+  }
+  if (const Json *confirm = Part(json, "paymentConfirm")) {
+    record.detail = (Flag(*confirm, "isConfirm") ? "confirms " : "cancels ") + Text(*confirm, "requestId");
+  }
+  return record;
+}
 
 std::string ReadWhole(const std::filesystem::path &file) {
   std::ifstream stream(file, std::ios::binary);
@@ -71,7 +96,7 @@ std::vector<Record> ReadJournal(const std::filesystem::path &file) {
   std::string line;
   while (std::getline(stream, line)) {
     if (stream.eof()) break;  // bytes after the last line feed belong to no record
-    records.push_back(Read(line));
+    records.push_back(ReadRecord(line));
   }
   return records;
 }
@@ -96,9 +121,9 @@ ShiftState ReadState(const std::filesystem::path &file) {
   state.shiftId = Text(json, "shiftId");
   state.openDate = Text(json, "shiftOpenDate");
   state.closeDate = Text(json, "shiftCloseDate");
-  state.offline = Number(json, "offline");
-  state.shiftState = Number(json, "shiftState");
-  state.update = Number(json, "update");
+  state.offline = Flagged(json, "offline");
+  state.shiftState = Flagged(json, "shiftState");
+  state.update = Flagged(json, "update");
   return state;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -10,13 +11,17 @@
 namespace reg {
 
 struct Record {
+  std::string line;  // as it stands in the file
   bool readable = false;
   std::string type;
   std::string rrn;
   std::string date;
   std::string card;
   bool offline = false;
-  std::string detail;  // the amounts the operation was about
+  std::string shift;
+  int64_t amount = 0;  // the operation's, in hundredths: of the bill, the deposit, the activation
+  int64_t earned = 0, spent = 0, discount = 0;  // of a bill
+  std::string detail;                           // what the operation was about
 };
 
 struct ShiftState {
@@ -31,6 +36,7 @@ struct ShiftState {
   int update = 0;
 };
 
+Record ReadRecord(const std::string &line);
 // Records of LOG or OFFLINE, in file order; none when the file is missing.
 std::vector<Record> ReadJournal(const std::filesystem::path &file);
 size_t CountRecords(const std::filesystem::path &file);

@@ -41,6 +41,7 @@ struct Till {
   std::string card;  // the card the next operation is for, unless it names another
   std::string cashier = "1";
   bool asJson = false;
+  bool showsProgress = false;  // where no person looks, too
   std::unique_ptr<Library> library;
   std::unique_ptr<Busy> busy;
   bool started = false;

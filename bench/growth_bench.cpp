@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 
 #include "engine/bill_files.h"
@@ -16,6 +15,7 @@
 #include "heap_calls.h"
 #include "journal/logger.h"
 #include "record/transaction.h"
+#include "support/fresh_folder.h"
 #include "workloads.h"
 
 namespace {
@@ -24,21 +24,15 @@ namespace fs = std::filesystem;
 
 class Folder {
  public:
-  Folder() {
-    std::random_device random;
-    do path_ = fs::temp_directory_path() / ("lumo-bench-" + std::to_string(random()));
-    while (!fs::create_directory(path_));
-    lumo::SetModuleDirectory((path_ / "").string<lumo::WCHAR>().c_str());
-  }
-  ~Folder() { fs::remove_all(path_); }
-  Folder(const Folder &) = delete;
-  Folder &operator=(const Folder &) = delete;
+  Folder() { lumo::SetModuleDirectory((fresh_.path() / "").string<lumo::WCHAR>().c_str()); }
 
-  std::ofstream Create(const char *name) const { return std::ofstream(path_ / name, std::ios::binary); }
-  void RemoveTrace() const { fs::remove(path_ / "TRACE.TXT"); }
+  std::ofstream Create(const char *name) const {
+    return std::ofstream(fresh_.path() / name, std::ios::binary);
+  }
+  void RemoveTrace() const { fs::remove(fresh_.path() / "TRACE.TXT"); }
 
  private:
-  fs::path path_;
+  test::FreshFolder fresh_;
 };
 
 // The most heap that a run has used beyond what was there before.
@@ -78,10 +72,10 @@ void ReadAndWriteBill(benchmark::State &state) {
   folder.Create("BILL") << bench::MakeBill(static_cast<int>(state.range(0)));
   Peak peak;
   for (auto _ : state) {
-    lumo::Transaction *transaction = lumo::new_transaction();
+    lumo::Transaction *transaction = lumo::TransactionCreate();
     if (lumo::BillParse(transaction, "BILL", 1) != 0 || lumo::BillModify(transaction, "BILL") != 0)
       std::abort();
-    lumo::free_transaction(transaction);
+    lumo::TransactionFree(transaction);
     state.PauseTiming();
     folder.RemoveTrace();
     state.ResumeTiming();

@@ -5,32 +5,24 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 
 #include "foundation/module_path.h"
+#include "support/fresh_folder.h"
 
 namespace fuzz {
 namespace {
 
 namespace fs = std::filesystem;
 
+// The library's folder: all inputs have it in turn.
 struct Folder {
-  Folder() {
-    std::random_device random;
-    do path = fs::temp_directory_path() / ("lumo-fuzz-" + std::to_string(random()));
-    while (!fs::create_directory(path));
-    lumo::SetModuleDirectory((path / "").string<lumo::WCHAR>().c_str());
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-  }
-  fs::path path;
+  Folder() { lumo::SetModuleDirectory((fresh.path() / "").string<lumo::WCHAR>().c_str()); }
+  test::FreshFolder fresh;
 };
 
-Folder &OwnFolder() {
-  static Folder folder;
-  return folder;
+const fs::path &OwnFolder() {
+  static const Folder folder;
+  return folder.fresh.path();
 }
 
 }  // namespace
@@ -42,16 +34,15 @@ void Promise(bool kept, const char *what) {
 }
 
 void EmptyFolder() {
-  for (const fs::directory_entry &entry : fs::directory_iterator(OwnFolder().path))
-    fs::remove_all(entry.path());
+  for (const fs::directory_entry &entry : fs::directory_iterator(OwnFolder())) fs::remove_all(entry.path());
 }
 
 void WriteFile(const char *name, const std::string &bytes) {
-  std::ofstream(OwnFolder().path / name, std::ios::binary) << bytes;
+  std::ofstream(OwnFolder() / name, std::ios::binary) << bytes;
 }
 
 std::string ReadFile(const char *name) {
-  std::ifstream stream(OwnFolder().path / name, std::ios::binary);
+  std::ifstream stream(OwnFolder() / name, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 

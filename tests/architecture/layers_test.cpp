@@ -22,10 +22,11 @@ using Layers = std::set<std::string>;
 // A layer is a folder of src/. It may include its own headers, those of the layers it stands on, and whatever
 // they may include. "include" is the header that registers see: its calls are defined in api/, one of them is
 // what the system calls in platform/, and its result codes reach everything else through foundation/. The
-// benchmarks and the fuzz programs stand beside api/.
+// benchmarks and the fuzz programs stand beside api/; their folders are those of the tests.
 const std::map<std::string, Layers> kStandsOn = {
-    {"bench", {"engine", "include"}},
-    {"fuzz", {"engine"}},
+    {"bench", {"engine", "include", "support"}},
+    {"fuzz", {"engine", "support"}},
+    {"support", {}},
     {"api", {"engine", "updater", "include"}},
     {"engine", {"protocol", "journal"}},
     {"protocol", {"record"}},
@@ -59,6 +60,7 @@ struct Source {
 
 // The folder that the layers' folders stand in.
 fs::path Root(const std::string &layer) {
+  if (layer == "support") return kProject / "tests";
   return layer == "bench" || layer == "fuzz" || layer == "include" ? kProject : kProject / "src";
 }
 
@@ -104,9 +106,7 @@ std::vector<Source> AllSources() {
 }
 
 TEST(Layers, HaveAFolderEach) {
-  for (const auto &[layer, below] : kStandsOn) {
-    EXPECT_TRUE(fs::is_directory(Root(layer) / layer)) << layer;
-  }
+  for (const auto &[layer, below] : kStandsOn) EXPECT_TRUE(fs::is_directory(Root(layer) / layer)) << layer;
 }
 
 TEST(Layers, AreReadAtAll) {
@@ -187,9 +187,7 @@ TEST(Layers, HoldNothingInTheLibraryFileThatNoCallReaches) {
   for (const std::string &source : sources) {
     if (source.rfind("api/", 0) == 0) reach(Stem(source));
   }
-  for (const std::string &source : sources) {
-    EXPECT_EQ(reached.count(Stem(source)), 1U) << source;
-  }
+  for (const std::string &source : sources) EXPECT_EQ(reached.count(Stem(source)), 1U) << source;
 }
 
 TEST(Layers, AbovePlatformNoLineAsksWhereItIsCompiled) {

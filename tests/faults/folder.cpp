@@ -1,7 +1,6 @@
 #include "faults/folder.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,16 +14,7 @@ using Json = nlohmann::json;
 
 }  // namespace
 
-Folder::Folder() {
-  std::string name = (fs::temp_directory_path() / "lumo-faults.XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder to be had: " + name);
-  path_ = name + "/";
-}
-
-Folder::~Folder() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
+Folder::Folder() : path_((fresh_.path() / "").string()) {}
 
 void Folder::Fill(const Files &files) const {
   for (const fs::directory_entry &entry : fs::directory_iterator(path_)) fs::remove_all(entry.path());

@@ -5,16 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "support/fresh_folder.h"
+
 namespace faults {
 
 using Files = std::map<std::string, std::string>;  // names and bytes
 
 class Folder {
  public:
-  Folder();  // in the system's folder for temporary files
-  ~Folder();
-  Folder(const Folder &) = delete;
-  Folder &operator=(const Folder &) = delete;
+  Folder();
 
   const std::string &path() const { return path_; }
   // Leaves exactly these files.
@@ -23,7 +22,8 @@ class Folder {
   bool Exists(const std::string &name) const;
 
  private:
-  std::string path_;
+  test::FreshFolder fresh_;
+  std::string path_;  // ends with the separator
 };
 
 std::vector<std::string> LinesOf(const std::string &text);  // what stands behind the last line feed is none

@@ -14,12 +14,12 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "lumo.h"
+#include "support/fresh_folder.h"
 #include "wince/system_calls.h"
 #include "wince_file/program_file.h"
 
@@ -59,11 +59,7 @@ class LibraryFile : public testing::Test {
     std::ifstream stream(std::getenv("LUMO_LIBRARY_FILE"), std::ios::binary);
     file_.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     header_offset_ = At<wince_file::DosHeader>(0).header + 4;
-    std::random_device random;
-    folder_ = fs::temp_directory_path() / ("lumo-loader-" + std::to_string(random()));
-    fs::create_directory(folder_);
   }
-  ~LibraryFile() override { fs::remove_all(folder_); }
 
   // Places in the file.
   template <typename Record>
@@ -144,7 +140,8 @@ class LibraryFile : public testing::Test {
 
   std::vector<unsigned char> file_;
   size_t header_offset_ = 0;
-  fs::path folder_;
+  test::FreshFolder fresh_;
+  const fs::path folder_ = fresh_.path();
 };
 
 // The library's calls, with the stack on any word, as a terminal's programs may have it: this program's own

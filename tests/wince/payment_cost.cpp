@@ -9,11 +9,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <stdexcept>
 #include <string>
 
 #include "lumo.h"
+#include "support/fresh_folder.h"
 #include "support/scripted_server.h"
 #include "support/test_clock.h"
 #include "wince/loader.h"
@@ -68,9 +68,8 @@ void Expect(int code, int expected, const char *call) {
 
 void Pay(const std::string &file, int goods) {
   test::SetClock(2012, 12, 5, 10, 0, 0);
-  std::random_device random;
-  const fs::path folder = fs::temp_directory_path() / ("lumo-cost-" + std::to_string(random()));
-  fs::create_directory(folder);
+  const test::FreshFolder fresh;
+  const fs::path &folder = fresh.path();
   fs::copy_file(file, folder / "lumo.dll");
   const test::ScriptedServer server(Answer(goods));
   Write(folder / "CONFIG", R"({"terminalId":"12345","protocolVersion":"1.0","serverAddr":")" +
@@ -92,7 +91,6 @@ void Pay(const std::string &file, int goods) {
   Expect(CALL(GetSpendBonusAmount)(), 100 * goods, "GetSpendBonusAmount");
   Expect(CALL(GetEarnBonusAmount)(), 750 * goods, "GetEarnBonusAmount");
 #undef CALL
-  fs::remove_all(folder);
 }
 
 }  // namespace

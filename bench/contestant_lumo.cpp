@@ -42,7 +42,7 @@ uint64_t Pieces(const Input &input) {
 
 uint64_t Tree(const Input &input) {
   JsonReader *reader = JsonReaderCreate();
-  if (parseJsonText(reader, input.text.c_str()) != 0) std::abort();
+  if (ParseJsonText(reader, input.text.c_str()) != 0) std::abort();
   const uint64_t count = JsonReaderRoot(reader)->count;
   JsonReaderDestroy(reader);
   return count;

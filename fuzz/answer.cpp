@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::EmptyFolder();
   const std::string answer(reinterpret_cast<const char *>(data), size);
-  lumo::Transaction *transaction = lumo::new_transaction();
+  lumo::Transaction *transaction = lumo::TransactionCreate();
   const int code =
       lumo::ParseOperationResponse(transaction, answer.c_str(), static_cast<uint32_t>(answer.size()));
   fuzz::Promise(code <= 0, "a result code");
@@ -15,6 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::Promise(transaction->activation.activationType < lumo::ACTIVATION_UNKNOWN,
                 "an activation that reports know");
   lumo::ParseHttpStatus(answer.c_str());
-  lumo::free_transaction(transaction);
+  lumo::TransactionFree(transaction);
   return 0;
 }

@@ -11,13 +11,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::EmptyFolder();
   fuzz::AnswerWith(input.Rest(), piece);
   fuzz::TakeSent();
-  lumo::Transaction *transaction = lumo::new_transaction();
-  lumo::trans_strcpy(transaction, &transaction->serverAddr, "http://127.0.0.1:1/ws");
+  lumo::Transaction *transaction = lumo::TransactionCreate();
+  lumo::TransactionCopyText(transaction, &transaction->serverAddr, "http://127.0.0.1:1/ws");
   transaction->request.type = type;
   const int code = lumo::TransactionProcessJson(transaction);
   fuzz::Promise(code <= 0 && code != -501, "a result of an exchange that reached the server");
   fuzz::Promise(fuzz::TakeSent().size() == 1, "one request");
   fuzz::Promise(transaction->request.type < lumo::REQUEST_UNKNOWN, "an operation that can be journalled");
-  lumo::free_transaction(transaction);
+  lumo::TransactionFree(transaction);
   return 0;
 }

@@ -16,12 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::Promise(units < lumo::kPathUnits, "a path that ends in its buffer");
   fuzz::Promise(fits || units == 0, "no part of a path that does not fit");
   lumo::HANDLE file = lumo::FileOpen(name.c_str(), "w+");
-  const bool made = lumo::FileIsValid(file) != 0;
+  const bool made = lumo::FileIsValid(file);
   fuzz::Promise(!made || fits, "no file without a path");
   if (made) {
     fuzz::Promise(lumo::FileWrite("x", 1, 1, file) == 1, "a file that takes a byte");
     lumo::FileClose(file);
-    fuzz::Promise(lumo::FileExists(name.c_str()) == 1, "a file found again by its name");
+    fuzz::Promise(lumo::FileExists(name.c_str()), "a file found again by its name");
     fuzz::Promise(lumo::FileDelete(name.c_str()) == 0, "a file deleted by its name");
   }
   return 0;

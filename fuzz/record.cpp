@@ -10,7 +10,7 @@ namespace {
 // Loads the text; whether it could be, and the record that is written of it, empty for one of no known
 // operation.
 bool LoadAndWrite(const std::string &text, std::string *out_record) {
-  lumo::Transaction *transaction = lumo::new_transaction();
+  lumo::Transaction *transaction = lumo::TransactionCreate();
   const bool loaded = lumo::LoadLogRecord(transaction, text.c_str()) == 0;
   if (loaded && transaction->request.type < lumo::REQUEST_UNKNOWN) {
     lumo::String *record = lumo::StringCreate();
@@ -18,7 +18,7 @@ bool LoadAndWrite(const std::string &text, std::string *out_record) {
     *out_record = lumo::StringGetText(record);
     lumo::StringFree(record);
   }
-  lumo::free_transaction(transaction);
+  lumo::TransactionFree(transaction);
   return loaded;
 }
 

@@ -13,13 +13,9 @@ int DllAttach(void *module) {
   lumo::WCHAR name[lumo::kPathUnits] = {};
   const lumo::DWORD length =
       lumo::GetModuleFileNameW(static_cast<lumo::HMODULE>(module), name, lumo::kPathUnits);
-  if (length == 0) {
-    return static_cast<int>(lumo::GetLastError());
-  }
+  if (length == 0) return static_cast<int>(lumo::GetLastError());
   // A path cut short ends in a folder above the file's own. Not every system says that it has cut.
-  if (length >= lumo::kPathUnits) {
-    return kBufferTooSmall;
-  }
+  if (length >= lumo::kPathUnits) return kBufferTooSmall;
   uint32_t folder_length = 0;  // the last separator included
   for (uint32_t i = 0; i < length; ++i) {
     if (name[i] == lumo::kPathSeparator) folder_length = i + 1;

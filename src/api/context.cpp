@@ -2,6 +2,6 @@
 
 namespace lumo {
 
-Transaction *currentTransaction = nullptr;
+Transaction *current_transaction = nullptr;
 
 }  // namespace lumo

@@ -5,6 +5,6 @@ namespace lumo {
 
 struct Transaction;
 
-extern Transaction *currentTransaction;  // null when no transaction exists
+extern Transaction *current_transaction;  // null when no transaction exists
 
 }  // namespace lumo

@@ -15,7 +15,7 @@ const char *lumoVersion(void) {
 
 int lumoIsOffline(void) {
   lumo::Trace("lumoIsOffline\n");
-  return lumo::currentTransaction != nullptr && lumo::isOffline(lumo::currentTransaction) ? 1 : 0;
+  return lumo::current_transaction != nullptr && lumo::IsOffline(lumo::current_transaction) ? 1 : 0;
 }
 
 int lumoOfflineCount(void) {

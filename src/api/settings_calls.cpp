@@ -17,7 +17,7 @@ struct PingAddress {
 
 // An address that cannot be taken apart gives empty texts and the port 0.
 PingAddress SplitAddress(const char *address) {
-  const size_t size = strlen(lumo::TextOrEmpty(address)) + 1;
+  const size_t size = std::strlen(lumo::TextOrEmpty(address)) + 1;
   PingAddress parts;
   parts.host = static_cast<char *>(lumo::MemMalloc(size, LUMO_HERE));
   parts.path = static_cast<char *>(lumo::MemMalloc(size, LUMO_HERE));

@@ -7,7 +7,7 @@ int OpenShift(const char *shift_id) {
 }
 
 int CloseShift(void) {
-  return lumo::CloseShift(lumo::currentTransaction != nullptr);
+  return lumo::CloseShift(lumo::current_transaction != nullptr);
 }
 
 int LoadState(void) {

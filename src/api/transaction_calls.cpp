@@ -19,7 +19,7 @@
 #include "record/receipt.h"
 #include "record/transaction.h"
 
-using lumo::currentTransaction;
+using lumo::current_transaction;
 using lumo::Trace;
 
 namespace {
@@ -31,15 +31,16 @@ constexpr uintptr_t kFirstTextAddress = 0x10000;
 // of no type gives the empty text, which is no type either.
 const char *ActivationTypeText(const char *activation_type) {
   const auto number = reinterpret_cast<uintptr_t>(activation_type);
-  if (number < kFirstTextAddress)
+  if (number < kFirstTextAddress) {
     return lumo::ActivationTypeToString(static_cast<lumo::ActivationType>(number));
+  }
   return activation_type;
 }
 
 // All zero when there is nothing to count.
 lumo::BonusTotals CurrentBonuses() {
   lumo::BonusTotals totals = {};
-  if (lumo::CountBonuses(currentTransaction, &totals) < 0) return {};
+  if (lumo::CountBonuses(current_transaction, &totals) < 0) return {};
   return totals;
 }
 
@@ -51,22 +52,22 @@ int CreateTransaction(const char *card_num, const char *employee_id) {
     lumo::TraceError("Shift mode is ON and shift not opened!\n");
     return ERR_SHIFT_NOT_OPEN;
   }
-  if (currentTransaction != nullptr) {
+  if (current_transaction != nullptr) {
     lumo::TraceError("Transaction created already\n");
     return ERR_TRANSACTION_EXISTS;
   }
-  currentTransaction = lumo::new_transaction();
-  if (currentTransaction == nullptr) {
+  current_transaction = lumo::TransactionCreate();
+  if (current_transaction == nullptr) {
     lumo::TraceError("new_transaction function failed\n");
     return ERR_NO_TRANSACTION;
   }
-  return lumo::FillTransactionHeader(currentTransaction, card_num, employee_id);
+  return lumo::FillTransactionHeader(current_transaction, card_num, employee_id);
 }
 
 int CloseTransaction(void) {
   Trace("CloseTransaction()\n");
-  lumo::free_transaction(currentTransaction);
-  currentTransaction = nullptr;
+  lumo::TransactionFree(current_transaction);
+  current_transaction = nullptr;
   return 0;
 }
 
@@ -78,65 +79,65 @@ int ActivationProc(const char *activation_type, const char *bill_path, int amoun
   Trace("  amount [%d]\n", amount);
   Trace("  type [%s]\n", account_type);
   Trace("  refer_card_num [%s]\n", refer_card_num);
-  return lumo::ActivationProcess(currentTransaction, type_text, bill_path, amount, account_type,
+  return lumo::ActivationProcess(current_transaction, type_text, bill_path, amount, account_type,
                                  refer_card_num);
 }
 
 int GetActivationAmount(void) {
-  return lumo::GetActivationAmountProcess(currentTransaction);
+  return lumo::GetActivationAmountProcess(current_transaction);
 }
 
 int BalanceProc(void) {
   Trace("BalanceProc()\n");
-  return lumo::BalanceProcess(currentTransaction);
+  return lumo::BalanceProcess(current_transaction);
 }
 
 int GetBalance(void) {
-  return lumo::SumBalanceAmounts(currentTransaction);
+  return lumo::SumBalanceAmounts(current_transaction);
 }
 
 int PaymentProc(int amount, const char *bill_path) {
   Trace("PaymentProc(%d, %s)\n", amount, bill_path);
-  return lumo::PaymentProcess(currentTransaction, amount, bill_path);
+  return lumo::PaymentProcess(current_transaction, amount, bill_path);
 }
 
 int PaymentAndConfirmProc(int amount, const char *bill_path) {
   Trace("PaymentAndConfirmProc(%d, %s)\n", amount, bill_path);
-  return lumo::PaymentAndConfirmProcess(currentTransaction, amount, bill_path);
+  return lumo::PaymentAndConfirmProcess(current_transaction, amount, bill_path);
 }
 
 int PaymentConfirmProc(const char *rrn) {
   Trace("PaymentConfirmProc(%s)\n", rrn);
-  return lumo::PaymentConfirmProcess(currentTransaction, true, rrn);
+  return lumo::PaymentConfirmProcess(current_transaction, true, rrn);
 }
 
 int PaymentCancelProc(const char *rrn) {
   Trace("PaymentCancelProc(%s)\n", rrn);
-  return lumo::PaymentConfirmProcess(currentTransaction, false, rrn);
+  return lumo::PaymentConfirmProcess(current_transaction, false, rrn);
 }
 
 int CashBackProc(const char *rrn, const char *return_list_path) {
   Trace("CashBackProc(%s, %s)\n", rrn, return_list_path);
-  return lumo::CashBackProcess(currentTransaction, rrn, return_list_path);
+  return lumo::CashBackProcess(current_transaction, rrn, return_list_path);
 }
 
 int GetCashBackResult(void) {
-  return lumo::GetCashBackResultProcess(currentTransaction);
+  return lumo::GetCashBackResultProcess(current_transaction);
 }
 
 int DepositProc(int amount) {
   Trace("DepositProc(%d)\n", amount);
-  return lumo::DepositProcess(currentTransaction, amount);
+  return lumo::DepositProcess(current_transaction, amount);
 }
 
 int ExchangeProc(const char *token) {
   Trace("ExchangeProc(%s)\n", token);
-  return lumo::ExchangeProcess(currentTransaction, token);
+  return lumo::ExchangeProcess(current_transaction, token);
 }
 
 int LinkCardProc(const char *card_num) {
   Trace("LinkCardProc(%s)\n", card_num);
-  return lumo::LinkCardProcess(currentTransaction, card_num);
+  return lumo::LinkCardProcess(current_transaction, card_num);
 }
 
 int CreateAmountBill(int total_sum, const char *bill_path) {
@@ -145,14 +146,14 @@ int CreateAmountBill(int total_sum, const char *bill_path) {
 
 const char *getResponseState(void) {
   Trace("getResponseState()\n");
-  if (currentTransaction == nullptr) return "";
-  return lumo::RequestStateToString(currentTransaction->response.requestState);
+  if (current_transaction == nullptr) return "";
+  return lumo::RequestStateToString(current_transaction->response.requestState);
 }
 
 const char *getResponseStateCode(void) {
   Trace("getResponseStateCode()\n");
-  if (currentTransaction == nullptr) return "";
-  return lumo::TextOrEmpty(lumo::RequestStateCodeToString(currentTransaction->response.requestStateCode));
+  if (current_transaction == nullptr) return "";
+  return lumo::TextOrEmpty(lumo::RequestStateCodeToString(current_transaction->response.requestStateCode));
 }
 
 // Deliberate: always empty. The register takes its messages from GetErrorMessage and the receipts.
@@ -181,21 +182,21 @@ int GetDiscountAmount(void) {
 }
 
 const char *getReceiptHeaderPtr(void) {
-  return lumo::GetTransReceiptHeader(currentTransaction);
+  return lumo::GetTransReceiptHeader(current_transaction);
 }
 
 const char *getReceiptBodyPtr(void) {
-  return lumo::GetTransReceiptBody(currentTransaction);
+  return lumo::GetTransReceiptBody(current_transaction);
 }
 
 const char *getReceiptFooterPtr(void) {
-  return lumo::GetTransReceiptFooter(currentTransaction);
+  return lumo::GetTransReceiptFooter(current_transaction);
 }
 
 int getReceiptBody(char *buffer) {
-  const int size = lumo::GetTransactionReceiptSize(currentTransaction);
+  const int size = lumo::GetTransactionReceiptSize(current_transaction);
   if (buffer != nullptr && size > 0) {
-    memcpy(buffer, lumo::ReceiptGetText(currentTransaction->body), static_cast<size_t>(size));
+    std::memcpy(buffer, lumo::ReceiptGetText(current_transaction->body), static_cast<size_t>(size));
   }
   return size;
 }

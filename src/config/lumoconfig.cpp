@@ -9,7 +9,6 @@
 #include "foundation/trace.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr char kNewConfigFile[] = "CONFIG.JSN";
@@ -29,7 +28,7 @@ KeptText *kept_texts;
 const char *KeepText(const char *text) {
   if (text == nullptr) return nullptr;
   for (const KeptText *kept = kept_texts; kept != nullptr; kept = kept->next) {
-    if (strcmp(kept->text, text) == 0) return kept->text;
+    if (std::strcmp(kept->text, text) == 0) return kept->text;
   }
   auto *added = static_cast<KeptText *>(MemMalloc(sizeof(KeptText), LUMO_HERE));
   added->text = MemCopyText(text, LUMO_HERE);
@@ -110,7 +109,7 @@ constexpr Setting kSettings[] = {
     Number("sslMode", "SSL Mode", &S::sslMode),
     Text("sslKey", "SSL Key File", &S::sslKey),
 };
-static_assert(sizeof(kSettings) / sizeof(kSettings[0]) == kSettingCount, "one row for each SettingIndex");
+static_assert(sizeof kSettings / sizeof kSettings[0] == kSettingCount, "one row for each SettingIndex");
 
 // SaveConfig writes in this order, and writes no SSL settings.
 constexpr SettingIndex kSavedSettings[] = {
@@ -137,7 +136,7 @@ void StoreSetting(const Setting &setting, const JsonNode &value) {
   if (setting.kind == SettingKind::kText) {
     const char *text = JsonText(value);
     settings.*setting.text = text;
-    if (setting.length != nullptr) settings.*setting.length = static_cast<uint32_t>(strlen(text));
+    if (setting.length != nullptr) settings.*setting.length = static_cast<uint32_t>(std::strlen(text));
     Trace("%s [%s]\n", setting.label, text);
   } else {
     settings.*setting.number = JsonInt32(value);
@@ -147,8 +146,9 @@ void StoreSetting(const Setting &setting, const JsonNode &value) {
 
 void KeepSettingTexts() {
   for (const Setting &setting : kSettings) {
-    if (setting.kind == SettingKind::kText)
+    if (setting.kind == SettingKind::kText) {
       SetSettingString(&(settings.*setting.text), settings.*setting.text);
+    }
   }
 }
 
@@ -159,7 +159,7 @@ int LoadConfigFile(const char *file_name) {
     return ERR_JSON_MEMORY;
   }
   ClearSettings();
-  const int result = parseJsonFile(reader.get(), file_name);
+  const int result = ParseJsonFile(reader.get(), file_name);
   if (result != 0) {
     TraceError("parserJsonFile error [%d]\n", result);
     return result;

@@ -11,7 +11,6 @@
 #include "json/lumojson.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr char kStateFile[] = "STATE";
@@ -40,10 +39,10 @@ void ReplaceText(char **field, const char *source) {
 
 // `source` may be the field itself; null clears it.
 void ReplaceDate(char (&field)[kStateDateBytes], const char *source) {
-  size_t length = source != nullptr ? strlen(source) : 0;
+  size_t length = source != nullptr ? std::strlen(source) : 0;
   if (length > kStateDateBytes - 1) length = kStateDateBytes - 1;
-  if (length != 0) memmove(field, source, length);
-  memset(field + length, 0, kStateDateBytes - length);
+  if (length != 0) std::memmove(field, source, length);
+  std::memset(field + length, 0, kStateDateBytes - length);
 }
 
 void ClearState() {
@@ -58,7 +57,7 @@ void StoreRequestId(const JsonNode &value) {
 
 void StoreShiftId(const JsonNode &value) {
   const char *text = JsonText(value);
-  ReplaceText(&state.shiftId, text[0] != '\0' ? text : nullptr);
+  ReplaceText(&state.shiftId, text[0] != 0 ? text : nullptr);
 }
 
 void StoreShiftOpenDate(const JsonNode &value) {
@@ -130,14 +129,14 @@ int ApplyStateTree(const JsonNode *root) {
 
 // Note: a state that cannot be parsed gives way to an empty one, and all values start again from zero.
 int ResetStateFile() {
-  const uint32_t length = sizeof(kEmptyState) - 1;
+  const uint32_t length = sizeof kEmptyState - 1;
   // What could not be written is met, and told, by the next save.
   return FileReplace(kStateFile, kEmptyState, length) == Replaced::kNotOpened ? ERR_STATE_CREATE : 0;
 }
 
 bool CanBeOpened(const char *name) {
   const ScopedFile file(FileOpen(name, "r+"));
-  return FileIsValid(file.get()) != 0;
+  return FileIsValid(file.get());
 }
 
 void PrintState(String *text) {
@@ -146,8 +145,8 @@ void PrintState(String *text) {
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
   if (state.reqId != nullptr) WriteStringMember(&printer, "reqId", state.reqId);
   if (state.shiftId != nullptr) WriteStringMember(&printer, "shiftId", state.shiftId);
-  if (state.shiftOpenDate[0] != '\0') WriteStringMember(&printer, "shiftOpenDate", state.shiftOpenDate);
-  if (state.shiftCloseDate[0] != '\0') WriteStringMember(&printer, "shiftCloseDate", state.shiftCloseDate);
+  if (state.shiftOpenDate[0] != 0) WriteStringMember(&printer, "shiftOpenDate", state.shiftOpenDate);
+  if (state.shiftCloseDate[0] != 0) WriteStringMember(&printer, "shiftCloseDate", state.shiftCloseDate);
   WriteIntMember(&printer, "offline", state.offline);
   WriteIntMember(&printer, "shiftState", state.shiftState);
   WriteIntMember(&printer, "update", state.update);
@@ -160,14 +159,14 @@ void PrintState(String *text) {
 int LoadState() {
   const ScopedReader reader(JsonReaderCreate());
   Trace("LoadState\n");
-  int result = parseJsonFile(reader.get(), kStateFile);
+  int result = ParseJsonFile(reader.get(), kStateFile);
   if (result == ERR_JSON_FILE_OPEN && !JsonReaderReadFailed(reader.get()) && !FileIsMissing(kStateFile)) {
     // Another program held it. A state that is there must not give way to an empty one unread.
     if (!CanBeOpened(kStateFile)) {
       ClearState();
       return ERR_STATE_CREATE;
     }
-    result = parseJsonFile(reader.get(), kStateFile);
+    result = ParseJsonFile(reader.get(), kStateFile);
   }
   if (JsonReaderReadFailed(reader.get())) {
     // What is in memory is what this process wrote last: better than nothing at all.
@@ -182,9 +181,7 @@ int SaveState() {
   const ScopedString text(StringCreate());
   PrintState(text.get());
   const Replaced replaced = FileReplace(kStateFile, StringGetText(text.get()), StringGetLength(text.get()));
-  if (replaced == Replaced::kNotOpened) {
-    TraceWarning("SaveState: Cant open file!\n");
-  }
+  if (replaced == Replaced::kNotOpened) TraceWarning("SaveState: Cant open file!\n");
   return replaced == Replaced::kDone ? 0 : ERR_STATE_OPEN;
 }
 
@@ -201,19 +198,14 @@ void ReleaseState() {
 int OpenShift(const char *shift_id) {
   Trace("OpenShift \n");
   // The text may be the record's own, which a reload frees.
-  char *given_id = MemCopyText(shift_id, LUMO_HERE);
-  int result = 0;
-  if (GetShiftState() != 0) {
-    result = ERR_SHIFT_ALREADY_OPEN;
-  } else {
-    // Deliberate: without an identifier the shift is named after the time the previous one was opened, empty
-    // when there was none.
-    SetShiftId(given_id != nullptr ? given_id : state.shiftOpenDate);
-    SetShiftState(1);
-    SetShiftOpenDate(IsoTimestamp());
-  }
-  MemFreeText(&given_id);
-  return result;
+  const ScopedText given_id(MemCopyText(shift_id, LUMO_HERE));
+  if (GetShiftState() != 0) return ERR_SHIFT_ALREADY_OPEN;
+  // Note: without an identifier the shift is named after the time the previous one was opened; the empty text
+  // when there was none.
+  SetShiftId(given_id.get() != nullptr ? given_id.get() : state.shiftOpenDate);
+  SetShiftState(1);
+  SetShiftOpenDate(IsoTimestamp());
+  return 0;
 }
 
 int CloseShift(bool transaction_exists) {

@@ -6,17 +6,16 @@
 #include "foundation/result_codes.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr char kScheme[] = "http://";
-constexpr size_t kSchemeLength = sizeof(kScheme) - 1;
+constexpr size_t kSchemeLength = sizeof kScheme - 1;
 constexpr size_t kPortBytes = 20;  // terminator included; a longer port text is cut
 
 void CopyRange(char *target, const char *begin, const char *end) {
-  const size_t length = static_cast<size_t>(end - begin);
-  memcpy(target, begin, length);
-  target[length] = '\0';
+  const auto length = static_cast<size_t>(end - begin);
+  std::memcpy(target, begin, length);
+  target[length] = 0;
 }
 
 int32_t PortBetween(const char *begin, const char *end) {
@@ -29,16 +28,16 @@ int32_t PortBetween(const char *begin, const char *end) {
 }  // namespace
 
 int ParseAddress(const char *address, char *host, int32_t *port, char *path) {
-  host[0] = '\0';
-  path[0] = '\0';
+  host[0] = 0;
+  path[0] = 0;
   *port = 0;
-  if (address == nullptr || strncmp(address, kScheme, kSchemeLength) != 0) return ERR_SERVER_ADDRESS;
+  if (address == nullptr || std::strncmp(address, kScheme, kSchemeLength) != 0) return ERR_SERVER_ADDRESS;
   const char *host_begin = address + kSchemeLength;
-  const char *colon = strchr(host_begin, ':');
+  const char *colon = std::strchr(host_begin, ':');
   if (colon == nullptr) return ERR_SERVER_ADDRESS;
-  const char *slash = strchr(colon + 1, '/');
+  const char *slash = std::strchr(colon + 1, '/');
   if (slash == nullptr) return ERR_SERVER_ADDRESS;
-  const char *end = slash + strlen(slash);
+  const char *end = slash + std::strlen(slash);
   const bool ends_with_separator = end[-1] == '/' || end[-1] == '\\';
   if (end - slash > 1 && ends_with_separator) --end;
 

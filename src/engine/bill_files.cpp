@@ -15,7 +15,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr size_t kFragmentBytes = 2048;
@@ -28,9 +27,7 @@ void WriteFormatted(HANDLE file, const char *format, ...) {
   va_start(arguments, format);
   const size_t length = FormatText(fragment, sizeof fragment, format, arguments);
   va_end(arguments);
-  if (length < kFragmentBytes) {
-    FileWrite(fragment, 1, static_cast<uint32_t>(length), file);
-  }
+  if (length < kFragmentBytes) FileWrite(fragment, 1, static_cast<uint32_t>(length), file);
 }
 
 }  // namespace
@@ -38,19 +35,15 @@ void WriteFormatted(HANDLE file, const char *format, ...) {
 int BillParse(Transaction *transaction, const char *path, int load_mode) {
   const ScopedReader reader(JsonReaderCreate());
   Trace("BillParse\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   transaction->bill = BillBlock{};
-  const int result = parseJsonFile(reader.get(), path);
+  const int result = ParseJsonFile(reader.get(), path);
   return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader.get()), load_mode);
 }
 
 int BillModify(Transaction *transaction, const char *path) {
   Trace("BillModify\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   // Written over, not cut and written: cutting first costs a disk many times as much.
   const ScopedFile file(FileOpen(path, "a"));
   if (!FileIsValid(file.get())) {
@@ -70,16 +63,12 @@ int BillModify(Transaction *transaction, const char *path) {
 int CashbackParse(Transaction *transaction, const char *path) {
   const ScopedReader reader(JsonReaderCreate());
   Trace("CashbackParse\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   // Deliberate: a return list, too, starts from an empty bill.
   transaction->bill = BillBlock{};
-  int result = parseJsonFile(reader.get(), path);
+  int result = ParseJsonFile(reader.get(), path);
   Trace("Cashback File Parse Finished\n");
-  if (result == 0) {
-    result = LoadCashBack(transaction, JsonReaderRoot(reader.get()));
-  }
+  if (result == 0) result = LoadCashBack(transaction, JsonReaderRoot(reader.get()));
   Trace("Bill Parse Res %d\n", result);
   return result;
 }
@@ -87,9 +76,7 @@ int CashbackParse(Transaction *transaction, const char *path) {
 int CreateAmountBill(int32_t amount, const char *path) {
   const ScopedFile file(FileOpen(path, "w+"));
   Trace("CreateAmountBill\n");
-  if (!FileIsValid(file.get())) {
-    return ERR_BILL_OPEN;
-  }
+  if (!FileIsValid(file.get())) return ERR_BILL_OPEN;
   // A fragment a write: one that fails is traced, and the rest are written all the same. The number of the
   // bill, the fee, the code and the title are what the server expects of a bill without goods.
   WriteFormatted(file.get(), "{\"totalSum\":%d,", amount);

@@ -8,7 +8,7 @@ namespace lumo {
 struct Transaction;
 
 // Read a file into the record, whose bill is emptied first. Each returns 0, ERR_NO_TRANSACTION, a code of
-// parseJsonFile or, for another structure, ERR_RESPONSE_STRUCTURE. load_mode 1 also reads the goods' bonuses.
+// ParseJsonFile or, for another structure, ERR_RESPONSE_STRUCTURE. load_mode 1 also reads the goods' bonuses.
 int BillParse(Transaction *transaction, const char *path, int load_mode);
 int CashbackParse(Transaction *transaction, const char *path);
 

@@ -12,7 +12,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 // 0, ERR_ACTIVATION_TYPE or ERR_ACCOUNT_TYPE.
@@ -20,18 +19,14 @@ int FillActivation(Transaction *transaction, const char *activation_type, int32_
                    const char *account_type, const char *refer_card_num) {
   ActivationBlock &activation = transaction->activation;
   activation.activationType = ActivationTypeFromString(activation_type);
-  if (activation.activationType == ACTIVATION_UNKNOWN) {
-    return ERR_ACTIVATION_TYPE;
-  }
+  if (activation.activationType == ACTIVATION_UNKNOWN) return ERR_ACTIVATION_TYPE;
   activation.amount = amount;
   if (activation.activationType == ACTIVATION_GIFT_CARD) {
     activation.type = AccountTypeFromString(account_type);
-    if (activation.type == ACCOUNT_UNKNOWN) {
-      return ERR_ACCOUNT_TYPE;
-    }
+    if (activation.type == ACCOUNT_UNKNOWN) return ERR_ACCOUNT_TYPE;
   }
   if (activation.activationType == ACTIVATION_REFER_A_FRIEND) {
-    trans_strcpy(transaction, &activation.referParentCardNum, refer_card_num);
+    TransactionCopyText(transaction, &activation.referParentCardNum, refer_card_num);
   }
   return 0;
 }
@@ -42,9 +37,7 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
                       int32_t amount, const char *account_type, const char *refer_card_num) {
   Trace("ActivationProcess\n");
   int result = StartOperation(transaction, REQUEST_ACTIVATION);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   if (bill_path != nullptr) {
     result = BillParse(transaction, bill_path, 0);
     if (result != 0) {
@@ -54,15 +47,11 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
     amount = transaction->bill.totalSum;
   }
   result = FillActivation(transaction, activation_type, amount, account_type, refer_card_num);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   // The answer may say otherwise; the slip shows what was asked for.
   const ActivationType type = transaction->activation.activationType;
   result = TransactionProcess(transaction);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = CompleteOperation(transaction, COMPLETED_ACTIVATION);
   PrintActivation(transaction, type, amount);
   return result;
@@ -70,9 +59,7 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
 
 int GetActivationAmountProcess(const Transaction *transaction) {
   Trace("GetActivationAmountProcess\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   switch (transaction->activation.activationType) {
     case ACTIVATION_SIMPLE:
       return transaction->activationResult.activationSum;
@@ -89,25 +76,17 @@ int GetActivationAmountProcess(const Transaction *transaction) {
 int BalanceProcess(Transaction *transaction) {
   Trace("BalanceProcess\n");
   int result = StartOperation(transaction, REQUEST_BALANCE);
-  if (result != 0) {
-    return result;
-  }
-  if (isOffline(transaction)) {
-    return 0;
-  }
+  if (result != 0) return result;
+  if (IsOffline(transaction)) return 0;
   result = TransactionProcess(transaction);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   transaction->completedOperations |= COMPLETED_BALANCE;
   PrintBalance(transaction);
   return 0;
 }
 
 int SumBalanceAmounts(const Transaction *transaction) {
-  if (TraceIfNull(transaction)) {
-    return 0;
-  }
+  if (TraceIfNull(transaction)) return 0;
   int32_t sum = 0;
   for (int32_t i = 0; i < transaction->balance.count; ++i) {
     const BalanceAccount &account = transaction->balance.accounts[i];
@@ -135,16 +114,12 @@ int GetCashBackResultProcess(const Transaction *transaction) {
 int LinkCardProcess(Transaction *transaction, const char *card_num) {
   Trace("LinkCardProcess card [%s]\n", card_num);
   int result = StartOperation(transaction, REQUEST_LINK);
-  if (result != 0) {
-    return result;
-  }
-  trans_strcpy(transaction, &transaction->linkedCardNum, card_num);
+  if (result != 0) return result;
+  TransactionCopyText(transaction, &transaction->linkedCardNum, card_num);
   // Deliberate: the server is asked for a record completed offline and not for an ordinary one.
-  if (isOffline(transaction)) {
+  if (IsOffline(transaction)) {
     result = TransactionProcess(transaction);
-    if (result != 0) {
-      return result;
-    }
+    if (result != 0) return result;
   }
   result = CompleteOperation(transaction, COMPLETED_LINK);
   PrintLink(transaction);
@@ -154,14 +129,10 @@ int LinkCardProcess(Transaction *transaction, const char *card_num) {
 int DepositProcess(Transaction *transaction, int32_t amount) {
   Trace("DepositProcess amount [%d]\n", amount);
   int result = StartOperation(transaction, REQUEST_DEPOSIT);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   transaction->depositAmount = amount;
   result = TransactionProcess(transaction);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = CompleteOperation(transaction, COMPLETED_DEPOSIT);
   PrintDeposit(transaction, amount);
   return result;
@@ -170,14 +141,10 @@ int DepositProcess(Transaction *transaction, int32_t amount) {
 int ExchangeProcess(Transaction *transaction, const char *token) {
   Trace("ExchangeProcess token [%s]\n", token);
   int result = StartOperation(transaction, REQUEST_EXCHANGE);
-  if (result != 0) {
-    return result;
-  }
-  trans_strcpy(transaction, &transaction->exchangeToken, token);
+  if (result != 0) return result;
+  TransactionCopyText(transaction, &transaction->exchangeToken, token);
   result = TransactionProcess(transaction);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = CompleteOperation(transaction, COMPLETED_EXCHANGE);
   PrintExchange(transaction);
   return result;

@@ -5,7 +5,6 @@
 #include "protocol/journal_record.h"
 
 namespace lumo {
-
 namespace {
 
 // What an ordinary record takes, so that its text need not grow piece by piece.
@@ -17,13 +16,11 @@ int WriteTransactionRecord(const Transaction *transaction) {
   const ScopedString record(StringCreate());
   StringReserve(record.get(), kRecordBytes);
   const int result = PrintTransactionRecord(transaction, record.get());
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   const char *text = StringGetText(record.get());
   const int log_result = AppendLogRecord(text);
   // Deliberate: the offline journal's result takes the place of the log's.
-  return isOffline(transaction) ? AppendOfflineRecord(text) : log_result;
+  return IsOffline(transaction) ? AppendOfflineRecord(text) : log_result;
 }
 
 int CompleteOperation(Transaction *transaction, CompletedOperation operation) {

@@ -9,7 +9,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 // Service requests do not tell whether the shop can sell.
@@ -37,9 +36,7 @@ int TransactionProcess(Transaction *transaction) {
   const RequestType type = transaction->request.type;
   Trace("TransactionProcess [%s]\n", RequestTypeToString(type));
   const int result = TransactionProcessJson(transaction);
-  if (!IsServiceRequest(type) && Settings().offlineMode == 1) {
-    SwitchOfflineState(result);
-  }
+  if (!IsServiceRequest(type) && Settings().offlineMode == 1) SwitchOfflineState(result);
   if (result == 0 || result == ERR_SERVER_ERROR) {
     SetRequestId(transaction->response.requestId);
     SetNeedUpdate(transaction->response.isNeedUpdate ? 1 : 0);

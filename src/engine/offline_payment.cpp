@@ -9,7 +9,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 // Without the part below a hundredth; a product beyond 32 bits wraps.
@@ -21,10 +20,8 @@ int32_t PercentOf(int32_t amount, int32_t percent) {
 void GrowBonuses(Transaction *transaction, Good *good, int32_t added) {
   const size_t old_bytes = static_cast<size_t>(good->bonusCount) * sizeof(Bonus);
   const size_t added_bytes = static_cast<size_t>(added) * sizeof(Bonus);
-  auto *bonuses = static_cast<Bonus *>(trans_alloc(transaction, old_bytes + added_bytes));
-  if (old_bytes != 0) {
-    memcpy(bonuses, good->bonuses, old_bytes);
-  }
+  auto *bonuses = static_cast<Bonus *>(TransactionAllocate(transaction, old_bytes + added_bytes));
+  if (old_bytes != 0) std::memcpy(bonuses, good->bonuses, old_bytes);
   good->bonuses = bonuses;
 }
 
@@ -37,9 +34,7 @@ void AppendBonus(Good *good, int32_t earned, int32_t fee, AccountType account) {
 void EarnOffline(Transaction *transaction, Good *good, int32_t global_percent, int32_t local_percent,
                  int32_t fee_percent) {
   const int32_t added = (local_percent > 0 ? 1 : 0) + (global_percent > 0 ? 1 : 0);
-  if (added == 0) {
-    return;
-  }
+  if (added == 0) return;
   GrowBonuses(transaction, good, added);
   const int32_t cost = good->positionCost;
   int32_t pool = fee_percent > 0 ? PercentOf(cost, fee_percent) : 0;
@@ -49,9 +44,7 @@ void EarnOffline(Transaction *transaction, Good *good, int32_t global_percent, i
     pool = WrapSubtract(pool, fee);
     AppendBonus(good, earned, fee, ACCOUNT_LOCAL);
   }
-  if (global_percent > 0) {
-    AppendBonus(good, PercentOf(cost, global_percent), pool, ACCOUNT_GLOBAL);
-  }
+  if (global_percent > 0) AppendBonus(good, PercentOf(cost, global_percent), pool, ACCOUNT_GLOBAL);
 }
 
 void AddBonus(const Bonus &bonus, BonusTotals *totals) {
@@ -98,15 +91,11 @@ int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int3
 
 int CountBonuses(const Transaction *transaction, BonusTotals *totals) {
   Trace("CountBonuses\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   for (int32_t i = 0; i < transaction->bill.goodCount; ++i) {
     const Good &good = transaction->bill.goods[i];
     Trace("Good has %d bonuses\n", good.bonusCount);
-    for (int32_t k = 0; k < good.bonusCount; ++k) {
-      AddBonus(good.bonuses[k], totals);
-    }
+    for (int32_t k = 0; k < good.bonusCount; ++k) AddBonus(good.bonuses[k], totals);
   }
   return 0;
 }

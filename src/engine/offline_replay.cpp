@@ -9,14 +9,11 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 // Loads a record that waits to be sent. 0, or why it cannot be.
 int LoadWaitingRecord(Transaction *transaction, const char *record) {
-  if (record == nullptr) {
-    return ERR_JSON_FILE_OPEN;
-  }
+  if (record == nullptr) return ERR_JSON_FILE_OPEN;
   transaction->request.type = REQUEST_UNKNOWN;
   const int result = LoadLogRecord(transaction, record);
   // A record cut short has no operation, and one of an unknown operation cannot be written as a request.
@@ -32,9 +29,7 @@ int ReplayRecord(Transaction *transaction, const char *record) {
     return result;
   }
   result = TransactionProcess(transaction);
-  if (result != 0) {
-    TraceError("Offline record sending error %d\n", result);
-  }
+  if (result != 0) TraceError("Offline record sending error %d\n", result);
   return result;
 }
 
@@ -43,32 +38,26 @@ int ReplayRecord(Transaction *transaction, const char *record) {
 int OfflinePaymentsProcess() {
   Trace("OfflinePaymentsProcess\n");
   bool all_listed = false;
-  RecordEntry *records = GetOfflineRecords(&all_listed);
-  DropInterruptedReplay(records, all_listed);
+  const ScopedRecords records(GetOfflineRecords(&all_listed));
+  DropInterruptedReplay(records.get(), all_listed);
   const OfflineTmpMark mark = MarkOfflineTmp();
   bool all_set_aside = all_listed;
   int sent = 0;
-  for (RecordEntry *entry = records; entry != nullptr;) {
-    Transaction *transaction = new_transaction();
-    if (ReplayRecord(transaction, entry->text) == 0) {
+  for (RecordEntry *entry = records.get(); entry != nullptr;) {
+    const ScopedTransaction transaction(TransactionCreate());
+    if (ReplayRecord(transaction.get(), entry->text) == 0) {
       ++sent;
     } else if (AppendOfflineTmpEntry(entry) != 0) {
       all_set_aside = false;
     }
     entry = NextOfflineRecord(entry);
-    free_transaction(transaction);
   }
   // Note: only a record that failed makes the journal change. When all were sent it stays, and they are
   // offered again. So they are when one could be neither sent nor set aside, or was not even listed: the
   // server tells by the request id what it has already taken.
   const int result = all_set_aside ? CommitOfflineTmp() : 0;
-  if (!all_set_aside) {
-    TakeBackOfflineTmp(mark);
-  }
-  if (result != 0) {
-    TraceError("Records flush failed [%d]\n", result);
-  }
-  FreeRecordList(records);
+  if (!all_set_aside) TakeBackOfflineTmp(mark);
+  if (result != 0) TraceError("Records flush failed [%d]\n", result);
   return sent;
 }
 

@@ -14,7 +14,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 // The shop goes on selling when neither server can be reached and the settings allow it.
@@ -37,9 +36,7 @@ int Pay(Transaction *transaction, const char *bill_path) {
     result = PaymentProcessOffline(transaction, settings.globalBonusOffline, settings.localBonusOffline,
                                    settings.orgFeeOffline);
   }
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   // Deliberate: whether the record could be kept does not matter to the register; the bill's file does.
   WriteTransactionRecord(transaction);
   result = BillModify(transaction, bill_path);
@@ -65,9 +62,7 @@ int TakeReturnList(Transaction *transaction, const char *return_list_path) {
 int PaymentProcess(Transaction *transaction, int32_t spend, const char *bill_path) {
   Trace("PaymentProcess\n");
   int result = StartOperation(transaction, REQUEST_PAYMENT);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = TakeBill(transaction, spend, bill_path);
   if (result != 0) {
     TraceError("BillParse res [%d] \"%s\"\n", result, ErrorMessage(result));
@@ -79,9 +74,7 @@ int PaymentProcess(Transaction *transaction, int32_t spend, const char *bill_pat
 int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char *bill_path) {
   Trace("PaymentAndConfirmProcess spend [%d] bill [%s]\n", spend, bill_path);
   int result = StartOperation(transaction, REQUEST_PAYMENT_AND_CONFIRM);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = TakeBill(transaction, spend, bill_path);
   if (result != 0) {
     // Deliberate: unlike the plain payment, the bill's own code goes to the register.
@@ -92,27 +85,21 @@ int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char
 }
 
 int PaymentConfirmProcess(Transaction *transaction, bool is_confirm, const char *rrn) {
-  Trace("PaymentConfirmProcess confirm [%d] rrn [%s]\n", is_confirm, rrn);
+  Trace("PaymentConfirmProcess confirm [%d] rrn [%s]\n", is_confirm ? 1 : 0, rrn);
   int result = StartOperation(transaction, REQUEST_PAYMENT_CONFIRM);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   transaction->paymentConfirm.isConfirm = is_confirm;
-  trans_strcpy(transaction, &transaction->paymentConfirm.requestId, rrn);
-  if (!isOffline(transaction)) {
+  TransactionCopyText(transaction, &transaction->paymentConfirm.requestId, rrn);
+  if (!IsOffline(transaction)) {
     result = TransactionProcess(transaction);
     if (FallsBackOffline(result)) {
       transaction->request.isOffline = true;
       result = 0;
     }
   }
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   result = WriteTransactionRecord(transaction);
-  if (result != 0) {
-    return result;
-  }
+  if (result != 0) return result;
   transaction->completedOperations |= COMPLETED_CONFIRM;
   PrintConfirm(transaction);
   return 0;
@@ -121,19 +108,13 @@ int PaymentConfirmProcess(Transaction *transaction, bool is_confirm, const char 
 int CashBackProcess(Transaction *transaction, const char *rrn, const char *return_list_path) {
   Trace("PaymentConfirmProcess rrn [%s] cashback file [%s]\n", rrn, return_list_path);
   int result = StartOperation(transaction, REQUEST_CASHBACK);
-  if (result != 0) {
-    return result;
-  }
-  trans_strcpy(transaction, &transaction->cashBack.requestId, rrn);
+  if (result != 0) return result;
+  TransactionCopyText(transaction, &transaction->cashBack.requestId, rrn);
   result = TakeReturnList(transaction, return_list_path);
-  if (result != 0) {
-    return result;
-  }
-  if (!isOffline(transaction)) {
+  if (result != 0) return result;
+  if (!IsOffline(transaction)) {
     result = TransactionProcess(transaction);
-    if (result != 0) {
-      return result;
-    }
+    if (result != 0) return result;
   }
   result = CompleteOperation(transaction, COMPLETED_CASHBACK);
   PrintCashBack(transaction);

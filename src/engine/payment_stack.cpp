@@ -6,34 +6,27 @@
 #include "foundation/memory.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr uint32_t kFirstBucketCount = 64;
 
 void CopyRrn(char (&target)[kStackRrnBytes], const char *rrn) {
-  memset(target, 0, sizeof target);
+  std::memset(target, 0, sizeof target);
   const char *text = TextOrEmpty(rrn);
-  for (uint32_t i = 0; i < kStackRrnBytes && text[i] != '\0'; ++i) {
-    target[i] = text[i];
-  }
+  for (uint32_t i = 0; i < kStackRrnBytes && text[i] != 0; ++i) target[i] = text[i];
 }
 
 // FNV-1a.
 uint32_t HashRrn(const char (&rrn)[kStackRrnBytes]) {
   uint32_t hash = 2166136261U;
-  for (const char byte : rrn) {
-    hash = (hash ^ static_cast<uint8_t>(byte)) * 16777619U;
-  }
+  for (const char byte : rrn) hash = (hash ^ static_cast<uint8_t>(byte)) * 16777619U;
   return hash;
 }
 
 // The place in its bucket that holds the answer of `rrn` or, when there is none yet, the null that would.
 PaymentAnswer **FindPlace(const PaymentStack &stack, const char (&rrn)[kStackRrnBytes]) {
   PaymentAnswer **place = &stack.buckets[HashRrn(rrn) & (stack.bucketCount - 1)].first;
-  while (*place != nullptr && memcmp((*place)->rrn, rrn, kStackRrnBytes) != 0) {
-    place = &(*place)->next;
-  }
+  while (*place != nullptr && std::memcmp((*place)->rrn, rrn, kStackRrnBytes) != 0) place = &(*place)->next;
   return place;
 }
 
@@ -49,21 +42,17 @@ void GrowBuckets(PaymentStack *stack) {
       answer = next;
     }
   }
-  if (stack->buckets != nullptr) {
-    MemFree(stack->buckets, LUMO_HERE);
-  }
+  if (stack->buckets != nullptr) MemFree(stack->buckets, LUMO_HERE);
   stack->buckets = buckets;
   stack->bucketCount = count;
 }
 
 PaymentAnswer *FindOrAddAnswer(PaymentStack *stack, const char (&rrn)[kStackRrnBytes]) {
-  if (stack->answers == stack->bucketCount) {
-    GrowBuckets(stack);
-  }
+  if (stack->answers == stack->bucketCount) GrowBuckets(stack);
   PaymentAnswer **place = FindPlace(*stack, rrn);
   if (*place == nullptr) {
     *place = static_cast<PaymentAnswer *>(MemCalloc(1, sizeof(PaymentAnswer), LUMO_HERE));
-    memcpy((*place)->rrn, rrn, kStackRrnBytes);
+    std::memcpy((*place)->rrn, rrn, kStackRrnBytes);
     ++stack->answers;
   }
   return *place;
@@ -87,9 +76,7 @@ void PaymentStackPush(PaymentStack *stack, const char *rrn, int32_t earned, int3
 }
 
 void PaymentStackAnswer(PaymentStack *stack, const char *rrn, PaymentState state) {
-  if (stack->bucketCount == 0) {
-    return;
-  }
+  if (stack->bucketCount == 0) return;
   char key[kStackRrnBytes];
   CopyRrn(key, rrn);
   PaymentAnswer *answer = *FindPlace(*stack, key);
@@ -101,12 +88,8 @@ void PaymentStackAnswer(PaymentStack *stack, const char *rrn, PaymentState state
 
 bool PaymentStackPop(PaymentStack *stack, PaymentStackItem *out_item) {
   PaymentStackItem *item = stack->newest;
-  if (item == nullptr) {
-    return false;
-  }
-  if (item->number < item->answer->payments) {
-    item->state = item->answer->state;
-  }
+  if (item == nullptr) return false;
+  if (item->number < item->answer->payments) item->state = item->answer->state;
   *out_item = *item;
   stack->newest = item->next;
   MemFree(item, LUMO_HERE);
@@ -124,9 +107,7 @@ void PaymentStackFree(PaymentStack *stack) {
       answer = next;
     }
   }
-  if (stack->buckets != nullptr) {
-    MemFree(stack->buckets, LUMO_HERE);
-  }
+  if (stack->buckets != nullptr) MemFree(stack->buckets, LUMO_HERE);
   *stack = PaymentStack{};
 }
 

@@ -16,7 +16,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 ReceiptBuffer *report_buffer = nullptr;  // null before the first report
@@ -52,12 +51,12 @@ struct PaymentAmounts {
 };
 
 bool IsRange(const char *from, const char *to) {
-  return strcmp(TextOrEmpty(from), TextOrEmpty(to)) < 0;
+  return std::strcmp(TextOrEmpty(from), TextOrEmpty(to)) < 0;
 }
 
 // Both ends are left out.
 bool IsWithin(const char *date, const char *from, const char *to) {
-  return strcmp(TextOrEmpty(from), date) < 0 && strcmp(date, TextOrEmpty(to)) < 0;
+  return std::strcmp(TextOrEmpty(from), date) < 0 && std::strcmp(date, TextOrEmpty(to)) < 0;
 }
 
 void ReplaceReport() {
@@ -77,14 +76,13 @@ using RecordVisitor = void (*)(const Transaction *record, void *user);
 // Shows the visitor each record of the range, in the log's order. Only one is in memory at a time.
 void VisitRecords(RecordEntry *records, const char *from, const char *to, RecordVisitor visit, void *user) {
   for (RecordEntry *entry = records; entry != nullptr; entry = NextLogRecord(entry)) {
-    Transaction *record = new_transaction();
-    const int result = LoadLogRecord(record, entry->text);
+    const ScopedTransaction record(TransactionCreate());
+    const int result = LoadLogRecord(record.get(), entry->text);
     if (result != 0) {
       TraceError("LoadLogRecord returned %d\n", result);
-    } else if (IsWithin(record->request.requestDate, from, to)) {
-      visit(record, user);
+    } else if (IsWithin(record.get()->request.requestDate, from, to)) {
+      visit(record.get(), user);
     }
-    free_transaction(record);
   }
 }
 
@@ -126,9 +124,7 @@ void SumActivation(const Transaction *record, Summary *summary) {
 
 void PushPayment(const Transaction *record, PaymentState state, Summary *summary) {
   const char *rrn = record->request.requestId;
-  if (rrn == nullptr) {
-    TraceError("Payment without RRN\n");
-  }
+  if (rrn == nullptr) TraceError("Payment without RRN\n");
   const PaymentAmounts amounts = CountPayment(record);
   PaymentStackPush(&summary->payments, rrn, amounts.earned, amounts.spent, amounts.discount, state);
 }
@@ -178,9 +174,7 @@ void SettlePayments(Summary *summary) {
 }
 
 void PrintPayments(const char *trace_line, const char *title, const PaymentTotals &totals) {
-  if (totals.count <= 0) {
-    return;
-  }
+  if (totals.count <= 0) return;
   Trace("%s", trace_line);
   ReceiptPrintf(report_buffer, "%s", title);
   ReceiptPrintf(report_buffer, "Кол-во: %d\n", totals.count);
@@ -191,9 +185,7 @@ void PrintPayments(const char *trace_line, const char *title, const PaymentTotal
 }
 
 void PrintAmounts(const char *trace_line, const char *title, const AmountTotals &totals) {
-  if (totals.count <= 0) {
-    return;
-  }
+  if (totals.count <= 0) return;
   Trace("%s", trace_line);
   ReceiptPrintf(report_buffer, "%s", title);
   ReceiptPrintf(report_buffer, "Кол-во: %d\n", totals.count);
@@ -305,31 +297,25 @@ void PrintRecord(const Transaction *record, void * /*user*/) {
 }  // namespace
 
 int GenerateSummaryReport(const char *from, const char *to) {
-  if (!IsRange(from, to)) {
-    return ERR_REPORT_RANGE;
-  }
-  RecordEntry *records = GetLogRecords();
+  if (!IsRange(from, to)) return ERR_REPORT_RANGE;
+  const ScopedRecords records(GetLogRecords());
   ReplaceReport();
   Summary summary = {};
-  VisitRecords(records, from, to, SumRecord, &summary);
+  VisitRecords(records.get(), from, to, SumRecord, &summary);
   SettlePayments(&summary);
   PrintSummary(summary);
   Trace("GetReceiptLength\n");
   const int length = ReportLength();
   Trace("Returning Report Length %d\n", length);
-  FreeRecordList(records);
   return length;
 }
 
 int GenerateReport(const char *from, const char *to) {
-  if (!IsRange(from, to)) {
-    return ERR_REPORT_RANGE;
-  }
+  if (!IsRange(from, to)) return ERR_REPORT_RANGE;
   Trace("GenerateReport\n");
-  RecordEntry *records = GetLogRecords();
+  const ScopedRecords records(GetLogRecords());
   ReplaceReport();
-  VisitRecords(records, from, to, PrintRecord, nullptr);
-  FreeRecordList(records);
+  VisitRecords(records.get(), from, to, PrintRecord, nullptr);
   return ReportLength();
 }
 

@@ -16,7 +16,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr char kNoRrn[] = "0000000000000000";
@@ -34,7 +33,7 @@ struct ParsedRrn {
 
 ParsedRrn ScanRrn(const char *rrn) {
   ParsedRrn parsed = {};
-  parsed.items = sscanf(rrn, "%*5s%6s%5d", parsed.date, &parsed.number);
+  parsed.items = std::sscanf(rrn, "%*5s%6s%5d", parsed.date, &parsed.number);
   Trace("Scanf result: %d %s %d\n", parsed.items, parsed.date, parsed.number);
   return parsed;
 }
@@ -44,7 +43,7 @@ bool IsComplete(const ParsedRrn &parsed) {
 }
 
 int CompareDates(const char *a, const char *b) {
-  return strncmp(a, b, kDateColumns);
+  return std::strncmp(a, b, kDateColumns);
 }
 
 void BuildFirstRrn(const Transaction *transaction, char (&rrn)[kRrnBytes]) {
@@ -57,11 +56,11 @@ void BuildFirstRrn(const Transaction *transaction, char (&rrn)[kRrnBytes]) {
 
 int FillTransactionHeader(Transaction *transaction, const char *card_num, const char *employee_id) {
   RequestBlock &request = transaction->request;
-  trans_strcpy(transaction, &request.cardNum, card_num);
-  trans_strcpy(transaction, &request.employeeId, employee_id);
-  trans_strcpy(transaction, &request.terminalId, Settings().terminalId);
-  trans_strcpy(transaction, &request.ver, Settings().protocolVersion);
-  trans_strcpy(transaction, &request.shiftId, GetShiftId());
+  TransactionCopyText(transaction, &request.cardNum, card_num);
+  TransactionCopyText(transaction, &request.employeeId, employee_id);
+  TransactionCopyText(transaction, &request.terminalId, Settings().terminalId);
+  TransactionCopyText(transaction, &request.ver, Settings().protocolVersion);
+  TransactionCopyText(transaction, &request.shiftId, GetShiftId());
   PrintSlipHeader(transaction, card_num);
   PrintSlipFooter(transaction);
   return 0;
@@ -69,23 +68,18 @@ int FillTransactionHeader(Transaction *transaction, const char *card_num, const 
 
 int FillRequest(Transaction *transaction, RequestType type) {
   Trace("FillRequest(%s)\n", RequestTypeToString(type));
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   RequestBlock &request = transaction->request;
-  strcpy(request.requestDate, IsoTimestamp());  // 21 bytes, 22 from the year 10000 on
+  std::strcpy(request.requestDate, IsoTimestamp());  // 21 bytes, 22 from the year 10000 on
   request.type = type;
   if (type == REQUEST_AD || type == REQUEST_LAST_RRN) {
-    trans_strcpy(transaction, &request.requestId, kNoRrn);
+    TransactionCopyText(transaction, &request.requestId, kNoRrn);
     return 0;
   }
   // A copy of our own: asking the server reloads the state, and the register may hold CopyRequestId's text
   // and pass it to the very operation that is being filled.
-  char *last = MemCopyText(RequestId(), LUMO_HERE);
-  const int result = GenerateRRN(transaction, last);
-  if (last != nullptr) {
-    MemFree(last, LUMO_HERE);
-  }
+  const ScopedText last(MemCopyText(RequestId(), LUMO_HERE));
+  const int result = GenerateRRN(transaction, last.get());
   if (result != 0) {
     TraceError("GenerateRRN res[%d]\n", result);
     return result;
@@ -95,26 +89,20 @@ int FillRequest(Transaction *transaction, RequestType type) {
 }
 
 int StartOperation(Transaction *transaction, RequestType type) {
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   const int result = FillRequest(transaction, type);
-  if (result != 0) {
-    TraceError("FillRequest res[%d]\n", result);
-  }
+  if (result != 0) TraceError("FillRequest res[%d]\n", result);
   return result;
 }
 
 int GenerateRRN(Transaction *transaction, const char *last) {
   Trace("GenerateRRN: %s\n", last);
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   RequestBlock &request = transaction->request;
   char rrn[kRrnBytes] = {};
 
   const char *previous = last;
-  if (last != nullptr && strlen(last) < kUnreadableLength) {
+  if (last != nullptr && std::strlen(last) < kUnreadableLength) {
     Trace("Last RRN: %s\n", last);
   } else {
     previous = kNoRrn;
@@ -149,29 +137,21 @@ int GenerateRRN(Transaction *transaction, const char *last) {
     Format(rrn, sizeof rrn, "%5s%6s%05d", ZeroPadLeft(request.terminalId, kTerminalColumns), date, number);
     Trace("Next RRN generation [%s]\n", rrn);
   }
-  trans_strcpy(transaction, &request.requestId, rrn);
+  TransactionCopyText(transaction, &request.requestId, rrn);
   return 0;
 }
 
 int GetLastRrnProcess(Transaction *transaction) {
   Trace("GetLastRrnProcess\n");
-  if (TraceIfNull(transaction)) {
-    return ERR_NO_TRANSACTION;
-  }
+  if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   // A record of its own, so that the question leaves the operation's blocks and receipts alone. It ends here:
   // a request of this type makes no RRN.
-  Transaction *question = new_transaction();
+  const ScopedTransaction scoped_question(TransactionCreate());
+  Transaction *question = scoped_question.get();
   int result = FillTransactionHeader(question, transaction->request.cardNum, transaction->request.employeeId);
-  if (result == 0) {
-    result = StartOperation(question, REQUEST_LAST_RRN);
-  }
-  if (result == 0) {
-    result = TransactionProcess(question);
-  }
-  if (result == 0) {
-    trans_strcpy(transaction, &transaction->rrNumber, question->rrNumber);
-  }
-  free_transaction(question);
+  if (result == 0) result = StartOperation(question, REQUEST_LAST_RRN);
+  if (result == 0) result = TransactionProcess(question);
+  if (result == 0) TransactionCopyText(transaction, &transaction->rrNumber, question->rrNumber);
   return result;
 }
 

@@ -11,7 +11,6 @@
 #include "record/transaction.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr const char *kSeparator = "************************\n";
@@ -198,7 +197,7 @@ void PrintPayment(Transaction *transaction) {
   ReceiptPrintf(body, "  будут перечислены в   \n");
   ReceiptPrintf(body, "      Клуб Тавиро       \n");
   ReceiptPrintf(body, "%s", kSeparator);
-  if (isOffline(transaction)) {
+  if (IsOffline(transaction)) {
     ReceiptPrintf(body, "        ОФФЛАЙН\n");
     ReceiptPrintf(body, "%s", kSeparator);
   }
@@ -218,9 +217,7 @@ void PrintConfirm(Transaction *transaction) {
   ReceiptPrintf(transaction->body, "**** ОТМЕНА ПОКУПКИ ****\n");
   PrintRrn(transaction);
   ReceiptPrintf(transaction->body, "    ПОКУПКА ОТМЕНЕНА    \n");
-  if (isOffline(transaction)) {
-    ReceiptPrintf(transaction->body, "    В РЕЖИМЕ ОФФЛАЙН!   \n");
-  }
+  if (IsOffline(transaction)) ReceiptPrintf(transaction->body, "    В РЕЖИМЕ ОФФЛАЙН!   \n");
 }
 
 void PrintCashBack(Transaction *transaction) {

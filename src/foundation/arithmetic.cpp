@@ -3,16 +3,10 @@
 namespace lumo {
 
 int32_t ParseInt32(const char *text) {
-  if (text == nullptr) {
-    return 0;
-  }
-  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) {
-    ++text;
-  }
+  if (text == nullptr) return 0;
+  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
   const bool negative = *text == '-';
-  if (*text == '-' || *text == '+') {
-    ++text;
-  }
+  if (*text == '-' || *text == '+') ++text;
   const int64_t limit = negative ? -static_cast<int64_t>(INT32_MIN) : INT32_MAX;
   int64_t value = 0;
   for (; *text >= '0' && *text <= '9'; ++text) {

@@ -25,11 +25,9 @@ void FileSinkInit(FileSink *sink, HANDLE file) {
 }
 
 void FileSinkWrite(void *sink, const char *text, uint32_t length) {
-  FileSink *self = static_cast<FileSink *>(sink);
-  if (length > sizeof(self->buffer) - self->fill) {
-    FileSinkFlush(self);
-  }
-  if (length > sizeof(self->buffer)) {
+  auto *self = static_cast<FileSink *>(sink);
+  if (length > sizeof self->buffer - self->fill) FileSinkFlush(self);
+  if (length > sizeof self->buffer) {
     WriteThrough(self, text, length);
     return;
   }
@@ -49,9 +47,7 @@ void FileSinkFlush(FileSink *sink) {
 void FileSinkEnd(FileSink *sink) {
   FileSinkFlush(sink);
   uint32_t length = 0;
-  if (FileMoveToEnd(sink->file, &length) && length > sink->written) {
-    FileCut(sink->file, sink->written);
-  }
+  if (FileMoveToEnd(sink->file, &length) && length > sink->written) FileCut(sink->file, sink->written);
 }
 
 }  // namespace lumo

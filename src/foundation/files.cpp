@@ -29,9 +29,7 @@ constexpr OpenMode kOpenModes[] = {
 const OpenMode *FindMode(const char *mode) {
   if (mode != nullptr) {
     for (const OpenMode &row : kOpenModes) {
-      if (std::strncmp(mode, row.letters, std::strlen(row.letters)) == 0) {
-        return &row;
-      }
+      if (std::strncmp(mode, row.letters, std::strlen(row.letters)) == 0) return &row;
     }
   }
   return nullptr;
@@ -44,9 +42,7 @@ constexpr int kPauses = 10;
 
 bool IsPatient(const char *name) {
   for (const char *patient : kPatientFiles) {
-    if (name != nullptr && std::strcmp(name, patient) == 0) {
-      return true;
-    }
+    if (name != nullptr && std::strcmp(name, patient) == 0) return true;
   }
   return false;
 }
@@ -55,12 +51,8 @@ bool IsPatient(const char *name) {
 template <typename Call>
 bool TryPatiently(bool is_patient, Call call) {
   for (int pauses = is_patient ? kPauses : 0;; --pauses) {
-    if (call()) {
-      return true;
-    }
-    if (pauses == 0 || GetLastError() != ERROR_SHARING_VIOLATION) {
-      return false;
-    }
+    if (call()) return true;
+    if (pauses == 0 || GetLastError() != ERROR_SHARING_VIOLATION) return false;
     Sleep(kPauseMilliseconds);
   }
 }
@@ -90,9 +82,7 @@ bool AppendBlanks(HANDLE file, uint32_t count) {
   std::memset(blanks, ' ', sizeof blanks);
   while (count != 0) {
     const uint32_t piece = count < sizeof blanks ? count : static_cast<uint32_t>(sizeof blanks);
-    if (!FileWriteAll(file, blanks, piece)) {
-      return false;
-    }
+    if (!FileWriteAll(file, blanks, piece)) return false;
     count -= piece;
   }
   return true;
@@ -100,31 +90,13 @@ bool AppendBlanks(HANDLE file, uint32_t count) {
 
 // Writes the text and, where the old one was longer, blanks over its rest, in one write, and cuts the blanks.
 bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_length) {
-  if (old_length <= length) {
-    return FileMoveTo(file, 0) && FileWriteAll(file, text, length);
-  }
-  char *padded = static_cast<char *>(MemMalloc(old_length, LUMO_HERE));
-  std::memcpy(padded, text, length);
-  std::memset(padded + length, ' ', old_length - length);
-  const bool written = FileMoveTo(file, 0) && FileWriteAll(file, padded, old_length);
-  MemFree(padded, LUMO_HERE);
-  if (written) {
-    FileCut(file, length);
-  }
-  return written;
-}
-
-Replaced ReplaceExisting(HANDLE file, const char *text, uint32_t length) {
-  uint32_t old_length = 0;
-  if (!FileMoveToEnd(file, &old_length)) {
-    return Replaced::kNotWritten;
-  }
-  // A longer text needs room first: on a full disk the old text is then still there.
-  if (old_length < length && !AppendBlanks(file, length - old_length)) {
-    FileCut(file, old_length);
-    return Replaced::kNotWritten;
-  }
-  return WriteOver(file, text, length, old_length) ? Replaced::kDone : Replaced::kNotWritten;
+  if (old_length <= length) return FileMoveTo(file, 0) && FileWriteAll(file, text, length);
+  const ScopedText padded(static_cast<char *>(MemMalloc(old_length, LUMO_HERE)));
+  std::memcpy(padded.get(), text, length);
+  std::memset(padded.get() + length, ' ', old_length - length);
+  if (!FileMoveTo(file, 0) || !FileWriteAll(file, padded.get(), old_length)) return false;
+  FileCut(file, length);
+  return true;
 }
 
 // For when something else stands under the name that a new file is first made by.
@@ -136,29 +108,21 @@ Replaced MakeDirectly(const char *name, const char *text, uint32_t length) {
   }
   const bool written = FileWriteAll(file, text, length);
   FileClose(file);
-  if (!written) {
-    FileDelete(name);
-  }
+  if (!written) FileDelete(name);
   return written ? Replaced::kDone : Replaced::kNotWritten;
 }
 
 // A file comes into being under its name only when its text is whole.
 Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   char new_name[kPathUnits];
-  if (std::strlen(name) + sizeof ".new" > sizeof new_name) {
-    return Replaced::kNotOpened;
-  }
+  if (std::strlen(name) + sizeof ".new" > sizeof new_name) return Replaced::kNotOpened;
   std::strcpy(new_name, name);
   std::strcpy(new_name + std::strlen(name), ".new");
   HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
-  if (!FileIsValid(file)) {
-    return MakeDirectly(name, text, length);
-  }
+  if (!FileIsValid(file)) return MakeDirectly(name, text, length);
   const bool written = FileWriteAll(file, text, length);
   FileClose(file);
-  if (written && FileMove(new_name, name) == 0) {
-    return Replaced::kDone;
-  }
+  if (written && FileMove(new_name, name) == 0) return Replaced::kDone;
   FileDelete(new_name);
   return Replaced::kNotWritten;
 }
@@ -182,26 +146,20 @@ bool WritePiece(HANDLE file, const void *bytes, uint32_t count, DWORD *out_writt
 HANDLE FileOpen(const char *name, const char *mode) {
   HANDLE file = INVALID_HANDLE_VALUE;
   const OpenMode *row = FindMode(mode);
-  if (row != nullptr) {
-    file = OpenPath(name, row->access, row->creation);
-  }
-  if (!FileIsValid(file)) {
-    TraceOpenFailure(name);
-  }
+  if (row != nullptr) file = OpenPath(name, row->access, row->creation);
+  if (!FileIsValid(file)) TraceOpenFailure(name);
   return file;
 }
 
 HANDLE FileOpenShared(const char *name, bool *out_held) {
   HANDLE file = OpenPath(name, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
   *out_held = !FileIsValid(file) && GetLastError() == ERROR_SHARING_VIOLATION;
-  if (!FileIsValid(file)) {
-    TraceOpenFailure(name);
-  }
+  if (!FileIsValid(file)) TraceOpenFailure(name);
   return file;
 }
 
-int FileIsValid(HANDLE file) {
-  return file != INVALID_HANDLE_VALUE ? 1 : 0;
+bool FileIsValid(HANDLE file) {
+  return file != INVALID_HANDLE_VALUE;
 }
 
 int FileClose(HANDLE file) {
@@ -221,9 +179,7 @@ bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_
     goes_on = WritePiece(file, static_cast<const char *>(bytes) + written, count - written, &piece);
     written += piece;
   }
-  if (out_written != nullptr) {
-    *out_written = written;
-  }
+  if (out_written != nullptr) *out_written = written;
   return written == count;
 }
 
@@ -246,13 +202,9 @@ uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file) {
 
 int FileSeek(HANDLE file, int32_t offset, uint32_t origin, bool *out_moved) {
   const DWORD position = SetFilePointer(file, offset, nullptr, origin);
-  if (out_moved != nullptr) {
-    *out_moved = position != INVALID_SET_FILE_POINTER;
-  }
+  if (out_moved != nullptr) *out_moved = position != INVALID_SET_FILE_POINTER;
   // Note: position 1 alone counts as success, so nearly every seek leaves its error line.
-  if (position == 1) {
-    return 0;
-  }
+  if (position == 1) return 0;
   TraceError("SetFilePointer function failed with error %d\n", static_cast<int>(GetLastError()));
   return 1;
 }
@@ -280,27 +232,28 @@ bool ReadFileStamp(const char *name, FileStamp *out_stamp) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);
   WIN32_FILE_ATTRIBUTE_DATA data;
-  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data) == 0) {
-    return false;
-  }
+  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data) == 0) return false;
   out_stamp->length = static_cast<uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
-  out_stamp->write_time =
+  out_stamp->writeTime =
       static_cast<uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
   return true;
 }
 
 Replaced FileReplace(const char *name, const char *text, uint32_t length) {
-  HANDLE file = OpenPath(name, GENERIC_WRITE, OPEN_EXISTING);
-  if (!FileIsValid(file)) {
-    if (GetLastError() == ERROR_FILE_NOT_FOUND) {
-      return MakeWhole(name, text, length);
-    }
+  const ScopedFile file(OpenPath(name, GENERIC_WRITE, OPEN_EXISTING));
+  if (!FileIsValid(file.get())) {
+    if (GetLastError() == ERROR_FILE_NOT_FOUND) return MakeWhole(name, text, length);
     TraceOpenFailure(name);
     return Replaced::kNotOpened;
   }
-  const Replaced replaced = ReplaceExisting(file, text, length);
-  FileClose(file);
-  return replaced;
+  uint32_t old_length = 0;
+  if (!FileMoveToEnd(file.get(), &old_length)) return Replaced::kNotWritten;
+  // A longer text needs room first: on a full disk the old text is then still there.
+  if (old_length < length && !AppendBlanks(file.get(), length - old_length)) {
+    FileCut(file.get(), old_length);
+    return Replaced::kNotWritten;
+  }
+  return WriteOver(file.get(), text, length, old_length) ? Replaced::kDone : Replaced::kNotWritten;
 }
 
 int FileDelete(const char *name) {
@@ -326,16 +279,14 @@ int FileCopy(const char *from, const char *to) {
   return ErrorUnless(CopyFileW(from_path, to_path, 0) != 0);
 }
 
-int FileExists(const char *name) {
+bool FileExists(const char *name) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);
-  return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES ? 1 : 0;
+  return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
 bool FileIsMissing(const char *name) {
-  if (FileExists(name) != 0) {
-    return false;
-  }
+  if (FileExists(name)) return false;
   const DWORD error = GetLastError();
   return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }

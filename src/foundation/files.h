@@ -16,7 +16,7 @@ HANDLE FileOpen(const char *name, const char *mode);
 // Opens a file to read and write it, made anew when there is none. Traced like FileOpen. *out_held: it could
 // not be opened because another program holds it.
 HANDLE FileOpenShared(const char *name, bool *out_held);
-int FileIsValid(HANDLE file);
+bool FileIsValid(HANDLE file);
 int FileClose(HANDLE file);
 uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count,
                    HANDLE file);  // bytes written; 0 on failure
@@ -42,7 +42,7 @@ bool FileFlush(HANDLE file);                 // to the disk, so that it survives
 // What tells one content of a file from another.
 struct FileStamp {
   uint64_t length;
-  uint64_t write_time;  // the system's own unit
+  uint64_t writeTime;  // the system's own unit
 };
 bool ReadFileStamp(const char *name, FileStamp *out_stamp);  // false when there is no such file
 
@@ -56,7 +56,7 @@ Replaced FileReplace(const char *name, const char *text, uint32_t length);
 int FileDelete(const char *name);
 int FileMove(const char *from, const char *to);  // never replaces an existing file
 int FileCopy(const char *from, const char *to);  // replaces an existing file
-int FileExists(const char *name);                // 1 for folders too
+bool FileExists(const char *name);               // folders too
 bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 
 // A file that is closed, if it is one, at the end of the scope.
@@ -64,9 +64,7 @@ class ScopedFile {
  public:
   explicit ScopedFile(HANDLE file) : file_(file) {}
   ~ScopedFile() {
-    if (FileIsValid(file_)) {
-      FileClose(file_);
-    }
+    if (FileIsValid(file_)) FileClose(file_);
   }
   ScopedFile(const ScopedFile &) = delete;
   ScopedFile &operator=(const ScopedFile &) = delete;

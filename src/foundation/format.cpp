@@ -4,7 +4,6 @@
 #include <cstring>
 
 namespace lumo {
-
 namespace {
 
 // A text under construction. What does not fit is counted all the same.
@@ -25,9 +24,7 @@ void Put(Output *output, const char *bytes, size_t count) {
 }
 
 void PutRepeated(Output *output, char byte, size_t count) {
-  for (; count != 0; --count) {
-    Put(output, &byte, 1);
-  }
+  for (; count != 0; --count) Put(output, &byte, 1);
 }
 
 // The arguments of a format, in a form that can be handed on.
@@ -48,9 +45,7 @@ int TakeNumber(const char **format, Arguments *arguments) {
     return va_arg(arguments->list, int);
   }
   int number = 0;
-  for (; **format >= '0' && **format <= '9'; ++*format) {
-    number = number * 10 + (**format - '0');
-  }
+  for (; **format >= '0' && **format <= '9'; ++*format) number = number * 10 + (**format - '0');
   return number;
 }
 
@@ -68,15 +63,9 @@ void PutPadded(Output *output, const Directive &directive, bool negative, const 
   const size_t shown = length + (negative ? 1 : 0);
   const size_t width = directive.width > 0 ? static_cast<size_t>(directive.width) : 0;
   const size_t padding = width > shown ? width - shown : 0;
-  if (!directive.zeros) {
-    PutRepeated(output, ' ', padding);
-  }
-  if (negative) {
-    Put(output, "-", 1);
-  }
-  if (directive.zeros) {
-    PutRepeated(output, '0', padding);
-  }
+  if (!directive.zeros) PutRepeated(output, ' ', padding);
+  if (negative) Put(output, "-", 1);
+  if (directive.zeros) PutRepeated(output, '0', padding);
   Put(output, text, length);
 }
 
@@ -87,10 +76,8 @@ void PutText(Output *output, const Directive &directive, const char *text) {
     length = std::strlen(shown);
   } else {
     // Behind its precision a text need not be readable.
-    const size_t limit = static_cast<size_t>(directive.precision);
-    while (length < limit && shown[length] != 0) {
-      ++length;
-    }
+    const auto limit = static_cast<size_t>(directive.precision);
+    while (length < limit && shown[length] != 0) ++length;
   }
   PutPadded(output, directive, false, shown, length);
 }
@@ -138,13 +125,9 @@ size_t FormatText(char *out, size_t size, const char *format, va_list arguments)
   va_copy(rest.list, arguments);
   for (;;) {
     const char *run = format;
-    while (*format != '%' && *format != 0) {
-      ++format;
-    }
+    while (*format != '%' && *format != 0) ++format;
     Put(&output, run, static_cast<size_t>(format - run));
-    if (*format == 0) {
-      break;
-    }
+    if (*format == 0) break;
     ++format;
     const Directive directive = TakeDirective(&format, &rest);
     switch (*format++) {
@@ -195,10 +178,8 @@ uint32_t WriteInt(char (&out)[kIntBytes], int32_t value) {
   char digits[kIntBytes];
   char *const end = digits + sizeof digits;
   char *first = WriteDecimal(end, Magnitude(value));
-  if (value < 0) {
-    *--first = '-';
-  }
-  const size_t length = static_cast<size_t>(end - first);
+  if (value < 0) *--first = '-';
+  const auto length = static_cast<size_t>(end - first);
   std::memcpy(out, first, length);
   out[length] = 0;
   return static_cast<uint32_t>(length);
@@ -212,15 +193,13 @@ const char *IntToText(int32_t value) {
 
 const char *ZeroPadLeft(const char *text, int32_t width) {
   static char buffer[50];
-  constexpr int32_t kLongest = static_cast<int32_t>(sizeof(buffer)) - 1;
-  const size_t room = static_cast<size_t>(width < 0 ? 0 : width > kLongest ? kLongest : width);
+  constexpr int32_t kLongest = static_cast<int32_t>(sizeof buffer) - 1;
+  const auto room = static_cast<size_t>(width < 0 ? 0 : width > kLongest ? kLongest : width);
   const size_t length = std::strlen(TextOrEmpty(text));
   const size_t kept = length < room ? length : room;
-  std::memset(buffer, 0, sizeof(buffer));
+  std::memset(buffer, 0, sizeof buffer);
   std::memset(buffer, '0', room - kept);
-  if (kept != 0) {
-    std::memcpy(buffer + (room - kept), text, kept);
-  }
+  if (kept != 0) std::memcpy(buffer + (room - kept), text, kept);
   return buffer;
 }
 

@@ -17,13 +17,9 @@ constexpr uint32_t kFormatBytes = 1024;
 // therefore allocated in sizes an eighth apart, so that appending costs the same per byte at any length.
 size_t AllocationSize(uint32_t capacity) {
   const uint64_t needed = static_cast<uint64_t>(capacity) + 1;
-  if (capacity <= kExactLimit) {
-    return static_cast<size_t>(needed);
-  }
+  if (capacity <= kExactLimit) return static_cast<size_t>(needed);
   uint64_t power = kExactLimit;
-  while (power * 2 <= needed) {
-    power *= 2;
-  }
+  while (power * 2 <= needed) power *= 2;
   const uint64_t unit = power / 8;
   const uint64_t rounded = (needed + unit - 1) / unit * unit;
   return static_cast<size_t>(rounded <= UINT32_MAX ? rounded : needed);
@@ -35,9 +31,7 @@ uint64_t RoundUp(uint64_t needed) {
 }
 
 void SetCapacity(String *string, uint64_t capacity) {
-  if (capacity > UINT32_MAX) {
-    Fatal("Memory allocation failed! (realloc)\n", LUMO_HERE);
-  }
+  if (capacity > UINT32_MAX) Fatal("Memory allocation failed! (realloc)\n", LUMO_HERE);
   const size_t old_size = AllocationSize(string->capacity);
   string->capacity = static_cast<uint32_t>(capacity);
   const size_t new_size = AllocationSize(string->capacity);
@@ -51,9 +45,7 @@ void SetCapacity(String *string, uint64_t capacity) {
 // earlier append was cut at a zero byte. The string's length grows by `count` whatever is copied.
 void Concatenate(String *string, const char *bytes, size_t copied, uint32_t count) {
   size_t end = string->length;
-  while (end > 0 && string->text[end - 1] == 0) {
-    --end;
-  }
+  while (end > 0 && string->text[end - 1] == 0) --end;
   std::memcpy(string->text + end, bytes, copied);
   string->length += count;
 }
@@ -61,50 +53,38 @@ void Concatenate(String *string, const char *bytes, size_t copied, uint32_t coun
 }  // namespace
 
 String *StringCreate() {
-  String *string = static_cast<String *>(MemCalloc(1, sizeof(String), LUMO_HERE));
+  auto *string = static_cast<String *>(MemCalloc(1, sizeof(String), LUMO_HERE));
   string->capacity = kStep;
   string->text = static_cast<char *>(MemCalloc(1, AllocationSize(kStep), LUMO_HERE));
   return string;
 }
 
 void StringFree(String *string) {
-  if (string->text != nullptr) {
-    MemFree(string->text, LUMO_HERE);
-  }
+  if (string->text != nullptr) MemFree(string->text, LUMO_HERE);
   *string = {};
   MemFree(string, LUMO_HERE);
 }
 
 void StringReserve(String *string, uint32_t count) {
   const uint64_t needed = static_cast<uint64_t>(string->length) + count;
-  if (needed > string->capacity) {
-    SetCapacity(string, RoundUp(needed));
-  }
+  if (needed > string->capacity) SetCapacity(string, RoundUp(needed));
 }
 
 int StringAppend(String *string, const char *text) {
-  if (text == nullptr) {
-    return 0;
-  }
+  if (text == nullptr) return 0;
   const size_t count = std::strlen(text);
   const uint64_t needed = static_cast<uint64_t>(string->length) + count;
-  if (needed > string->capacity) {
-    SetCapacity(string, RoundUp(needed));
-  }
+  if (needed > string->capacity) SetCapacity(string, RoundUp(needed));
   Concatenate(string, text, count, static_cast<uint32_t>(count));
   return 0;
 }
 
 int StringAppendN(String *string, const char *bytes, uint32_t count) {
-  if (bytes == nullptr) {
-    return 0;
-  }
+  if (bytes == nullptr) return 0;
   // Deliberate: unlike StringAppend, an append that fills the text exactly to its capacity takes one more
   // step.
   const uint64_t needed = static_cast<uint64_t>(string->length) + count;
-  if (needed >= string->capacity) {
-    SetCapacity(string, RoundUp(needed + 1));
-  }
+  if (needed >= string->capacity) SetCapacity(string, RoundUp(needed + 1));
   const void *zero = std::memchr(bytes, 0, count);
   const size_t copied =
       zero != nullptr ? static_cast<size_t>(static_cast<const char *>(zero) - bytes) : count;
@@ -120,11 +100,9 @@ int StringAppendFormat(String *string, const char *format, ...) {
   char formatted[kFormatBytes];
   va_list arguments;
   va_start(arguments, format);
-  const size_t length = FormatText(formatted, sizeof(formatted), format, arguments);
+  const size_t length = FormatText(formatted, sizeof formatted, format, arguments);
   va_end(arguments);
-  if (length >= sizeof(formatted)) {
-    Fatal("StringAppendFormat to long message\n", LUMO_HERE);
-  }
+  if (length >= sizeof formatted) Fatal("StringAppendFormat to long message\n", LUMO_HERE);
   formatted[length] = 0;
   return StringAppend(string, formatted);
 }

@@ -89,22 +89,18 @@ void Md5Finish(Md5State *state, const unsigned char *rest, size_t rest_length, u
   for (size_t i = 0; i < kLengthBytes; ++i) {
     blocks[size - kLengthBytes + i] = static_cast<unsigned char>(bits >> (8 * i));
   }
-  for (size_t done = 0; done < size; done += kBlockBytes) {
-    Md5Block(state, blocks + done);
-  }
+  for (size_t done = 0; done < size; done += kBlockBytes) Md5Block(state, blocks + done);
 }
 
 }  // namespace
 
 const char *Md5Hex(const char *text) {
   static char buffer[33];
-  const unsigned char *bytes = reinterpret_cast<const unsigned char *>(TextOrEmpty(text));
+  const auto *bytes = reinterpret_cast<const unsigned char *>(TextOrEmpty(text));
   const size_t length = std::strlen(TextOrEmpty(text));
   Md5State state = kInitialState;
   size_t done = 0;
-  for (; length - done >= kBlockBytes; done += kBlockBytes) {
-    Md5Block(&state, bytes + done);
-  }
+  for (; length - done >= kBlockBytes; done += kBlockBytes) Md5Block(&state, bytes + done);
   Md5Finish(&state, bytes + done, length - done, length);
   for (uint32_t i = 0; i < 16; ++i) {
     Format(buffer + 2 * i, 3, "%02x", (state.words[i / 4] >> (8 * (i % 4))) & 0xFF);
@@ -114,15 +110,13 @@ const char *Md5Hex(const char *text) {
 
 const char *DoubleMd5Hex(const char *a, const char *b, const char *c) {
   static char buffer[33];
-  String *inner = StringCreate();
-  StringAppend(inner, b);
-  StringAppend(inner, c);
-  String *outer = StringCreate();
-  StringAppend(outer, a);
-  StringAppend(outer, Md5Hex(StringGetText(inner)));
-  std::memcpy(buffer, Md5Hex(StringGetText(outer)), sizeof(buffer));
-  StringFree(outer);
-  StringFree(inner);
+  const ScopedString inner(StringCreate());
+  StringAppend(inner.get(), b);
+  StringAppend(inner.get(), c);
+  const ScopedString outer(StringCreate());
+  StringAppend(outer.get(), a);
+  StringAppend(outer.get(), Md5Hex(StringGetText(inner.get())));
+  std::memcpy(buffer, Md5Hex(StringGetText(outer.get())), sizeof buffer);
   return buffer;
 }
 

@@ -15,25 +15,19 @@ size_t AtLeastOne(size_t size) {
 
 void *MemMalloc(size_t size, const char *file, int line) {
   void *pointer = std::malloc(AtLeastOne(size));
-  if (pointer == nullptr) {
-    Fatal("Memory allocation failed! (malloc)\n", file, line);
-  }
+  if (pointer == nullptr) Fatal("Memory allocation failed! (malloc)\n", file, line);
   return pointer;
 }
 
 void *MemCalloc(size_t count, size_t size, const char *file, int line) {
   void *pointer = std::calloc(AtLeastOne(count), AtLeastOne(size));
-  if (pointer == nullptr) {
-    Fatal("Memory allocation failed! (calloc)\n", file, line);
-  }
+  if (pointer == nullptr) Fatal("Memory allocation failed! (calloc)\n", file, line);
   return pointer;
 }
 
 void *MemRealloc(void *pointer, size_t size, const char *file, int line) {
   void *moved = std::realloc(pointer, AtLeastOne(size));
-  if (moved == nullptr) {
-    Fatal("Memory allocation failed! (realloc)\n", file, line);
-  }
+  if (moved == nullptr) Fatal("Memory allocation failed! (realloc)\n", file, line);
   return moved;
 }
 
@@ -54,15 +48,17 @@ void *MemReallocShort(void *pointer, size_t size) {
 }
 
 char *MemCopyText(const char *text, const char *file, int line) {
-  if (text == nullptr) {
-    return nullptr;
-  }
+  if (text == nullptr) return nullptr;
   const size_t size = std::strlen(text) + 1;
   return static_cast<char *>(std::memcpy(MemMalloc(size, file, line), text, size));
 }
 
+void MemFreeIfAny(void *pointer) {
+  if (pointer != nullptr) MemFree(pointer, LUMO_HERE);
+}
+
 void MemFreeText(char **text) {
-  if (*text != nullptr) MemFree(*text, LUMO_HERE);
+  MemFreeIfAny(*text);
   *text = nullptr;
 }
 

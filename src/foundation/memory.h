@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+#include "foundation/scoped.h"
 #include "foundation/trace.h"
 
 namespace lumo {
@@ -20,7 +21,12 @@ void *MemReallocShort(void *pointer, size_t size);
 // A copy from MemMalloc, for the caller to free with MemFree; null for null.
 char *MemCopyText(const char *text, const char *file, int line);
 
+// Frees the memory, if there is any.
+void MemFreeIfAny(void *pointer);
+
 // Frees the text, if there is one, and leaves null.
 void MemFreeText(char **text);
+
+using ScopedText = Scoped<char, MemFreeIfAny>;
 
 }  // namespace lumo

@@ -14,9 +14,7 @@ constexpr int kTagUnits = 259;  // terminator included
 // Appends to a path under construction. False when it would not fit with its terminator.
 bool Join(WCHAR (&path)[kPathUnits], uint32_t &length, const WCHAR *part) {
   for (; *part != 0; ++part) {
-    if (length + 1 >= kPathUnits) {
-      return false;
-    }
+    if (length + 1 >= kPathUnits) return false;
     path[length++] = *part;
   }
   path[length] = 0;
@@ -31,9 +29,7 @@ void SetModuleDirectory(const WCHAR *directory) {
   for (; directory[length] != 0 && length < kPathUnits - 1; ++length) {
     module_directory[length] = directory[length];
   }
-  for (; length < kPathUnits; ++length) {
-    module_directory[length] = 0;
-  }
+  for (; length < kPathUnits; ++length) module_directory[length] = 0;
 }
 
 const WCHAR *ModuleDirectory() {
@@ -42,9 +38,7 @@ const WCHAR *ModuleDirectory() {
 
 void SetTraceTag(const char *utf8_tag) {
   trace_file_name_stands = false;
-  for (WCHAR &unit : trace_tag) {
-    unit = 0;
-  }
+  for (WCHAR &unit : trace_tag) unit = 0;
   if (utf8_tag != nullptr && MultiByteToWideChar(CP_UTF8, 0, utf8_tag, -1, trace_tag, kTagUnits) == 0) {
     trace_tag[0] = 0;
   }
@@ -55,10 +49,8 @@ const WCHAR *TraceTag() {
 }
 
 const WCHAR *Utf8ToWide(const char *text) {
-  constexpr int kUnits = static_cast<int>(sizeof(converted) / sizeof(converted[0]));
-  if (text == nullptr || MultiByteToWideChar(CP_UTF8, 0, text, -1, converted, kUnits) == 0) {
-    return nullptr;
-  }
+  constexpr int kUnits = static_cast<int>(sizeof converted / sizeof converted[0]);
+  if (text == nullptr || MultiByteToWideChar(CP_UTF8, 0, text, -1, converted, kUnits) == 0) return nullptr;
   return converted;
 }
 
@@ -81,9 +73,7 @@ void BuildTracePath(WCHAR (&path)[kPathUnits]) {
   } else {
     fits = fits && Join(path, length, LUMO_WIDE("TRACE.TXT"));
   }
-  if (!fits) {
-    path[0] = 0;
-  }
+  if (!fits) path[0] = 0;
 }
 
 const FileName &TraceFileName() {

@@ -104,9 +104,7 @@ char error_text[100];
 const char *ErrorMessage(int32_t code) {
   const bool may_be_known = code >= kLowestCode && code < 0;
   const char *message = may_be_known ? MessageOf(static_cast<LumoResult>(code)) : nullptr;
-  if (message != nullptr) {
-    return message;
-  }
+  if (message != nullptr) return message;
   TraceWarning("Unknown error code %d\n", code);
   Format(error_text, sizeof error_text, "Неизвестная ошибка %d", code);
   return error_text;

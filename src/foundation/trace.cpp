@@ -20,16 +20,12 @@ void AppendLine(const char *prefix, const char *format, va_list arguments) LUMO_
 // Returns the length of the whole line, of which `size` bytes are written. The prefix always fits.
 size_t FormatLine(char *out, size_t size, const char *prefix, const char *format, va_list arguments) {
   size_t length = 0;
-  for (; prefix[length] != 0; ++length) {
-    out[length] = prefix[length];
-  }
+  for (; prefix[length] != 0; ++length) out[length] = prefix[length];
   return length + FormatText(out + length, size - length, format, arguments);
 }
 
 void AppendLine(const char *prefix, const char *format, va_list arguments) {
-  if (quiet_scopes != 0) {
-    return;
-  }
+  if (quiet_scopes != 0) return;
   char line[kLineBytes];
   const size_t length = FormatLine(line, sizeof line, prefix, format, arguments);
   if (length <= sizeof line) {

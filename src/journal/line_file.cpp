@@ -21,9 +21,7 @@ bool ReadAll(HANDLE file, char *bytes, uint32_t count) {
   uint32_t length = 0;
   while (length < count) {
     uint32_t piece = 0;
-    if (!FileReadPiece(file, bytes + length, count - length, &piece) || piece == 0) {
-      return false;
-    }
+    if (!FileReadPiece(file, bytes + length, count - length, &piece) || piece == 0) return false;
     length += piece;
   }
   return true;
@@ -32,51 +30,47 @@ bool ReadAll(HANDLE file, char *bytes, uint32_t count) {
 // How many of the bytes stand behind the last line feed among them; `count` when there is none.
 uint32_t CountBehindLineFeed(const char *bytes, uint32_t count) {
   uint32_t behind = 0;
-  while (behind < count && bytes[count - 1 - behind] != '\n') {
-    ++behind;
-  }
+  while (behind < count && bytes[count - 1 - behind] != '\n') ++behind;
   return behind;
 }
 
 bool ReadChunk(LineReader *reader) {
-  reader->chunk_offset += reader->chunk_length;
-  reader->chunk_length = 0;
+  reader->chunkOffset += reader->chunkLength;
+  reader->chunkLength = 0;
   reader->at = 0;
-  if (reader->chunk_offset > kLastOffset - sizeof reader->chunk) {
+  if (reader->chunkOffset > kLastOffset - sizeof reader->chunk) {
     reader->failed = true;
     return false;
   }
-  reader->failed = !FileReadPiece(reader->file, reader->chunk, sizeof reader->chunk, &reader->chunk_length);
-  return reader->chunk_length != 0;
+  reader->failed = !FileReadPiece(reader->file, reader->chunk, sizeof reader->chunk, &reader->chunkLength);
+  return reader->chunkLength != 0;
 }
 
 }  // namespace
 
 void LineReaderInit(LineReader *reader, HANDLE file) {
   reader->file = file;
-  reader->line_offset = 0;
-  reader->line_length = 0;
+  reader->lineOffset = 0;
+  reader->lineLength = 0;
   reader->failed = false;
-  reader->chunk_offset = 0;
-  reader->chunk_length = 0;
+  reader->chunkOffset = 0;
+  reader->chunkLength = 0;
   reader->at = 0;
 }
 
 bool LineReaderNext(LineReader *reader) {
-  const uint32_t start = reader->chunk_offset + reader->at;
+  const uint32_t start = reader->chunkOffset + reader->at;
   for (;;) {
     const char *rest = reader->chunk + reader->at;
     const auto *line_feed =
-        static_cast<const char *>(std::memchr(rest, '\n', reader->chunk_length - reader->at));
+        static_cast<const char *>(std::memchr(rest, '\n', reader->chunkLength - reader->at));
     if (line_feed != nullptr) {
       reader->at = static_cast<uint32_t>(line_feed - reader->chunk) + 1;
-      reader->line_offset = start;
-      reader->line_length = reader->chunk_offset + reader->at - 1 - start;
+      reader->lineOffset = start;
+      reader->lineLength = reader->chunkOffset + reader->at - 1 - start;
       return true;
     }
-    if (!ReadChunk(reader)) {
-      return false;
-    }
+    if (!ReadChunk(reader)) return false;
   }
 }
 
@@ -86,14 +80,10 @@ bool FindTornTail(HANDLE file, uint32_t length, uint32_t *out_bytes) {
   // The last byte first: it nearly always is the line feed.
   uint32_t piece = Smaller(length, 1);
   while (behind < length) {
-    if (!FileMoveTo(file, length - behind - piece) || !ReadAll(file, chunk, piece)) {
-      return false;
-    }
+    if (!FileMoveTo(file, length - behind - piece) || !ReadAll(file, chunk, piece)) return false;
     const uint32_t tail = CountBehindLineFeed(chunk, piece);
     behind += tail;
-    if (tail < piece) {
-      break;
-    }
+    if (tail < piece) break;
     piece = Smaller(length - behind, kChunkBytes);
   }
   *out_bytes = behind;
@@ -104,12 +94,8 @@ bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
   char chunk[kChunkBytes];
   for (;;) {
     uint32_t length = 0;
-    if (!FileReadPiece(from, chunk, kChunkBytes, &length)) {
-      return false;
-    }
-    if (length == 0) {
-      return true;
-    }
+    if (!FileReadPiece(from, chunk, kChunkBytes, &length)) return false;
+    if (length == 0) return true;
     const char *rest = chunk;
     const char *end = chunk + length;
     for (; count > 0 && rest != end; --count) {
@@ -120,18 +106,14 @@ bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
       }
       rest = static_cast<const char *>(line_feed) + 1;
     }
-    if (!FileWriteAll(to, rest, static_cast<uint32_t>(end - rest))) {
-      return false;
-    }
+    if (!FileWriteAll(to, rest, static_cast<uint32_t>(end - rest))) return false;
   }
 }
 
 bool HaveSameBytes(HANDLE one, uint32_t one_offset, HANDLE other, uint32_t other_offset, uint32_t count) {
   char one_chunk[kChunkBytes];
   char other_chunk[kChunkBytes];
-  if (!FileMoveTo(one, one_offset) || !FileMoveTo(other, other_offset)) {
-    return false;
-  }
+  if (!FileMoveTo(one, one_offset) || !FileMoveTo(other, other_offset)) return false;
   while (count != 0) {
     const uint32_t piece = Smaller(count, kChunkBytes);
     if (!ReadAll(one, one_chunk, piece) || !ReadAll(other, other_chunk, piece) ||

@@ -10,12 +10,12 @@ namespace lumo {
 
 // Walks the lines of an open file from its start.
 struct LineReader {
-  HANDLE file;           // borrowed
-  uint32_t line_offset;  // of the line's first byte
-  uint32_t line_length;  // in bytes, line feed excluded
-  bool failed;           // a read failed: what was found is not all
-  uint32_t chunk_offset;
-  uint32_t chunk_length;
+  HANDLE file;          // borrowed
+  uint32_t lineOffset;  // of the line's first byte
+  uint32_t lineLength;  // in bytes, line feed excluded
+  bool failed;          // a read failed: what was found is not all
+  uint32_t chunkOffset;
+  uint32_t chunkLength;
   uint32_t at;  // in the chunk
   char chunk[2048];
 };

@@ -26,7 +26,7 @@ bool commit_is_unfinished;
 // How many lines LOG had when this process wrote it last. As long as its length and time are the same, nobody
 // else wrote it, and it need not be read to be counted.
 struct {
-  bool is_known;
+  bool isKnown;
   FileStamp stamp;
   int32_t lines;
 } log_count;
@@ -34,28 +34,23 @@ struct {
 // The count, and whether it is certain: nothing was read when it was remembered.
 struct LineCount {
   int32_t lines;
-  bool is_exact;
+  bool isExact;
 };
 
 LineCount CountLinesOf(const char *file_name) {
-  HANDLE file = FileOpen(file_name, "rb");
-  if (!FileIsValid(file)) {
-    return {0, false};
-  }
+  const ScopedFile file(FileOpen(file_name, "rb"));
+  if (!FileIsValid(file.get())) return {0, false};
   LineReader reader;
-  LineReaderInit(&reader, file);
+  LineReaderInit(&reader, file.get());
   uint32_t lines = 0;
-  while (LineReaderNext(&reader)) {
-    ++lines;
-  }
-  FileClose(file);
+  while (LineReaderNext(&reader)) ++lines;
   return {static_cast<int32_t>(lines), !reader.failed};
 }
 
 LineCount CountLogLines() {
   FileStamp stamp = {};
-  if (log_count.is_known && ReadFileStamp(kLog, &stamp) && stamp.length == log_count.stamp.length &&
-      stamp.write_time == log_count.stamp.write_time) {
+  if (log_count.isKnown && ReadFileStamp(kLog, &stamp) && stamp.length == log_count.stamp.length &&
+      stamp.writeTime == log_count.stamp.writeTime) {
     return {log_count.lines, true};
   }
   return CountLinesOf(kLog);
@@ -64,7 +59,7 @@ LineCount CountLogLines() {
 // `length` is what LOG must have for the count to be true of it.
 void RememberLogCount(int32_t lines, uint32_t length) {
   log_count.lines = lines;
-  log_count.is_known = ReadFileStamp(kLog, &log_count.stamp) && log_count.stamp.length == length;
+  log_count.isKnown = ReadFileStamp(kLog, &log_count.stamp) && log_count.stamp.length == length;
 }
 
 void CloseOrTrace(HANDLE file, const char *message) {
@@ -88,41 +83,12 @@ char *OldName(const char *name) {
   return old_name;
 }
 
-int TrimThroughOldFile(int32_t count, const char *name, const char *old_name) {
-  const int move_code = FileMove(name, old_name);
-  if (move_code != 0) {
-    TraceError("rename function failed with code %d \"%s\" => \"%s\"\n", move_code, name, old_name);
-    return ERR_LOG_DELETE;
-  }
-  HANDLE old_file = FileOpen(old_name, "rb");
-  HANDLE new_file = FileOpen(name, "wb");
-  const bool both_open = FileIsValid(old_file) && FileIsValid(new_file);
-  const bool copied = both_open && CopyBehindLines(count, old_file, new_file);
-  CloseOrTrace(old_file, "old file is NULL\n");
-  CloseOrTrace(new_file, "new file is NULL\n");
-  if (!both_open) {
-    return ERR_LOG_DELETE;
-  }
-  if (!copied) {
-    // Better a log that is too long than one that lost its end.
-    FileDelete(name);
-    FileMove(old_name, name);
-    return ERR_LOG_DELETE;
-  }
-  if (FileDelete(old_name) != 0) {
-    TraceError("file [%s] is not removed!\n", old_name);
-  }
-  return 0;
-}
-
 // What follows the last line feed belongs to no record and is cut off; the record would join it. *out_length
 // is the file's length then. False when the end of the file cannot be found.
 bool CutTornTail(HANDLE file, uint32_t *out_length) {
   uint32_t length = 0;
   uint32_t torn = 0;
-  if (!FileMoveToEnd(file, &length) || !FindTornTail(file, length, &torn)) {
-    return false;
-  }
+  if (!FileMoveToEnd(file, &length) || !FindTornTail(file, length, &torn)) return false;
   *out_length = length - torn;
   return torn == 0 || FileCut(file, *out_length);
 }
@@ -131,19 +97,13 @@ bool CutTornTail(HANDLE file, uint32_t *out_length) {
 bool WriteRecord(HANDLE file, const char *record, uint32_t record_length, uint32_t *out_length) {
   uint32_t old_length = 0;
   bool moved = false;
-  if (!CutTornTail(file, &old_length)) {
-    return false;
-  }
+  if (!CutTornTail(file, &old_length)) return false;
   FileSeek(file, 0, FILE_END, &moved);
-  if (!moved) {
-    return false;
-  }
-  char *line = static_cast<char *>(MemMalloc(static_cast<size_t>(record_length) + 1, LUMO_HERE));
-  std::memcpy(line, record, record_length);
-  line[record_length] = '\n';
-  const bool written = FileWriteAll(file, line, record_length + 1);
-  MemFree(line, LUMO_HERE);
-  if (!written) {
+  if (!moved) return false;
+  const ScopedText line(static_cast<char *>(MemMalloc(static_cast<size_t>(record_length) + 1, LUMO_HERE)));
+  std::memcpy(line.get(), record, record_length);
+  line.get()[record_length] = '\n';
+  if (!FileWriteAll(file, line.get(), record_length + 1)) {
     FileCut(file, old_length);
     return false;
   }
@@ -151,69 +111,59 @@ bool WriteRecord(HANDLE file, const char *record, uint32_t record_length, uint32
   return true;
 }
 
-void CloseIfOpen(HANDLE file) {
-  if (FileIsValid(file)) {
-    FileClose(file);
-  }
+uint32_t CountEntries(const RecordEntry *first) {
+  uint32_t count = 0;
+  for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) ++count;
+  return count;
 }
 
 // A list from its end.
-struct Backwards {
-  const RecordEntry **entries;  // free with MemFree
-  uint32_t count;
-};
+class Backwards {
+ public:
+  explicit Backwards(const RecordEntry *first)
+      : count_(CountEntries(first)),
+        entries_(static_cast<const RecordEntry **>(MemMalloc(count_ * sizeof(void *), LUMO_HERE))) {
+    uint32_t i = count_;
+    for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) entries_.get()[--i] = entry;
+  }
 
-Backwards TurnAround(const RecordEntry *first) {
-  Backwards list = {nullptr, 0};
-  for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
-    ++list.count;
-  }
-  list.entries = static_cast<const RecordEntry **>(MemMalloc(list.count * sizeof(void *), LUMO_HERE));
-  uint32_t i = list.count;
-  for (const RecordEntry *entry = first; entry != nullptr; entry = entry->next) {
-    list.entries[--i] = entry;
-  }
-  return list;
-}
+  uint32_t count() const { return count_; }
+  const RecordEntry *at(uint32_t i) const { return entries_.get()[i]; }
+
+ private:
+  const uint32_t count_;
+  const Scoped<const RecordEntry *, MemFreeIfAny> entries_;
+};
 
 // How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order.
 uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records) {
-  HANDLE tmp_file = FileOpen(kOfflineTmp, "rb");
-  HANDLE file = FileOpen(kOffline, "rb");
+  const ScopedFile tmp_file(FileOpen(kOfflineTmp, "rb"));
+  const ScopedFile file(FileOpen(kOffline, "rb"));
   uint32_t count = 0;
-  if (FileIsValid(tmp_file) && FileIsValid(file)) {
-    for (uint32_t i = 0; i < records.count && count < set_aside.count; ++i) {
-      const RecordEntry *record = records.entries[i];
-      const RecordEntry *other = set_aside.entries[count];
-      if (record->length == other->length &&
-          HaveSameBytes(file, record->offset, tmp_file, other->offset, record->length)) {
-        ++count;
-      }
+  if (!FileIsValid(tmp_file.get()) || !FileIsValid(file.get())) return count;
+  for (uint32_t i = 0; i < records.count() && count < set_aside.count(); ++i) {
+    const RecordEntry *record = records.at(i);
+    const RecordEntry *other = set_aside.at(count);
+    if (record->length == other->length &&
+        HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length)) {
+      ++count;
     }
   }
-  CloseIfOpen(tmp_file);
-  CloseIfOpen(file);
   return count;
 }
 
 void CutOfflineTmp(uint32_t length) {
   const QuietTrace quiet;
-  HANDLE file = FileOpen(kOfflineTmp, "r+");
-  if (FileIsValid(file)) {
-    FileCut(file, length);
-    FileClose(file);
-  }
+  const ScopedFile file(FileOpen(kOfflineTmp, "r+"));
+  if (FileIsValid(file.get())) FileCut(file.get(), length);
 }
 
 // What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
 // file.
 void FlushOfflineTmp() {
   const QuietTrace quiet;
-  HANDLE file = FileOpen(kOfflineTmp, "r+");
-  if (FileIsValid(file)) {
-    FileFlush(file);
-    FileClose(file);
-  }
+  const ScopedFile file(FileOpen(kOfflineTmp, "r+"));
+  if (FileIsValid(file.get())) FileFlush(file.get());
 }
 
 // Whether a record must be on the disk before its operation counts as done.
@@ -235,18 +185,14 @@ struct Appended {
 
 Appended AppendRecord(const char *file_name, const char *record, uint32_t length, Durable durable) {
   Appended appended = {ERR_OFFLINE_SAVE, 0, false};
-  HANDLE file = FileOpenShared(file_name, &appended.held);
-  if (!FileIsValid(file)) {
+  const ScopedFile file(FileOpenShared(file_name, &appended.held));
+  if (!FileIsValid(file.get())) {
     TraceError("[%s] file is not opened\n", file_name);
     return appended;
   }
-  if (WriteRecord(file, record, length, &appended.length)) {
-    appended.code = 0;
-    if (durable == Durable::kYes) {
-      FileFlush(file);  // a disk that cannot has the record all the same
-    }
-  }
-  FileClose(file);
+  if (!WriteRecord(file.get(), record, length, &appended.length)) return appended;
+  appended.code = 0;
+  if (durable == Durable::kYes) FileFlush(file.get());  // a disk that cannot has the record all the same
   return appended;
 }
 
@@ -255,9 +201,7 @@ uint32_t TextLength(const char *text) {
 }
 
 bool IsNullRecord(const char *record) {
-  if (record != nullptr) {
-    return false;
-  }
+  if (record != nullptr) return false;
   TraceError("Record string is null pointer\n");
   return true;
 }
@@ -282,35 +226,26 @@ char *ReadRecord(HANDLE file, const RecordEntry *entry) {
 
 void LoadRecord(RecordEntry *entry, const char *file_name) {
   if (entry->text == nullptr) {
-    HANDLE file = FileOpen(file_name, "rb");
-    if (!FileIsValid(file)) {
+    const ScopedFile file(FileOpen(file_name, "rb"));
+    if (!FileIsValid(file.get())) {
       TraceError("Can't open log file [%s]\n", file_name);
       return;
     }
-    entry->text = ReadRecord(file, entry);
-    FileClose(file);
+    entry->text = ReadRecord(file.get(), entry);
   }
-  if (entry->text != nullptr) {
-    Trace("Record data: %s\n", entry->text);
-  }
+  if (entry->text != nullptr) Trace("Record data: %s\n", entry->text);
 }
 
 RecordEntry *FirstRecord(const char *file_name, bool *out_whole) {
   RecordEntry *first = ListRecords(file_name, out_whole);
-  if (first != nullptr) {
-    LoadRecord(first, file_name);
-  }
+  if (first != nullptr) LoadRecord(first, file_name);
   return first;
 }
 
 RecordEntry *NextRecord(RecordEntry *entry, const char *file_name) {
-  if (entry == nullptr) {
-    return nullptr;
-  }
+  if (entry == nullptr) return nullptr;
   MemFreeText(&entry->text);
-  if (entry->next != nullptr) {
-    LoadRecord(entry->next, file_name);
-  }
+  if (entry->next != nullptr) LoadRecord(entry->next, file_name);
   return entry->next;
 }
 
@@ -322,31 +257,23 @@ int SetLogSize(int32_t lines) {
 }
 
 int AppendLogRecord(const char *record) {
-  if (IsNullRecord(record)) {
-    return ERR_OFFLINE_SAVE;
-  }
+  if (IsNullRecord(record)) return ERR_OFFLINE_SAVE;
   LineCount count = CountLogLines();
   if (static_cast<int64_t>(count.lines) + 1 >= log_size) {
     TrimOldestLines(log_size / 3, kLog);
-    count.is_exact = false;
+    count.isExact = false;
   }
   const Appended appended = AppendRecord(kLog, record, TextLength(record), Durable::kNo);
-  log_count.is_known = false;
-  if (appended.code == 0 && count.is_exact) {
-    RememberLogCount(count.lines + 1, appended.length);
-  }
+  log_count.isKnown = false;
+  if (appended.code == 0 && count.isExact) RememberLogCount(count.lines + 1, appended.length);
   return appended.code;
 }
 
 int AppendOfflineRecord(const char *record) {
-  if (IsNullRecord(record)) {
-    return ERR_OFFLINE_SAVE;
-  }
+  if (IsNullRecord(record)) return ERR_OFFLINE_SAVE;
   FinishCommit();
   const Appended appended = AppendRecord(kOffline, record, TextLength(record), Durable::kYes);
-  if (appended.code == 0 || appended.held) {
-    return appended.code;
-  }
+  if (appended.code == 0 || appended.held) return appended.code;
   // Once more: nobody else knows of a sale without the server, and a payment does not report its loss.
   const QuietTrace quiet;
   return AppendRecord(kOffline, record, TextLength(record), Durable::kYes).code;
@@ -364,9 +291,7 @@ int AppendOfflineTmpEntry(const RecordEntry *entry) {
 }
 
 int CommitOfflineTmp() {
-  if (FileExists(kOfflineTmp) == 0) {
-    return 0;
-  }
+  if (!FileExists(kOfflineTmp)) return 0;
   FlushOfflineTmp();
   int code = FileDelete(kOffline);
   if (code == 0) {
@@ -377,25 +302,19 @@ int CommitOfflineTmp() {
 }
 
 void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) {
-  if (!all_listed || offline_records == nullptr || FileExists(kOfflineTmp) == 0) {
-    return;
-  }
+  if (!all_listed || offline_records == nullptr || !FileExists(kOfflineTmp)) return;
   const QuietTrace quiet;
   bool all_set_aside_listed = false;
-  RecordEntry *first = ListRecords(kOfflineTmp, &all_set_aside_listed);
-  if (all_set_aside_listed) {
-    const Backwards set_aside = TurnAround(first);
-    const Backwards records = TurnAround(offline_records);
-    const uint32_t again = CountSetAsideAgain(set_aside, records);
-    if (again == set_aside.count) {
-      FileDelete(kOfflineTmp);
-    } else if (again != 0) {
-      CutOfflineTmp(set_aside.entries[again - 1]->offset);
-    }
-    MemFree(records.entries, LUMO_HERE);
-    MemFree(set_aside.entries, LUMO_HERE);
+  const ScopedRecords first(ListRecords(kOfflineTmp, &all_set_aside_listed));
+  if (!all_set_aside_listed) return;
+  const Backwards set_aside(first.get());
+  const Backwards records(offline_records);
+  const uint32_t again = CountSetAsideAgain(set_aside, records);
+  if (again == set_aside.count()) {
+    FileDelete(kOfflineTmp);
+  } else if (again != 0) {
+    CutOfflineTmp(set_aside.at(again - 1)->offset);
   }
-  FreeRecordList(first);
 }
 
 OfflineTmpMark MarkOfflineTmp() {
@@ -406,9 +325,7 @@ OfflineTmpMark MarkOfflineTmp() {
 
 void TakeBackOfflineTmp(OfflineTmpMark mark) {
   if (!mark.exists) {
-    if (FileExists(kOfflineTmp) != 0) {
-      FileDelete(kOfflineTmp);
-    }
+    if (FileExists(kOfflineTmp)) FileDelete(kOfflineTmp);
     return;
   }
   CutOfflineTmp(mark.length);
@@ -416,18 +333,14 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
 
 int32_t CountOfflineRecords() {
   FinishCommit();
-  if (FileIsMissing(kOffline)) {
-    return 0;
-  }
+  if (FileIsMissing(kOffline)) return 0;
   const LineCount count = CountLinesOf(kOffline);
-  return count.is_exact ? count.lines : static_cast<int32_t>(ERR_JSON_FILE_OPEN);
+  return count.isExact ? count.lines : static_cast<int32_t>(ERR_JSON_FILE_OPEN);
 }
 
 int ClearOffline(int32_t expected) {
   // A count that failed is a negative number, and no expectation.
-  if (expected < 0 || CountOfflineRecords() != expected) {
-    return ERR_LOG_DELETE;
-  }
+  if (expected < 0 || CountOfflineRecords() != expected) return ERR_LOG_DELETE;
   return FileIsMissing(kOffline) || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;
 }
 
@@ -451,24 +364,23 @@ RecordEntry *NextOfflineRecord(RecordEntry *entry) {
 }
 
 RecordEntry *ListRecords(const char *file_name, bool *out_whole) {
-  HANDLE file = FileOpen(file_name, "rb");
-  if (!FileIsValid(file)) {
+  const ScopedFile file(FileOpen(file_name, "rb"));
+  if (!FileIsValid(file.get())) {
     *out_whole = FileIsMissing(file_name);
     return nullptr;
   }
   RecordEntry *first = nullptr;
   RecordEntry **link = &first;
   LineReader reader;
-  LineReaderInit(&reader, file);
+  LineReaderInit(&reader, file.get());
   while (LineReaderNext(&reader)) {
     RecordEntry *entry = static_cast<RecordEntry *>(MemCalloc(1, sizeof(RecordEntry), LUMO_HERE));
-    entry->offset = reader.line_offset;
-    entry->length = reader.line_length;
+    entry->offset = reader.lineOffset;
+    entry->length = reader.lineLength;
     *link = entry;
     link = &entry->next;
   }
   *out_whole = !reader.failed;
-  FileClose(file);
   return first;
 }
 
@@ -487,10 +399,28 @@ int32_t CountLines(const char *file_name) {
 
 int TrimOldestLines(int32_t count, const char *file_name) {
   const char *name = TextOrEmpty(file_name);
-  char *old_name = OldName(name);
-  const int result = TrimThroughOldFile(count, name, old_name);
-  MemFree(old_name, LUMO_HERE);
-  return result;
+  const ScopedText scoped_name(OldName(name));
+  const char *old_name = scoped_name.get();
+  const int move_code = FileMove(name, old_name);
+  if (move_code != 0) {
+    TraceError("rename function failed with code %d \"%s\" => \"%s\"\n", move_code, name, old_name);
+    return ERR_LOG_DELETE;
+  }
+  HANDLE old_file = FileOpen(old_name, "rb");
+  HANDLE new_file = FileOpen(name, "wb");
+  const bool both_open = FileIsValid(old_file) && FileIsValid(new_file);
+  const bool copied = both_open && CopyBehindLines(count, old_file, new_file);
+  CloseOrTrace(old_file, "old file is NULL\n");
+  CloseOrTrace(new_file, "new file is NULL\n");
+  if (!both_open) return ERR_LOG_DELETE;
+  if (!copied) {
+    // Better a log that is too long than one that lost its end.
+    FileDelete(name);
+    FileMove(old_name, name);
+    return ERR_LOG_DELETE;
+  }
+  if (FileDelete(old_name) != 0) TraceError("file [%s] is not removed!\n", old_name);
+  return 0;
 }
 
 }  // namespace lumo

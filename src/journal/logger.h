@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "foundation/scoped.h"
+
 namespace lumo {
 
 struct RecordEntry {
@@ -53,6 +55,7 @@ RecordEntry *GetOfflineRecords(bool *out_whole);
 RecordEntry *NextLogRecord(RecordEntry *entry);
 RecordEntry *NextOfflineRecord(RecordEntry *entry);
 void FreeRecordList(RecordEntry *first);
+using ScopedRecords = Scoped<RecordEntry, FreeRecordList>;
 
 // The lines of any file, in silence unless it cannot be opened or read. Free with FreeRecordList.
 RecordEntry *ListRecords(const char *file_name, bool *out_whole);

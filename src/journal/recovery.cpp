@@ -13,32 +13,15 @@ constexpr char kNewLog[] = "LOG.new";  // both, on the way to become LOG
 constexpr char kOffline[] = "OFFLINE";
 constexpr char kOfflineTmp[] = "OFFLINE_TMP";
 
-bool Exists(const char *name) {
-  return FileExists(name) != 0;
-}
-
-void CloseIfOpen(HANDLE file) {
-  if (FileIsValid(file)) {
-    FileClose(file);
-  }
-}
-
 // A file of lines, listed and open.
-class Lines {
- public:
+struct Lines {
   explicit Lines(const char *name) : first(ListRecords(name, &whole)), file(FileOpen(name, "rb")) {
-    whole = whole && FileIsValid(file) && FileMoveToEnd(file, &length);
+    whole = whole && FileIsValid(file.get()) && FileMoveToEnd(file.get(), &length);
   }
-  ~Lines() {
-    FreeRecordList(first);
-    CloseIfOpen(file);
-  }
-  Lines(const Lines &) = delete;
-  Lines &operator=(const Lines &) = delete;
 
   bool whole = false;  // nothing is missing
-  RecordEntry *const first;
-  const HANDLE file;
+  const ScopedRecords first;
+  const ScopedFile file;
   uint32_t length = 0;  // of the file
 };
 
@@ -49,17 +32,15 @@ Answer AnswerOf(bool is_so) {
 }
 
 const RecordEntry *LastLine(const Lines &lines) {
-  const RecordEntry *last = lines.first;
-  while (last != nullptr && last->next != nullptr) {
-    last = last->next;
-  }
+  const RecordEntry *last = lines.first.get();
+  while (last != nullptr && last->next != nullptr) last = last->next;
   return last;
 }
 
 bool HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line) {
-  for (const RecordEntry *entry = lines.first; entry != nullptr; entry = entry->next) {
+  for (const RecordEntry *entry = lines.first.get(); entry != nullptr; entry = entry->next) {
     if (entry->length == line->length &&
-        HaveSameBytes(lines.file, entry->offset, other.file, line->offset, line->length)) {
+        HaveSameBytes(lines.file.get(), entry->offset, other.file.get(), line->offset, line->length)) {
       return true;
     }
   }
@@ -70,9 +51,7 @@ bool HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line) 
 Answer HoldsLastLineOf(const char *name, const char *other_name) {
   const Lines lines(name);
   const Lines other(other_name);
-  if (!lines.whole || !other.whole) {
-    return Answer::kUnknown;
-  }
+  if (!lines.whole || !other.whole) return Answer::kUnknown;
   const RecordEntry *last = LastLine(other);
   return AnswerOf(last == nullptr || HoldsLine(lines, other, last));
 }
@@ -82,12 +61,10 @@ Answer HoldsLastLineOf(const char *name, const char *other_name) {
 Answer IsPieceOf(const char *piece_name, const char *whole_name) {
   const Lines piece(piece_name);
   const Lines whole(whole_name);
-  if (!piece.whole || !whole.whole) {
-    return Answer::kUnknown;
-  }
-  for (const RecordEntry *start = whole.first; start != nullptr; start = start->next) {
+  if (!piece.whole || !whole.whole) return Answer::kUnknown;
+  for (const RecordEntry *start = whole.first.get(); start != nullptr; start = start->next) {
     if (whole.length - start->offset >= piece.length &&
-        HaveSameBytes(piece.file, 0, whole.file, start->offset, piece.length)) {
+        HaveSameBytes(piece.file.get(), 0, whole.file.get(), start->offset, piece.length)) {
       return Answer::kYes;
     }
   }
@@ -104,15 +81,11 @@ bool CopyBoth(HANDLE old_file, HANDLE file, HANDLE new_file) {
 }
 
 bool WriteNewLog() {
-  HANDLE old_file = FileOpen(kOldLog, "rb");
-  HANDLE file = FileOpen(kLog, "rb");
-  HANDLE new_file = FileOpen(kNewLog, "wb");
-  const bool written = FileIsValid(old_file) && FileIsValid(file) && FileIsValid(new_file) &&
-                       CopyBoth(old_file, file, new_file);
-  CloseIfOpen(old_file);
-  CloseIfOpen(file);
-  CloseIfOpen(new_file);
-  return written;
+  const ScopedFile old_file(FileOpen(kOldLog, "rb"));
+  const ScopedFile file(FileOpen(kLog, "rb"));
+  const ScopedFile new_file(FileOpen(kNewLog, "wb"));
+  return FileIsValid(old_file.get()) && FileIsValid(file.get()) && FileIsValid(new_file.get()) &&
+         CopyBoth(old_file.get(), file.get(), new_file.get());
 }
 
 // LOG.old's records come before LOG's. LOG.old stays until all is under LOG's name: interrupted anywhere, the
@@ -122,24 +95,20 @@ void JoinLogs() {
     FileDelete(kNewLog);
     return;
   }
-  if (FileMove(kNewLog, kLog) == 0) {
-    FileDelete(kOldLog);
-  }
+  if (FileMove(kNewLog, kLog) == 0) FileDelete(kOldLog);
 }
 
 // LOG.new beside LOG was not finished, and all it holds is in the others; or it is whole, LOG had made way
 // for it, and a new LOG was begun before it could be given the name. Then it is the older log.
 void RecoverNewLog() {
-  const bool has_old_log = Exists(kOldLog);
+  const bool has_old_log = FileExists(kOldLog);
   const Answer in_log = HoldsLastLineOf(kLog, kNewLog);
   const Answer in_old_log = has_old_log ? HoldsLastLineOf(kOldLog, kNewLog) : Answer::kNo;
   if (in_log == Answer::kYes || in_old_log == Answer::kYes) {
     FileDelete(kNewLog);
     return;
   }
-  if (in_log == Answer::kUnknown || in_old_log == Answer::kUnknown) {
-    return;
-  }
+  if (in_log == Answer::kUnknown || in_old_log == Answer::kUnknown) return;
   if (!has_old_log || (HoldsLastLineOf(kNewLog, kOldLog) == Answer::kYes && FileDelete(kOldLog) == 0)) {
     FileMove(kNewLog, kOldLog);
   }
@@ -147,7 +116,7 @@ void RecoverNewLog() {
 
 bool HoldsNoRecord(const char *name) {
   const Lines lines(name);
-  return lines.whole && lines.first == nullptr;
+  return lines.whole && lines.first.get() == nullptr;
 }
 
 void RecoverOldLog() {
@@ -164,25 +133,21 @@ void RecoverOldLog() {
   if (is_in_log == Answer::kYes) {
     FileDelete(kOldLog);
   } else if (is_copy == Answer::kYes) {
-    if (FileDelete(kLog) == 0) {
-      FileMove(kOldLog, kLog);
-    }
+    if (FileDelete(kLog) == 0) FileMove(kOldLog, kLog);
   } else if (is_copy == Answer::kNo) {
     JoinLogs();
   }
 }
 
 void RecoverLog() {
-  if (Exists(kNewLog)) {
+  if (FileExists(kNewLog)) {
     if (FileIsMissing(kLog)) {
       FileMove(kNewLog, kLog);
     } else {
       RecoverNewLog();
     }
   }
-  if (Exists(kOldLog) && FileIsMissing(kNewLog)) {
-    RecoverOldLog();
-  }
+  if (FileExists(kOldLog) && FileIsMissing(kNewLog)) RecoverOldLog();
 }
 
 }  // namespace
@@ -190,9 +155,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-  if (Exists(kOfflineTmp) && FileIsMissing(kOffline)) {
-    FileMove(kOfflineTmp, kOffline);
-  }
+  if (FileExists(kOfflineTmp) && FileIsMissing(kOffline)) FileMove(kOfflineTmp, kOffline);
 }
 
 }  // namespace lumo

@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t kDefaultBufferSize = 4096;
 constexpr uint32_t kDefaultStackSize = 256;
-constexpr uint32_t kLargestDoubledSize = 0x80000000u;
+constexpr uint32_t kLargestDoubledSize = 0x80000000U;
 
 constexpr uint8_t kArray = 0;
 constexpr uint8_t kObject = 1;
@@ -67,15 +67,11 @@ struct ByteClasses {
 
 constexpr ByteClasses MakeByteClasses() {
   ByteClasses classes{};
-  for (int byte = 0; byte < 0x20; ++byte) {
-    classes.of[byte] = kInvalid;
-  }
+  for (int byte = 0; byte < 0x20; ++byte) classes.of[byte] = kInvalid;
   for (const char *byte = " \t\n\r"; *byte != 0; ++byte) {
     classes.of[static_cast<unsigned char>(*byte)] = kSpace | kEndsNumber;
   }
-  for (int byte = '0'; byte <= '9'; ++byte) {
-    classes.of[byte] = kDigit;
-  }
+  for (int byte = '0'; byte <= '9'; ++byte) classes.of[byte] = kDigit;
   for (const char *byte = ",]}/#"; *byte != 0; ++byte) {
     classes.of[static_cast<unsigned char>(*byte)] = kEndsNumber;
   }
@@ -101,20 +97,12 @@ int IgnoreEvent(void *, JsonEvent, const char *, uint32_t) {
 int GrowBuffer(JsonParser *parser) {
   const uint32_t limit = parser->config.maxData;
   uint32_t size = parser->bufferSize;
-  if (limit != 0 && size == limit) {
-    return kJsonDataLimit;
-  }
-  if (size >= kLargestDoubledSize || parser->config.reallocHook == nullptr) {
-    return kJsonNoMemory;
-  }
+  if (limit != 0 && size == limit) return kJsonDataLimit;
+  if (size >= kLargestDoubledSize || parser->config.reallocHook == nullptr) return kJsonNoMemory;
   size *= 2;
-  if (limit != 0 && size > limit) {
-    size = limit;
-  }
+  if (limit != 0 && size > limit) size = limit;
   void *buffer = parser->config.reallocHook(parser->buffer, size);
-  if (buffer == nullptr) {
-    return kJsonNoMemory;
-  }
+  if (buffer == nullptr) return kJsonNoMemory;
   parser->buffer = static_cast<char *>(buffer);
   parser->bufferSize = size;
   return kJsonNoError;
@@ -130,20 +118,14 @@ int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32
     JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *taken, count);
     parser->bufferFill += count;
     *taken += count;
-    if (*taken == length) {
-      return kJsonNoError;
-    }
+    if (*taken == length) return kJsonNoError;
     const int error = GrowBuffer(parser);
-    if (error != kJsonNoError) {
-      return error;
-    }
+    if (error != kJsonNoError) return error;
   }
 }
 
 inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
-  if (length >= parser->bufferSize - parser->bufferFill) {
-    return AppendAndGrow(parser, bytes, length, taken);
-  }
+  if (length >= parser->bufferSize - parser->bufferFill) return AppendAndGrow(parser, bytes, length, taken);
   JsonCopyBytes(parser->buffer + parser->bufferFill, bytes, length);
   parser->bufferFill += length;
   *taken = length;
@@ -155,18 +137,14 @@ inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, u
 int AppendRun(JsonParser *parser, const char **at, const char *end) {
   for (;;) {
     const uint32_t room = parser->bufferSize - 1 - parser->bufferFill;
-    const size_t rest = static_cast<size_t>(end - *at);
+    const auto rest = static_cast<size_t>(end - *at);
     const uint32_t limit = rest < room ? static_cast<uint32_t>(rest) : room;
     const uint32_t count = JsonCopyRun(parser->buffer + parser->bufferFill, *at, limit);
     parser->bufferFill += count;
     *at += count;
-    if (count < limit || *at == end || ByteEndsRun(static_cast<unsigned char>(**at))) {
-      return kJsonNoError;
-    }
+    if (count < limit || *at == end || ByteEndsRun(static_cast<unsigned char>(**at))) return kJsonNoError;
     const int error = GrowBuffer(parser);
-    if (error != kJsonNoError) {
-      return error;
-    }
+    if (error != kJsonNoError) return error;
   }
 }
 
@@ -176,9 +154,7 @@ int AppendCodePoint(JsonParser *parser, uint32_t code) {
   const uint32_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
   while (parser->bufferSize - 1 - parser->bufferFill < length) {
     const int error = GrowBuffer(parser);
-    if (error != kJsonNoError) {
-      return error;
-    }
+    if (error != kJsonNoError) return error;
   }
   char *bytes = parser->buffer + parser->bufferFill;
   for (uint32_t i = length - 1; i > 0; --i) {
@@ -192,9 +168,7 @@ int AppendCodePoint(JsonParser *parser, uint32_t code) {
 
 // The value of a hexadecimal digit; 16 for any other byte.
 uint32_t HexValue(char byte) {
-  if (Is(kDigit, byte)) {
-    return static_cast<uint32_t>(byte - '0');
-  }
+  if (Is(kDigit, byte)) return static_cast<uint32_t>(byte - '0');
   const char lower = static_cast<char>(byte | 0x20);
   return lower >= 'a' && lower <= 'f' ? static_cast<uint32_t>(lower - 'a' + 10) : 16;
 }
@@ -229,15 +203,11 @@ int TakeCodeUnit(JsonParser *parser, State *next) {
   const bool is_low = unit >= 0xDC00 && unit <= 0xDFFF;
   *next = kString;
   if (high != 0) {
-    if (!is_low) {
-      return kJsonHighSurrogateAlone;
-    }
+    if (!is_low) return kJsonHighSurrogateAlone;
     parser->highSurrogate = 0;
     return AppendCodePoint(parser, 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
   }
-  if (is_low) {
-    return kJsonLowSurrogateAlone;
-  }
+  if (is_low) return kJsonLowSurrogateAlone;
   if (is_high) {
     parser->highSurrogate = static_cast<uint16_t>(unit);
     *next = kSecondEscape;
@@ -257,20 +227,14 @@ int EmitToken(JsonParser *parser, JsonEvent event) {
 
 int Open(JsonParser *parser, uint8_t kind) {
   const int refused = Emit(parser, kind == kObject ? JSON_OBJECT_BEGIN : JSON_ARRAY_BEGIN);
-  if (refused != 0) {
-    return refused;
-  }
+  if (refused != 0) return refused;
   if (parser->stackFill == parser->stackSize) {
-    if (parser->config.maxNesting != 0) {
-      return kJsonNestingLimit;
-    }
+    if (parser->config.maxNesting != 0) return kJsonNestingLimit;
     if (parser->stackSize >= kLargestDoubledSize || parser->config.reallocHook == nullptr) {
       return kJsonNoMemory;
     }
     void *stack = parser->config.reallocHook(parser->stack, parser->stackSize * size_t{2});
-    if (stack == nullptr) {
-      return kJsonNoMemory;
-    }
+    if (stack == nullptr) return kJsonNoMemory;
     parser->stack = static_cast<uint8_t *>(stack);
     parser->stackSize *= 2;
   }
@@ -280,15 +244,9 @@ int Open(JsonParser *parser, uint8_t kind) {
 
 int Close(JsonParser *parser, uint8_t kind) {
   const int refused = Emit(parser, kind == kObject ? JSON_OBJECT_END : JSON_ARRAY_END);
-  if (refused != 0) {
-    return refused;
-  }
-  if (parser->stackFill == 0) {
-    return kJsonNothingToClose;
-  }
-  if (parser->stack[parser->stackFill - 1] != kind) {
-    return kJsonClosesOther;
-  }
+  if (refused != 0) return refused;
+  if (parser->stackFill == 0) return kJsonNothingToClose;
+  if (parser->stack[parser->stackFill - 1] != kind) return kJsonClosesOther;
   --parser->stackFill;
   return kJsonNoError;
 }
@@ -334,9 +292,7 @@ inline Step SkipSpace(Feed *feed) {
 }
 
 inline Step BeginComment(Feed *feed, bool is_allowed, State next) {
-  if (!is_allowed) {
-    return Stop(feed, kJsonCommentNotAllowed);
-  }
+  if (!is_allowed) return Stop(feed, kJsonCommentNotAllowed);
   feed->parser->afterComment = feed->state;
   return Take(feed, next);
 }
@@ -344,18 +300,10 @@ inline Step BeginComment(Feed *feed, bool is_allowed, State next) {
 // A byte that is not what the state waits for.
 inline Step TakeBetweenTokens(Feed *feed, char byte) {
   const JsonParser *parser = feed->parser;
-  if (Is(kSpace, byte)) {
-    return SkipSpace(feed);
-  }
-  if (byte == '/') {
-    return BeginComment(feed, parser->config.allowBlockAndLineComments, kSlash);
-  }
-  if (byte == '#') {
-    return BeginComment(feed, parser->config.allowHashComments, kLineComment);
-  }
-  if (byte == ',' && parser->stackFill == 0) {
-    return Stop(feed, kJsonCommaOutside);
-  }
+  if (Is(kSpace, byte)) return SkipSpace(feed);
+  if (byte == '/') return BeginComment(feed, parser->config.allowBlockAndLineComments, kSlash);
+  if (byte == '#') return BeginComment(feed, parser->config.allowHashComments, kLineComment);
+  if (byte == ',' && parser->stackFill == 0) return Stop(feed, kJsonCommaOutside);
   return kUnexpected;
 }
 
@@ -392,18 +340,10 @@ inline Step BeginLiteral(Feed *feed, char first) {
 }
 
 inline Step TakeValue(Feed *feed, char byte) {
-  if (byte == '"') {
-    return BeginString(feed, false);
-  }
-  if (byte == '{' || byte == '[') {
-    return OpenStructure(feed, byte);
-  }
-  if (byte == '-' || Is(kDigit, byte)) {
-    return BeginNumber(feed, byte);
-  }
-  if (byte == 't' || byte == 'f' || byte == 'n') {
-    return BeginLiteral(feed, byte);
-  }
+  if (byte == '"') return BeginString(feed, false);
+  if (byte == '{' || byte == '[') return OpenStructure(feed, byte);
+  if (byte == '-' || Is(kDigit, byte)) return BeginNumber(feed, byte);
+  if (byte == 't' || byte == 'f' || byte == 'n') return BeginLiteral(feed, byte);
   return TakeBetweenTokens(feed, byte);
 }
 
@@ -422,21 +362,11 @@ inline Step TakeAfterValue(Feed *feed, char byte) {
 inline Step TakeString(Feed *feed) {
   JsonParser *parser = feed->parser;
   const int error = AppendRun(parser, &feed->at, feed->end);
-  if (error != kJsonNoError) {
-    return Stop(feed, error);
-  }
-  if (feed->at == feed->end) {
-    return kTaken;
-  }
-  if (*feed->at == '\\') {
-    return Take(feed, kEscape);
-  }
-  if (*feed->at != '"') {
-    return kUnexpected;
-  }
-  if (parser->stringIsKey) {
-    return TakeOrStop(EmitToken(parser, JSON_KEY), feed, kColon);
-  }
+  if (error != kJsonNoError) return Stop(feed, error);
+  if (feed->at == feed->end) return kTaken;
+  if (*feed->at == '\\') return Take(feed, kEscape);
+  if (*feed->at != '"') return kUnexpected;
+  if (parser->stringIsKey) return TakeOrStop(EmitToken(parser, JSON_KEY), feed, kColon);
   return TakeOrStop(EmitToken(parser, JSON_STRING), feed, kAfterValue);
 }
 
@@ -447,26 +377,18 @@ Step BeginHexDigits(Feed *feed) {
 }
 
 Step TakeEscape(Feed *feed, char letter) {
-  if (letter == 'u') {
-    return BeginHexDigits(feed);
-  }
+  if (letter == 'u') return BeginHexDigits(feed);
   const char escaped = EscapedByte(letter);
-  if (escaped == 0) {
-    return kUnexpected;
-  }
+  if (escaped == 0) return kUnexpected;
   return TakeOrStop(AppendCodePoint(feed->parser, static_cast<uint32_t>(escaped)), feed, kString);
 }
 
 Step TakeHexDigit(Feed *feed, char byte) {
   JsonParser *parser = feed->parser;
   const uint32_t digit = HexValue(byte);
-  if (digit == 16) {
-    return kUnexpected;
-  }
-  parser->codeUnit = static_cast<uint16_t>(parser->codeUnit * 16u + digit);
-  if (++parser->position < 4) {
-    return Take(feed, kHexDigits);
-  }
+  if (digit == 16) return kUnexpected;
+  parser->codeUnit = static_cast<uint16_t>(parser->codeUnit * 16U + digit);
+  if (++parser->position < 4) return Take(feed, kHexDigits);
   State next = kString;
   const int error = TakeCodeUnit(parser, &next);
   return TakeOrStop(error, feed, next);
@@ -474,16 +396,12 @@ Step TakeHexDigit(Feed *feed, char byte) {
 
 // A high surrogate stands alone when anything but a \u escape follows.
 Step TakeSecondEscape(Feed *feed, char byte) {
-  if (byte == '\\') {
-    return Take(feed, kSecondEscapeU);
-  }
+  if (byte == '\\') return Take(feed, kSecondEscapeU);
   return static_cast<unsigned char>(byte) >= 0x20 ? Stop(feed, kJsonHighSurrogateAlone) : kUnexpected;
 }
 
 Step TakeSecondEscapeU(Feed *feed, char letter) {
-  if (letter == 'u') {
-    return BeginHexDigits(feed);
-  }
+  if (letter == 'u') return BeginHexDigits(feed);
   return EscapedByte(letter) != 0 ? Stop(feed, kJsonHighSurrogateAlone) : kUnexpected;
 }
 
@@ -491,7 +409,7 @@ Step TakeSecondEscapeU(Feed *feed, char letter) {
 // room.
 inline int AppendNumber(Feed *feed) {
   uint32_t taken;
-  const uint32_t length = static_cast<uint32_t>(feed->at - feed->number);
+  const auto length = static_cast<uint32_t>(feed->at - feed->number);
   const int error = AppendBytes(feed->parser, feed->number, length, &taken);
   feed->at = feed->number + taken;
   feed->number = feed->at;
@@ -506,57 +424,37 @@ inline Step TakeDigit(Feed *feed, char byte, State next) {
 inline Step TakeDigits(Feed *feed) {
   const State state = feed->state;
   if (state != kNumberZero) {
-    while (feed->at != feed->end && Is(kDigit, *feed->at)) {
-      ++feed->at;
-    }
-    if (feed->at == feed->end) {
-      return kTaken;
-    }
+    while (feed->at != feed->end && Is(kDigit, *feed->at)) ++feed->at;
+    if (feed->at == feed->end) return kTaken;
   }
   const char byte = *feed->at;
   const bool is_integer = state == kNumberZero || state == kNumberInteger;
   if (Is(kEndsNumber, byte)) {
     int error = AppendNumber(feed);
-    if (error == kJsonNoError) {
-      error = EmitToken(feed->parser, is_integer ? JSON_INT : JSON_FLOAT);
-    }
-    if (error != kJsonNoError) {
-      return Stop(feed, error);
-    }
+    if (error == kJsonNoError) error = EmitToken(feed->parser, is_integer ? JSON_INT : JSON_FLOAT);
+    if (error != kJsonNoError) return Stop(feed, error);
     feed->state = kAfterValue;
     return kTaken;
   }
-  if (byte == '.' && is_integer) {
-    return Take(feed, kNumberPoint);
-  }
-  if ((byte == 'e' || byte == 'E') && state != kNumberExponent) {
-    return Take(feed, kNumberE);
-  }
+  if (byte == '.' && is_integer) return Take(feed, kNumberPoint);
+  if ((byte == 'e' || byte == 'E') && state != kNumberExponent) return Take(feed, kNumberE);
   return kUnexpected;
 }
 
 inline Step TakeLiteral(Feed *feed, char byte) {
   JsonParser *parser = feed->parser;
   const Literal &literal = kLiterals[parser->literal];
-  if (byte != literal.text[parser->position]) {
-    return kUnexpected;
-  }
-  if (++parser->position < literal.length) {
-    return Take(feed, kLiteral);
-  }
+  if (byte != literal.text[parser->position]) return kUnexpected;
+  if (++parser->position < literal.length) return Take(feed, kLiteral);
   return TakeOrStop(Emit(parser, literal.event), feed, kAfterValue);
 }
 
 Step TakeComment(Feed *feed, char byte) {
-  if (Is(kInvalid, byte)) {
-    return kUnexpected;
-  }
-  const State after = static_cast<State>(feed->parser->afterComment);
+  if (Is(kInvalid, byte)) return kUnexpected;
+  const auto after = static_cast<State>(feed->parser->afterComment);
   switch (feed->state) {
     case kSlash:
-      if (byte != '/' && byte != '*') {
-        return kUnexpected;
-      }
+      if (byte != '/' && byte != '*') return kUnexpected;
       return Take(feed, byte == '/' ? kLineComment : kBlockComment);
     case kLineComment:
       return Take(feed, byte == '\n' ? after : kLineComment);
@@ -623,21 +521,15 @@ int Parse(JsonParser *parser, const char **at, const char *end) {
   while (feed.at != feed.end) {
     const Step step = TakeByte(&feed);
     // Not a condition of the loop: compilers then go straight from one state to the next where they know it.
-    if (step == kTaken) {
-      continue;
-    }
-    if (step == kUnexpected) {
-      feed.error = UnexpectedByte(*feed.at);
-    }
+    if (step == kTaken) continue;
+    if (step == kUnexpected) feed.error = UnexpectedByte(*feed.at);
     break;
   }
 
   // A number cut by the end of the piece or by a bad byte. Its room may have run out before that.
   if (feed.state >= kFirstOfNumber && feed.state <= kLastOfNumber && feed.number != feed.at) {
     const int no_room = AppendNumber(&feed);
-    if (no_room != kJsonNoError) {
-      feed.error = no_room;
-    }
+    if (no_room != kJsonNoError) feed.error = no_room;
   }
   parser->state = feed.state;
   *at = feed.at;
@@ -647,13 +539,9 @@ int Parse(JsonParser *parser, const char **at, const char *end) {
 }  // namespace
 
 int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallback callback, void *user) {
-  if (parser == nullptr) {
-    return kJsonNoMemory;
-  }
+  if (parser == nullptr) return kJsonNoMemory;
   *parser = JsonParser();
-  if (config != nullptr) {
-    parser->config = *config;
-  }
+  if (config != nullptr) parser->config = *config;
   parser->callback = callback != nullptr ? callback : IgnoreEvent;
   parser->user = user;
   parser->state = kStart;
@@ -663,13 +551,9 @@ int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallb
   if (parser->config.maxData != 0 && parser->bufferSize > parser->config.maxData) {
     parser->bufferSize = parser->config.maxData;
   }
-  if (parser->config.callocHook == nullptr) {
-    return kJsonNoMemory;
-  }
+  if (parser->config.callocHook == nullptr) return kJsonNoMemory;
   parser->stack = static_cast<uint8_t *>(parser->config.callocHook(parser->stackSize, 1));
-  if (parser->stack == nullptr) {
-    return kJsonNoMemory;
-  }
+  if (parser->stack == nullptr) return kJsonNoMemory;
   parser->buffer = static_cast<char *>(parser->config.callocHook(parser->bufferSize, 1));
   if (parser->buffer == nullptr) {
     JsonParserFree(parser);
@@ -680,22 +564,14 @@ int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallb
 
 int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *processed) {
   const char *at = bytes;
-  if (parser->error == kJsonNoError && length != 0) {
-    parser->error = Parse(parser, &at, bytes + length);
-  }
-  if (processed != nullptr) {
-    *processed = static_cast<uint32_t>(at - bytes);
-  }
+  if (parser->error == kJsonNoError && length != 0) parser->error = Parse(parser, &at, bytes + length);
+  if (processed != nullptr) *processed = static_cast<uint32_t>(at - bytes);
   return parser->error;
 }
 
 void JsonParserFree(JsonParser *parser) {
-  if (parser->stack != nullptr) {
-    MemFree(parser->stack, LUMO_HERE);
-  }
-  if (parser->buffer != nullptr) {
-    MemFree(parser->buffer, LUMO_HERE);
-  }
+  if (parser->stack != nullptr) MemFree(parser->stack, LUMO_HERE);
+  if (parser->buffer != nullptr) MemFree(parser->buffer, LUMO_HERE);
   parser->stack = nullptr;
   parser->buffer = nullptr;
 }

@@ -61,13 +61,13 @@ void PutQuoted(JsonPrinter *printer, const char *text, uint32_t length) {
 }
 
 void PutLineEnd(JsonPrinter *printer) {
-  const uint32_t length = static_cast<uint32_t>(std::strlen(printer->indent));
+  const auto length = static_cast<uint32_t>(std::strlen(printer->indent));
   PutByte(printer, '\n');
   for (int32_t level = 0; level < printer->level; ++level) PutBytes(printer, printer->indent, length);
 }
 
 // What goes before an item, and the marks that the event leaves for the next one.
-template <bool pretty>
+template <bool kPretty>
 void BeginEvent(JsonPrinter *printer, JsonEvent event) {
   const bool closes = event == JSON_ARRAY_END || event == JSON_OBJECT_END;
   if (closes) {
@@ -75,7 +75,7 @@ void BeginEvent(JsonPrinter *printer, JsonEvent event) {
   } else if (!printer->justEntered && !printer->afterKey) {
     PutByte(printer, ',');
   }
-  if (pretty && (closes || (!printer->first && !printer->afterKey))) PutLineEnd(printer);
+  if (kPretty && (closes || (!printer->first && !printer->afterKey))) PutLineEnd(printer);
   printer->afterKey = event == JSON_KEY;
   printer->justEntered = event == JSON_ARRAY_BEGIN || event == JSON_OBJECT_BEGIN;
   printer->first = false;
@@ -104,14 +104,14 @@ bool PutPlainText(JsonPrinter *printer, bool is_key, const char *data, uint32_t 
   return true;
 }
 
-template <bool pretty>
+template <bool kPretty>
 int Print(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length) {
   if (data == nullptr) length = 0;
-  if (!pretty && (event == JSON_KEY || event == JSON_STRING) &&
+  if (!kPretty && (event == JSON_KEY || event == JSON_STRING) &&
       PutPlainText(printer, event == JSON_KEY, data, length)) {
     return 0;
   }
-  BeginEvent<pretty>(printer, event);
+  BeginEvent<kPretty>(printer, event);
   switch (event) {
     case JSON_ARRAY_BEGIN:
       PutByte(printer, '[');
@@ -135,7 +135,7 @@ int Print(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t leng
     case JSON_KEY:
       PutQuoted(printer, data, length);
       PutByte(printer, ':');
-      if (pretty) PutByte(printer, ' ');
+      if (kPretty) PutByte(printer, ' ');
       break;
     case JSON_TRUE:
       PutBytes(printer, "true", 4);

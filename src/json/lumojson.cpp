@@ -148,7 +148,7 @@ struct NodeTree {
       auto *member = reinterpret_cast<JsonMember *>(Push(sizeof(JsonMember)));
       if (member == nullptr) return ERR_JSON_MEMORY;
       member->key = key;
-      member->key_length = key_length;
+      member->keyLength = key_length;
       member->value = value;
     } else {
       auto *element = reinterpret_cast<JsonNode *>(Push(sizeof(JsonNode)));
@@ -171,9 +171,7 @@ struct Parse {
   ~Parse() {
     JsonParserFree(&parser);
     JsonDomFree(&builder);
-    if (tree.items != nullptr) {
-      MemFree(tree.items, LUMO_HERE);
-    }
+    if (tree.items != nullptr) MemFree(tree.items, LUMO_HERE);
   }
 };
 
@@ -201,9 +199,7 @@ int BeginParse(Parse *parse, JsonReader *reader, size_t first_block) {
 // Hands the root of a document that was read to its end to the reader.
 void KeepRoot(Parse *parse) {
   parse->reader->hasRoot = parse->builder.hasRoot;
-  if (parse->builder.hasRoot) {
-    parse->reader->root = parse->builder.root;
-  }
+  if (parse->builder.hasRoot) parse->reader->root = parse->builder.root;
 }
 
 // 0 or ERR_JSON_SYNTAX.
@@ -277,7 +273,7 @@ bool JsonReaderReadFailed(const JsonReader *reader) {
   return reader != nullptr && reader->readFailed;
 }
 
-int parseJsonFile(JsonReader *reader, const char *file_name) {
+int ParseJsonFile(JsonReader *reader, const char *file_name) {
   Trace("parseJsonFile [%s]\n", file_name);
   if (reader == nullptr) return ERR_JSON_INTERNAL;
   Parse parse = {};
@@ -292,7 +288,7 @@ int parseJsonFile(JsonReader *reader, const char *file_name) {
   return result;
 }
 
-int parseJsonText(JsonReader *reader, const char *text) {
+int ParseJsonText(JsonReader *reader, const char *text) {
   if (reader == nullptr) return ERR_JSON_INTERNAL;
   const size_t length = text != nullptr ? std::strlen(text) : 0;
   // A tree takes two to three times the room of its compact text.
@@ -319,7 +315,7 @@ int32_t JsonInt32(const JsonNode &node) {
 }
 
 bool KeyIsPrefixOf(const JsonMember &member, const char *name) {
-  for (uint32_t i = 0; i < member.key_length && member.key[i] != 0; ++i) {
+  for (uint32_t i = 0; i < member.keyLength && member.key[i] != 0; ++i) {
     if (member.key[i] != name[i]) return false;
   }
   return true;

@@ -24,7 +24,7 @@ struct JsonNode {
 
 struct JsonMember {
   const char *key;  // decoded, with a terminating zero
-  uint32_t key_length;
+  uint32_t keyLength;
   JsonNode value;
 };
 
@@ -34,13 +34,13 @@ JsonReader *JsonReaderCreate();
 void JsonReaderDestroy(JsonReader *reader);  // frees every node and text of its tree
 using ScopedReader = Scoped<JsonReader, JsonReaderDestroy>;
 const JsonNode *JsonReaderRoot(const JsonReader *reader);  // null until a parse brought an object or array
-// True when the last parseJsonFile stopped because a read failed, not because the file ended.
+// True when the last ParseJsonFile stopped because a read failed, not because the file ended.
 bool JsonReaderReadFailed(const JsonReader *reader);
 
 // Each returns 0, ERR_JSON_DOM_INIT, ERR_JSON_PARSER_INIT, ERR_JSON_SYNTAX or, without a reader,
 // ERR_JSON_INTERNAL; for a file also ERR_JSON_FILE_OPEN.
-int parseJsonFile(JsonReader *reader, const char *file_name);
-int parseJsonText(JsonReader *reader, const char *text);
+int ParseJsonFile(JsonReader *reader, const char *file_name);
+int ParseJsonText(JsonReader *reader, const char *text);
 
 // The text of a value; "" for an object or array.
 const char *JsonText(const JsonNode &node);
@@ -72,7 +72,7 @@ inline JsonItems<JsonNode> JsonElements(const JsonNode &node) {
   return has_elements ? JsonItems<JsonNode>{node.elements, node.count} : JsonItems<JsonNode>{nullptr, 0};
 }
 
-// True when the first `key_length` bytes of `name` equal the member's key. Deliberate: a key that is the
+// True when the first `keyLength` bytes of `name` equal the member's key. Deliberate: a key that is the
 // beginning of a known name, the empty key included, is taken as that name. A key with a zero byte compares
 // up to it.
 bool KeyIsPrefixOf(const JsonMember &member, const char *name);
@@ -80,7 +80,7 @@ bool KeyIsPrefixOf(const JsonMember &member, const char *name);
 // The member's key for a trace line "%.*s": its first 40 bytes.
 constexpr uint32_t kTracedKeyBytes = 40;
 inline int TracedKeyLength(const JsonMember &member) {
-  return static_cast<int>(member.key_length < kTracedKeyBytes ? member.key_length : kTracedKeyBytes);
+  return static_cast<int>(member.keyLength < kTracedKeyBytes ? member.keyLength : kTracedKeyBytes);
 }
 
 // Print a key with its value.

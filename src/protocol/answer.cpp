@@ -39,15 +39,11 @@ int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_
   const int status = ParseHttpStatus(answer);
   if (status != 0) {
     TraceError("HTTP status %d\n", status);
-    if (status == 400) {
-      return ERR_SERVER_REJECTED;
-    }
-    if (status == 500) {
-      return ERR_SERVER_FAILURE;
-    }
+    if (status == 400) return ERR_SERVER_REJECTED;
+    if (status == 500) return ERR_SERVER_FAILURE;
   }
   const ScopedReader reader(JsonReaderCreate());
-  const int result = parseJsonText(reader.get(), TextOrEmpty(answer));
+  const int result = ParseJsonText(reader.get(), TextOrEmpty(answer));
   return result != 0 ? result : CheckDataIntegrity(transaction, JsonReaderRoot(reader.get()));
 }
 
@@ -72,9 +68,7 @@ int CheckDataIntegrity(Transaction *transaction, const JsonNode *root) {
   }
   const uint32_t found = LoadParts(transaction, &response.value, PartSource::kAnswer);
   const bool success = transaction->response.requestState == STATE_SUCCESS;
-  if (!success) {
-    expected &= PART_RESPONSE;
-  }
+  if (!success) expected &= PART_RESPONSE;
   if ((found & expected) != expected) {
     TraceError("Response is not full [0x%04X | 0x%04X] [%s]\n", expected, found, response.key);
     return ERR_RESPONSE_CONTENT;
@@ -92,13 +86,9 @@ int ParseHttpStatus(const char *answer) {
 }
 
 uint32_t ResponsePartsMask(const char *response_name) {
-  if (response_name == nullptr || std::strlen(response_name) > kLongestName) {
-    return 0;
-  }
+  if (response_name == nullptr || std::strlen(response_name) > kLongestName) return 0;
   for (const ResponseForm &response : kResponses) {
-    if (std::strcmp(response.name, response_name) == 0) {
-      return response.parts;
-    }
+    if (std::strcmp(response.name, response_name) == 0) return response.parts;
   }
   TraceWarning("Unsupport Response Name: %s\n", response_name);
   return 0;

@@ -58,9 +58,7 @@ int Connect(const Transaction *transaction, Server *server) {
     result = ParseServer(addresses[attempt], server);
     if (result != 0) {
       TraceError("ParseAddress res[%d]\n", result);
-      if (attempt == kAttempts - 1) {
-        TraceError("Connection failed!\n");
-      }
+      if (attempt == kAttempts - 1) TraceError("Connection failed!\n");
       continue;
     }
     Trace("Connecting to %s:%d/%s...\n", server->host, server->port, server->path);
@@ -95,9 +93,7 @@ int SendRequest(const Transaction *transaction, const Server &server) {
   const ScopedString body(StringCreate());
   const ScopedString request(StringCreate());
   StringReserve(body.get(), kMessageBytes);
-  if (CreateOperationRequest(transaction, body.get()) != 0) {
-    return ERR_REQUEST_BUILD;
-  }
+  if (CreateOperationRequest(transaction, body.get()) != 0) return ERR_REQUEST_BUILD;
   AppendRequest(request.get(), server, WebMethodName(transaction->request.type), body.get());
   const char *text = StringGetText(request.get());
   Trace("Sending buffer:\n%s\n", text);
@@ -118,9 +114,7 @@ int ReceiveAnswer(String *answer) {
     std::memset(piece, 0, sizeof piece);
     received = SocketReceive(piece, kPieceBytes);
     total += received > 0 ? received : 0;
-    if (total > kLargestAnswer) {
-      return -1;
-    }
+    if (total > kLargestAnswer) return -1;
     if (received > 0) {
       Trace("%s\n", piece);
       // Deliberate: as a text, so that what follows a zero byte in a piece is lost.
@@ -158,20 +152,12 @@ int TransactionProcessJson(Transaction *transaction) {
   transaction->response.requestId = nullptr;
   Server server = {};
   int result = Connect(transaction, &server);
-  if (result == 0) {
-    result = SendRequest(transaction, server);
-  }
-  if (result == 0) {
-    result = ReadAnswer(transaction);
-  }
+  if (result == 0) result = SendRequest(transaction, server);
+  if (result == 0) result = ReadAnswer(transaction);
   FreeServer(&server);
-  if (result == ERR_CONNECT || result == ERR_SERVER_ADDRESS) {
-    return ERR_CONNECT;
-  }
+  if (result == ERR_CONNECT || result == ERR_SERVER_ADDRESS) return ERR_CONNECT;
   // Deliberate: also when Winsock did not start, where closing fails as well.
-  if (SocketClose() < 0) {
-    TraceError("LUMO_Disconnect error: %d\n", result);
-  }
+  if (SocketClose() < 0) TraceError("LUMO_Disconnect error: %d\n", result);
   return result;
 }
 

@@ -32,10 +32,8 @@ int PrintTransactionRecord(const Transaction *transaction, String *output) {
 int LoadLogRecord(Transaction *transaction, const char *record) {
   const ScopedReader reader(JsonReaderCreate());
   Trace("LoadLogRecord\n");
-  const int result = parseJsonText(reader.get(), TextOrEmpty(record));
-  if (result == 0) {
-    LoadParts(transaction, JsonReaderRoot(reader.get()), PartSource::kRecord);
-  }
+  const int result = ParseJsonText(reader.get(), TextOrEmpty(record));
+  if (result == 0) LoadParts(transaction, JsonReaderRoot(reader.get()), PartSource::kRecord);
   return result;
 }
 

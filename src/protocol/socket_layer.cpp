@@ -91,9 +91,7 @@ int SocketReceive(char *buffer, int capacity) {
 int SocketDisconnect() {
   Trace("Disconnect\n");
   const int result = shutdown(connection_socket, SD_BOTH);
-  if (result == SOCKET_ERROR) {
-    TraceError("shutdown failed with error: %d\n", WSAGetLastError());
-  }
+  if (result == SOCKET_ERROR) TraceError("shutdown failed with error: %d\n", WSAGetLastError());
   return result;
 }
 

@@ -16,7 +16,7 @@ namespace {
 template <typename Entry>
 Entry *AllocateFor(Transaction *transaction, const JsonNode &list) {
   const size_t count = JsonElements(list).count;
-  return count > 0 ? static_cast<Entry *>(trans_alloc(transaction, count * sizeof(Entry))) : nullptr;
+  return count > 0 ? static_cast<Entry *>(TransactionAllocate(transaction, count * sizeof(Entry))) : nullptr;
 }
 
 // How keys are matched and members stored and traced.
@@ -71,9 +71,7 @@ void StoreDate(char (&field)[kDateBytes], const char *text) {
 // What the operation is, is the terminal's to say: an answer cannot make it unknown.
 template <typename Enumeration>
 int32_t StoreKnown(Enumeration *field, Style style, Enumeration value, Enumeration unknown) {
-  if (style != Style::kAnswer || value != unknown) {
-    *field = value;
-  }
+  if (style != Style::kAnswer || value != unknown) *field = value;
   return value;
 }
 
@@ -103,7 +101,7 @@ void StoreValue(Transaction *transaction, Style style, const MemberName &member,
   int32_t enumerator;
   switch (member.kind) {
     case MemberKind::kText:
-      TraceText(style, member.label, trans_strcpy(transaction, field.text, text));
+      TraceText(style, member.label, TransactionCopyText(transaction, field.text, text));
       break;
     case MemberKind::kDate:
       StoreDate(*field.date, text);
@@ -115,7 +113,7 @@ void StoreValue(Transaction *transaction, Style style, const MemberName &member,
       break;
     case MemberKind::kFlag:
       *field.flag = value.type == JSON_TRUE;
-      TraceNumber(style, member.label, *field.flag);
+      TraceNumber(style, member.label, *field.flag ? 1 : 0);
       break;
     default:
       enumerator = StoreEnumeration(field, style, member.kind, text);
@@ -178,18 +176,14 @@ void LoadBonuses(Transaction *transaction, Good *good, const JsonNode &list) {
   good->bonusCount = 0;
   good->bonuses = AllocateFor<Bonus>(transaction, list);
   for (const JsonNode &element : JsonElements(list)) {
-    if (JsonIsObject(element)) {
-      LoadBonus(transaction, &good->bonuses[good->bonusCount++], element);
-    }
+    if (JsonIsObject(element)) LoadBonus(transaction, &good->bonuses[good->bonusCount++], element);
   }
 }
 
 void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int load_bonuses) {
   for (const JsonMember &member : JsonMembers(&node)) {
     if (KeyEquals(member, "bonus")) {
-      if (load_bonuses != 0) {
-        LoadBonuses(transaction, good, member.value);
-      }
+      if (load_bonuses != 0) LoadBonuses(transaction, good, member.value);
     } else if (!LoadMember(transaction, good, Style::kGood, kGoodMembers, member)) {
       TraceWarning("Unsupported GOOD element [%.*s]\n", TracedKeyLength(member), member.key);
     }
@@ -227,9 +221,7 @@ int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuse
       continue;
     }
     const int result = LoadGoods(transaction, member.value, load_bonuses);
-    if (result != 0) {
-      return result;
-    }
+    if (result != 0) return result;
   }
   return 0;
 }
@@ -300,9 +292,7 @@ constexpr PartLoader kPartLoaders[] = {
 
 const PartLoader *FindPartLoader(const JsonMember &member) {
   for (const PartLoader &part : kPartLoaders) {
-    if (KeyIsPrefixOf(member, part.key)) {
-      return &part;
-    }
+    if (KeyIsPrefixOf(member, part.key)) return &part;
   }
   return nullptr;
 }
@@ -312,9 +302,7 @@ const PartLoader *FindPartLoader(const JsonMember &member) {
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source) {
   uint32_t found = 0;
   for (const JsonMember &member : JsonMembers(node)) {
-    if (member.key == nullptr || member.key_length > kLongestName) {
-      return 0;
-    }
+    if (member.key == nullptr || member.keyLength > kLongestName) return 0;
     const PartLoader *part = FindPartLoader(member);
     if (part != nullptr) {
       const bool is_answered = source == PartSource::kAnswer && part->loadAnswered != nullptr;
@@ -350,9 +338,7 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
   for (const JsonMember &member : JsonMembers(node)) {
     if (KeyEquals(member, "goodList")) {
       const int result = LoadGoodList(transaction, member.value, load_bonuses);
-      if (result != 0) {
-        return result;
-      }
+      if (result != 0) return result;
     } else if (!LoadMember(transaction, &transaction->bill, Style::kBill, kBillMembers, member)) {
       TraceWarning("unsupported bill element [%.*s]\n", TracedKeyLength(member), member.key);
     }
@@ -381,9 +367,7 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
   CashBackBlock &cash_back = transaction->cashBack;
   cash_back.goodCount = 0;
   cash_back.goods = nullptr;
-  if (node == nullptr || !JsonIsObject(*node)) {
-    return ERR_RESPONSE_STRUCTURE;
-  }
+  if (node == nullptr || !JsonIsObject(*node)) return ERR_RESPONSE_STRUCTURE;
   for (const JsonMember &member : JsonMembers(node)) {
     if (IsList(member, "cashBackGood")) {
       LoadCashBackGoods(transaction, member.value);

@@ -102,9 +102,7 @@ const char *EnumerationText(MemberField field, MemberKind kind) {
 void WriteValue(JsonPrinter *printer, const MemberName &member, MemberField field) {
   switch (member.kind) {
     case MemberKind::kText:
-      if (*field.text != nullptr || !member.isOptional) {
-        WriteStringMember(printer, member.key, *field.text);
-      }
+      if (*field.text != nullptr || !member.isOptional) WriteStringMember(printer, member.key, *field.text);
       break;
     case MemberKind::kDate:
       WriteStringMember(printer, member.key, *field.date);
@@ -116,7 +114,7 @@ void WriteValue(JsonPrinter *printer, const MemberName &member, MemberField fiel
       WriteBoolMember(printer, member.key, *field.number);
       break;
     case MemberKind::kFlag:
-      WriteBoolMember(printer, member.key, *field.flag);
+      WriteBoolMember(printer, member.key, *field.flag ? 1 : 0);
       break;
     default:
       WriteStringMember(printer, member.key, EnumerationText(field, member.kind));
@@ -162,9 +160,7 @@ int CreateOperationRequest(const Transaction *transaction, String *output) {
   Begin(&printer, JSON_OBJECT_BEGIN);
   WriteKey(&printer, "request");
   WriteRequestPart(&printer, transaction);
-  if (!WriteOperationRequestParts(&printer, transaction)) {
-    Fatal("Unhandled request type!", LUMO_HERE);
-  }
+  if (!WriteOperationRequestParts(&printer, transaction)) Fatal("Unhandled request type!", LUMO_HERE);
   End(&printer, JSON_OBJECT_END);
   End(&printer, JSON_OBJECT_END);
   JsonPrinterFree(&printer);
@@ -183,21 +179,15 @@ const char *WebMethodName(RequestType type) {
 
 bool WriteOperationRequestParts(JsonPrinter *printer, const Transaction *transaction) {
   const OperationForm *operation = FindOperation(transaction->request.type);
-  if (operation == nullptr) {
-    return false;
-  }
+  if (operation == nullptr) return false;
   WritePart(printer, transaction, operation->requestPart);
   return true;
 }
 
 bool WriteOperationRecordParts(JsonPrinter *printer, const Transaction *transaction) {
   const OperationForm *operation = FindOperation(transaction->request.type);
-  if (operation == nullptr) {
-    return false;
-  }
-  for (const PartWriter *part : operation->recordParts) {
-    WritePart(printer, transaction, part);
-  }
+  if (operation == nullptr) return false;
+  for (const PartWriter *part : operation->recordParts) WritePart(printer, transaction, part);
   return true;
 }
 
@@ -221,9 +211,7 @@ int WriteBillPart(JsonPrinter *printer, const BillBlock *bill) {
     Begin(printer, JSON_OBJECT_BEGIN);
     WriteKey(printer, "good");
     Begin(printer, JSON_ARRAY_BEGIN);
-    for (int32_t i = 0; i < bill->goodCount; ++i) {
-      WriteGoodPart(printer, &bill->goods[i]);
-    }
+    for (int32_t i = 0; i < bill->goodCount; ++i) WriteGoodPart(printer, &bill->goods[i]);
     End(printer, JSON_ARRAY_END);
     End(printer, JSON_OBJECT_END);
   }
@@ -236,9 +224,7 @@ int WriteGoodPart(JsonPrinter *printer, const Good *good) {
   if (good->bonusCount > 0) {
     WriteKey(printer, "bonus");
     Begin(printer, JSON_ARRAY_BEGIN);
-    for (int32_t i = 0; i < good->bonusCount; ++i) {
-      WriteBonusPart(printer, &good->bonuses[i]);
-    }
+    for (int32_t i = 0; i < good->bonusCount; ++i) WriteBonusPart(printer, &good->bonuses[i]);
     End(printer, JSON_ARRAY_END);
   }
   return End(printer, JSON_OBJECT_END);
@@ -264,9 +250,7 @@ int WriteCashBackPart(JsonPrinter *printer, const CashBackBlock *cash_back) {
   if (cash_back->cashBackType == CASHBACK_SEQ && cash_back->goodCount > 0) {
     WriteKey(printer, "cashBackGood");
     Begin(printer, JSON_ARRAY_BEGIN);
-    for (int32_t i = 0; i < cash_back->goodCount; ++i) {
-      WriteCashBackGoodPart(printer, &cash_back->goods[i]);
-    }
+    for (int32_t i = 0; i < cash_back->goodCount; ++i) WriteCashBackGoodPart(printer, &cash_back->goods[i]);
     End(printer, JSON_ARRAY_END);
   }
   return End(printer, JSON_OBJECT_END);

@@ -57,9 +57,7 @@ const char *TextAt(const char *const (&table)[kCount], int32_t value) {
 template <size_t kCount>
 int32_t Find(const char *const (&table)[kCount], const char *text) {
   int32_t value = 0;
-  while (value < UnknownValue(table) && (text == nullptr || std::strcmp(table[value], text) != 0)) {
-    ++value;
-  }
+  while (value < UnknownValue(table) && (text == nullptr || std::strcmp(table[value], text) != 0)) ++value;
   return value;
 }
 

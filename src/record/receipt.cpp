@@ -7,7 +7,6 @@
 #include "foundation/memory.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr size_t kLineBytes = 1024;  // the longest line and its terminator
@@ -21,25 +20,19 @@ ReceiptBuffer *ReceiptCreate() {
 }
 
 int ReceiptFree(ReceiptBuffer *receipt) {
-  if (receipt->text != nullptr) {
-    StringFree(receipt->text);
-  }
+  if (receipt->text != nullptr) StringFree(receipt->text);
   MemFree(receipt, LUMO_HERE);
   return 0;
 }
 
 int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...) {
   char line[kLineBytes];
-  if (receipt->text == nullptr) {
-    receipt->text = StringCreate();
-  }
+  if (receipt->text == nullptr) receipt->text = StringCreate();
   va_list arguments;
   va_start(arguments, format);
   const size_t length = FormatText(line, sizeof line, format, arguments);
   va_end(arguments);
-  if (length >= kLineBytes) {
-    Fatal("Stack overflow!\n", LUMO_HERE);
-  }
+  if (length >= kLineBytes) Fatal("Stack overflow!\n", LUMO_HERE);
   StringAppendN(receipt->text, line, static_cast<uint32_t>(length));
   return 0;
 }

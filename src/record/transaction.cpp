@@ -48,11 +48,11 @@ void FreeChunks(TransactionMemory *chunk) {
 
 }  // namespace
 
-Transaction *new_transaction() {
+Transaction *TransactionCreate() {
   auto *transaction = static_cast<Transaction *>(MemCalloc(1, sizeof(Transaction), LUMO_HERE));
   const SettingsRecord &settings = Settings();
-  trans_strcpy(transaction, &transaction->serverAddr, settings.serverAddr);
-  trans_strcpy(transaction, &transaction->serverAltAddr, settings.serverAltAddr);
+  TransactionCopyText(transaction, &transaction->serverAddr, settings.serverAddr);
+  TransactionCopyText(transaction, &transaction->serverAltAddr, settings.serverAltAddr);
   transaction->timeout = settings.timeout;
   transaction->sslMode = settings.sslMode;
   transaction->body = ReceiptCreate();
@@ -61,10 +61,8 @@ Transaction *new_transaction() {
   return transaction;
 }
 
-int free_transaction(Transaction *transaction) {
-  if (transaction == nullptr) {
-    return 0;
-  }
+int TransactionFree(Transaction *transaction) {
+  if (transaction == nullptr) return 0;
   ReceiptFree(transaction->footer);
   ReceiptFree(transaction->header);
   ReceiptFree(transaction->body);
@@ -73,16 +71,12 @@ int free_transaction(Transaction *transaction) {
   return 0;
 }
 
-void *trans_alloc(Transaction *transaction, size_t size) {
+void *TransactionAllocate(Transaction *transaction, size_t size) {
   // The largest sizes would wrap when rounded up; as they are, they fail in the allocation.
-  if (size > SIZE_MAX - kAlignment - kHeadBytes) {
-    return MemCalloc(1, size, LUMO_HERE);
-  }
+  if (size > SIZE_MAX - kAlignment - kHeadBytes) return MemCalloc(1, size, LUMO_HERE);
   const size_t rounded = (size + kAlignment - 1) / kAlignment * kAlignment;
   TransactionMemory *current = transaction->memory;
-  if (current != nullptr && rounded <= current->capacity - current->used) {
-    return TakePiece(current, rounded);
-  }
+  if (current != nullptr && rounded <= current->capacity - current->used) return TakePiece(current, rounded);
   if (rounded > kLargestSharedPiece && current != nullptr) {
     // Behind the current chunk, which goes on serving small pieces.
     TransactionMemory *own = CreateChunk(rounded);
@@ -96,27 +90,25 @@ void *trans_alloc(Transaction *transaction, size_t size) {
   return TakePiece(chunk, rounded);
 }
 
-const char *trans_strcpy(Transaction *transaction, const char **field, const char *source) {
+const char *TransactionCopyText(Transaction *transaction, const char **field, const char *source) {
   if (source == nullptr) {
     *field = nullptr;
     TraceError("trans_strcpy src == NULL\n");
     return nullptr;
   }
-  const size_t bytes = strlen(source) + 1;
-  auto *copy = static_cast<char *>(trans_alloc(transaction, bytes));
-  memcpy(copy, source, bytes);
+  const size_t bytes = std::strlen(source) + 1;
+  auto *copy = static_cast<char *>(TransactionAllocate(transaction, bytes));
+  std::memcpy(copy, source, bytes);
   *field = copy;
   return copy;
 }
 
-bool isOffline(const Transaction *transaction) {
+bool IsOffline(const Transaction *transaction) {
   return transaction->request.isOffline;
 }
 
 bool TraceIfNull(const Transaction *transaction) {
-  if (transaction != nullptr) {
-    return false;
-  }
+  if (transaction != nullptr) return false;
   TraceError("Pointer \"%s\" is null\n", "trans");
   return true;
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/scoped.h"
 #include "record/enumerations.h"
 
 namespace lumo {
@@ -150,17 +151,18 @@ struct Transaction {
   TransactionMemory *memory;  // everything the record owns beyond itself and its receipts
 };
 
-Transaction *new_transaction();                  // connection settings copied, receipts empty, all else zero
-int free_transaction(Transaction *transaction);  // null is allowed; returns 0
+Transaction *TransactionCreate();               // connection settings copied, receipts empty, all else zero
+int TransactionFree(Transaction *transaction);  // null is allowed; returns 0
+using ScopedTransaction = Scoped<Transaction, TransactionFree>;
 
 // Zero-filled memory that lives as long as the record.
-void *trans_alloc(Transaction *transaction, size_t size);
+void *TransactionAllocate(Transaction *transaction, size_t size);
 
 // Stores a copy of `source` in `field` and returns it. A null source stores null and traces an error, which
 // is no failure.
-const char *trans_strcpy(Transaction *transaction, const char **field, const char *source);
+const char *TransactionCopyText(Transaction *transaction, const char **field, const char *source);
 
-bool isOffline(const Transaction *transaction);
+bool IsOffline(const Transaction *transaction);
 
 // True, with the pointer's error line in the trace, when there is no record.
 bool TraceIfNull(const Transaction *transaction);

@@ -3,7 +3,6 @@
 #include "foundation/trace.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr int kUpdateFailed = -1;  // updating is not part of this version

@@ -9,14 +9,13 @@
 #include "foundation/trace.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr size_t kComparedKeyBytes = 40;
 constexpr char kMissingText[] = "Значение не задано";
 
 bool KeyIs(const JsonMember &member, const char *name) {
-  return strncmp(member.key, name, kComparedKeyBytes) == 0;
+  return std::strncmp(member.key, name, kComparedKeyBytes) == 0;
 }
 
 void DestroyUpdateResponse(UpdateResponse *response) {
@@ -81,13 +80,13 @@ void ReplaceResponse(UpdateResponse **holder) {
 
 void ReadPackMember(UpdateResponse **holder, const JsonMember &member, int index) {
   if (KeyIs(member, "response")) {
-    printf("!1! %d  %s\n", index, member.key);
+    std::printf("!1! %d  %s\n", index, member.key);
     ReplaceResponse(holder);
     ReadResponse(*holder, member.value);
   } else if (KeyIs(member, "files")) {
-    printf("!2! %d  %s\n", index, member.key);
+    std::printf("!2! %d  %s\n", index, member.key);
   } else {
-    printf("!3! %d  %s\n", index, member.key);
+    std::printf("!3! %d  %s\n", index, member.key);
     TraceWarning("UNKNOWN TAG: %s", member.key);
   }
 }

@@ -22,7 +22,7 @@ TEST(Attach, FindsTheFolderOfTheModule) {
   EXPECT_NE(folder, before);
   ASSERT_FALSE(folder.empty());
   EXPECT_EQ(folder.back(), lumo::kPathSeparator);
-  EXPECT_TRUE(lumo::FileExists("api_test") != 0 || lumo::FileExists("api_test.exe") != 0);
+  EXPECT_TRUE(lumo::FileExists("api_test") || lumo::FileExists("api_test.exe"));
 }
 
 TEST(Attach, FindsTheSameFolderEachTime) {

@@ -21,8 +21,8 @@ const std::string kBom = "\xEF\xBB\xBF";  // spares the reader's seek and the li
 class Lifecycle : public testing::Test {
  protected:
   ~Lifecycle() override {
-    lumo::free_transaction(lumo::currentTransaction);
-    lumo::currentTransaction = nullptr;
+    lumo::TransactionFree(lumo::current_transaction);
+    lumo::current_transaction = nullptr;
     lumo::ReleaseState();
     lumo::ReleaseSettings();
   }
@@ -111,23 +111,23 @@ TEST_F(Lifecycle, ForgetsAnOpenTransactionWithoutFreeingIt) {
   folder_.Write("CONFIG", "{\"receiptFooter\":\"Foot\"}");
   ASSERT_EQ(LUMOInit(), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
-  lumo::Transaction *open = lumo::currentTransaction;
+  lumo::Transaction *open = lumo::current_transaction;
   const char *footer = getReceiptFooterPtr();
   ASSERT_EQ(LUMOInit(), 0);
-  EXPECT_EQ(lumo::currentTransaction, nullptr);
+  EXPECT_EQ(lumo::current_transaction, nullptr);
   EXPECT_STREQ(footer, "Foot\n");
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
-  lumo::free_transaction(open);
+  lumo::TransactionFree(open);
 }
 
 TEST_F(Lifecycle, AFailedStartKeepsTheOpenTransaction) {
   folder_.Write("CONFIG", "{}");
   ASSERT_EQ(LUMOInit(), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
-  const lumo::Transaction *open = lumo::currentTransaction;
+  const lumo::Transaction *open = lumo::current_transaction;
   folder_.Remove("CONFIG");
   EXPECT_EQ(LUMOInit(), -111);
-  EXPECT_EQ(lumo::currentTransaction, open);
+  EXPECT_EQ(lumo::current_transaction, open);
 }
 
 TEST_F(Lifecycle, ASecondStartReadsEverythingAnew) {

@@ -178,9 +178,9 @@ TEST_F(TransactionCalls, NullTextsMakeATransactionWithEmptyFields) {
   EXPECT_THAT(folder_.Trace(),
               StartsWith("CreateTransaction [(null)] [(null)]\n"
                          "ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n"));
-  ASSERT_NE(lumo::currentTransaction, nullptr);
-  EXPECT_EQ(lumo::currentTransaction->request.cardNum, nullptr);
-  EXPECT_EQ(lumo::currentTransaction->request.employeeId, nullptr);
+  ASSERT_NE(lumo::current_transaction, nullptr);
+  EXPECT_EQ(lumo::current_transaction->request.cardNum, nullptr);
+  EXPECT_EQ(lumo::current_transaction->request.employeeId, nullptr);
 }
 
 TEST_F(TransactionCalls, TheReceiptCallsTraceTheirEnginesNameAlone) {
@@ -193,22 +193,22 @@ TEST_F(TransactionCalls, TheReceiptCallsTraceTheirEnginesNameAlone) {
 
 TEST_F(TransactionCalls, ASecondTransactionIsRefusedAndTheFirstStays) {
   StartWithTransaction("http://127.0.0.1:1/a");
-  const lumo::Transaction *first = lumo::currentTransaction;
+  const lumo::Transaction *first = lumo::current_transaction;
   EXPECT_EQ(CreateTransaction("2", "3"), -112);
   EXPECT_EQ(folder_.Trace(), "CreateTransaction [2] [3]\nERROR: Transaction created already\n");
-  EXPECT_EQ(lumo::currentTransaction, first);
+  EXPECT_EQ(lumo::current_transaction, first);
   EXPECT_STREQ(first->request.cardNum, "9000000001");
 }
 
 TEST_F(TransactionCalls, ShiftModeNeedsAnOpenShift) {
   Start("http://127.0.0.1:1/a", ",\"shiftMode\":1");
   EXPECT_EQ(CreateTransaction("1", "2"), -602);
-  EXPECT_EQ(lumo::currentTransaction, nullptr);
+  EXPECT_EQ(lumo::current_transaction, nullptr);
   EXPECT_THAT(folder_.Trace(), StartsWith("CreateTransaction [1] [2]\nLoadState\nparseJsonFile [STATE]\n"));
   EXPECT_THAT(folder_.Trace(), EndsWith("ERROR: Shift mode is ON and shift not opened!\n"));
   ASSERT_EQ(OpenShift("42"), 0);
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
-  EXPECT_STREQ(lumo::currentTransaction->request.shiftId, "42");
+  EXPECT_STREQ(lumo::current_transaction->request.shiftId, "42");
 }
 
 TEST_F(TransactionCalls, TheShiftIsCheckedBeforeTheOpenTransaction) {
@@ -233,7 +233,7 @@ TEST_F(TransactionCalls, ClosingEndsTheTransaction) {
   StartWithTransaction("http://127.0.0.1:1/a");
   EXPECT_EQ(CloseTransaction(), 0);
   EXPECT_EQ(folder_.Trace(), "CloseTransaction()\n");
-  EXPECT_EQ(lumo::currentTransaction, nullptr);
+  EXPECT_EQ(lumo::current_transaction, nullptr);
   EXPECT_EQ(getReceiptBodyPtr(), nullptr);
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
 }
@@ -472,7 +472,7 @@ TEST_F(TransactionCalls, AnEmptyBodyHasTheSizeOfItsTerminator) {
 
 TEST_F(TransactionCalls, TheBodyIsCopiedIntoABufferOfExactlyItsSize) {
   StartWithTransaction("http://127.0.0.1:1/a");
-  for (int i = 0; i < 30; ++i) lumo::ReceiptPrintf(lumo::currentTransaction->body, "Line %02d\n", i);
+  for (int i = 0; i < 30; ++i) lumo::ReceiptPrintf(lumo::current_transaction->body, "Line %02d\n", i);
   const int size = getReceiptBody(nullptr);
   ASSERT_EQ(size, 30 * 8 + 1);
   std::vector<char> buffer(static_cast<size_t>(size), '?');

@@ -113,7 +113,7 @@ TEST(Tree, FindsTheMemoryOfTheOneBefore) {
     const std::string bill = bench::MakeBill(goods);
     ExpectNoMoreMemory(
         [&](lumo::JsonReader *reader) {
-          if (lumo::parseJsonText(reader, bill.c_str()) != 0) std::abort();
+          if (lumo::ParseJsonText(reader, bill.c_str()) != 0) std::abort();
         },
         0, goods);
   }
@@ -129,7 +129,7 @@ TEST(Tree, OfAFileFindsTheMemoryOfTheOneBefore) {
     const uint64_t calls = 3 * 3 + 5 + 2 + bill.size() / 1024 + 3;
     ExpectNoMoreMemory(
         [](lumo::JsonReader *reader) {
-          if (lumo::parseJsonFile(reader, "BILL.JSN") != 0) std::abort();
+          if (lumo::ParseJsonFile(reader, "BILL.JSN") != 0) std::abort();
         },
         calls, goods);
   }

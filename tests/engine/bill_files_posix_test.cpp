@@ -16,9 +16,7 @@ class FullMedium : public test::Shop {
 
 TEST_F(FullMedium, EveryFragmentOfAnAmountBillIsTriedAndTraced) {
   std::string expected = "CreateAmountBill\n";
-  for (int i = 0; i < 14; ++i) {
-    expected += "ERROR: WriteFile function failed with error 112\n";
-  }
+  for (int i = 0; i < 14; ++i) expected += "ERROR: WriteFile function failed with error 112\n";
   EXPECT_EQ(lumo::CreateAmountBill(15000, "BILL.JSN"), 0);
   EXPECT_EQ(folder.Trace(), expected);
 }

@@ -33,7 +33,7 @@ class BillFiles : public test::Shop {
     card->bill.totalSum = 1;
     card->bill.spendAmount = 2;
     card->bill.goodCount = 1;
-    card->bill.goods = static_cast<lumo::Good *>(lumo::trans_alloc(card, sizeof(lumo::Good)));
+    card->bill.goods = static_cast<lumo::Good *>(lumo::TransactionAllocate(card, sizeof(lumo::Good)));
     card->bill.billNum = "old";
     card->bill.billDate[0] = 'x';
   }
@@ -125,9 +125,7 @@ TEST_P(DamagedBill, GivesItsCode) {
   folder.Write("BILL.JSN", GetParam().text);
   EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), GetParam().code);
   EXPECT_EQ(card->bill.spendAmount, 0);
-  if (GetParam().code == -303) {
-    ExpectZeroBill();
-  }
+  if (GetParam().code == -303) ExpectZeroBill();
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, DamagedBill, testing::ValuesIn(kDamagedBills), test::CaseName());
@@ -186,10 +184,8 @@ TEST_F(BillFiles, RewritingCutsALongerFileAndMakesAMissingOne) {
 TEST_F(BillFiles, ABillOfMoreThan65535GoodsIsRewrittenWhole) {
   constexpr int32_t kGoods = 65540;
   card->bill.goodCount = kGoods;
-  card->bill.goods = static_cast<lumo::Good *>(lumo::trans_alloc(card, kGoods * sizeof(lumo::Good)));
-  for (int32_t i = 0; i < kGoods; ++i) {
-    card->bill.goods[i].orderNum = i + 1;
-  }
+  card->bill.goods = static_cast<lumo::Good *>(lumo::TransactionAllocate(card, kGoods * sizeof(lumo::Good)));
+  for (int32_t i = 0; i < kGoods; ++i) card->bill.goods[i].orderNum = i + 1;
   EXPECT_EQ(lumo::BillModify(card, "BILL.JSN"), 0);
   const std::string text = folder.Read("BILL.JSN");
   EXPECT_EQ(test::Count(text, R"("title":"")"), size_t{kGoods});

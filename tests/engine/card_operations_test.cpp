@@ -128,9 +128,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, EveryOperation, testing::ValuesIn(Operation
 std::vector<Operation> Those(bool journalled) {
   std::vector<Operation> chosen;
   for (const Operation &operation : Operations()) {
-    if (operation.journalled == journalled) {
-      chosen.push_back(operation);
-    }
+    if (operation.journalled == journalled) chosen.push_back(operation);
   }
   return chosen;
 }
@@ -535,9 +533,7 @@ class Balance : public test::Shop, public testing::WithParamInterface<BalanceCas
 
 TEST_P(Balance, PrintsTheTotalsOfTheAccounts) {
   std::string list;
-  for (const std::string &account : GetParam().accounts) {
-    list += (list.empty() ? "" : ",") + account;
-  }
+  for (const std::string &account : GetParam().accounts) list += (list.empty() ? "" : ",") + account;
   StartServer({Reply("getBalanceResponse", "\"balance\":{\"account\":[" + list + "]}")});
   OpenShop();
   OpenCard();

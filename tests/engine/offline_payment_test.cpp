@@ -28,18 +28,18 @@ constexpr int32_t kLeast = INT32_MIN;
 
 class OfflinePayment : public testing::Test {
  protected:
-  OfflinePayment() : card(lumo::new_transaction()) { folder.ClearTrace(); }
-  ~OfflinePayment() override { lumo::free_transaction(card); }
+  OfflinePayment() : card(lumo::TransactionCreate()) { folder.ClearTrace(); }
+  ~OfflinePayment() override { lumo::TransactionFree(card); }
 
   void FillGoods(const std::vector<int32_t> &costs) {
     card->bill.goodCount = static_cast<int32_t>(costs.size());
-    card->bill.goods = static_cast<lumo::Good *>(lumo::trans_alloc(card, costs.size() * sizeof(lumo::Good)));
-    for (size_t i = 0; i < costs.size(); ++i) {
-      card->bill.goods[i].positionCost = costs[i];
-    }
+    card->bill.goods =
+        static_cast<lumo::Good *>(lumo::TransactionAllocate(card, costs.size() * sizeof(lumo::Good)));
+    for (size_t i = 0; i < costs.size(); ++i) card->bill.goods[i].positionCost = costs[i];
   }
   void GiveBonuses(size_t good, const Entries &entries) {
-    auto *bonuses = static_cast<lumo::Bonus *>(lumo::trans_alloc(card, entries.size() * sizeof(lumo::Bonus)));
+    auto *bonuses =
+        static_cast<lumo::Bonus *>(lumo::TransactionAllocate(card, entries.size() * sizeof(lumo::Bonus)));
     for (size_t i = 0; i < entries.size(); ++i) {
       bonuses[i] = lumo::Bonus{entries[i][0], entries[i][1], entries[i][2],
                                static_cast<lumo::AccountType>(entries[i][3])};
@@ -207,9 +207,7 @@ TEST_F(OfflinePayment, WithoutRatesKeepsTheEntriesAGoodHas) {
 TEST_F(OfflinePayment, MoreGoodsThan65535AllEarn) {
   FillGoods(std::vector<int32_t>(65540, 10000));
   EXPECT_EQ(lumo::PaymentProcessOffline(card, 2, 3, 4), 0);
-  for (size_t i = 0; i < 65540; ++i) {
-    ASSERT_EQ(card->bill.goods[i].bonusCount, 2) << i;
-  }
+  for (size_t i = 0; i < 65540; ++i) ASSERT_EQ(card->bill.goods[i].bonusCount, 2) << i;
   EXPECT_EQ(Bonuses(65539), (Entries{{0, 300, 300, ACCOUNT_LOCAL}, {0, 200, 100, ACCOUNT_GLOBAL}}));
 }
 

@@ -241,9 +241,7 @@ TEST_F(OfflineReplay, TracesARecordsStepsInOrder) {
 
 TEST_F(OfflineReplay, ALongJournalIsSentRecordByRecord) {
   std::string journal;
-  for (int i = 0; i < 300; ++i) {
-    journal += Record(i % 10);
-  }
+  for (int i = 0; i < 300; ++i) journal += Record(i % 10);
   Open(journal);
   EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
   EXPECT_EQ(folder.Read("OFFLINE"), journal);

@@ -28,9 +28,7 @@ class PaymentStack : public testing::Test {
   std::vector<int32_t> PopStates() {
     std::vector<int32_t> states;
     PaymentStackItem item;
-    while (lumo::PaymentStackPop(&stack, &item)) {
-      states.push_back(item.state);
-    }
+    while (lumo::PaymentStackPop(&stack, &item)) states.push_back(item.state);
     return states;
   }
 
@@ -93,15 +91,11 @@ TEST_F(PaymentStack, ANullRrnIsTheEmptyText) {
 }
 
 TEST_F(PaymentStack, AnswersWithoutPaymentsTakeNoMemory) {
-  for (int i = 0; i < 1000; ++i) {
-    Answer(std::to_string(i).c_str(), 1);
-  }
+  for (int i = 0; i < 1000; ++i) Answer(std::to_string(i).c_str(), 1);
   EXPECT_EQ(stack.bucketCount, 0U);
   Push("A");
   const uint32_t bucket_count = stack.bucketCount;
-  for (int i = 0; i < 1000; ++i) {
-    Answer(std::to_string(i).c_str(), 1);
-  }
+  for (int i = 0; i < 1000; ++i) Answer(std::to_string(i).c_str(), 1);
   EXPECT_EQ(stack.answers, 1U);
   EXPECT_EQ(stack.bucketCount, bucket_count);
 }
@@ -133,9 +127,7 @@ uint64_t StepsOfAShift(uint32_t payments, const char *format) {
   for (uint32_t i = 0; i < payments; ++i) {
     char rrn[40];
     std::snprintf(rrn, sizeof rrn, "TERM0%06u%05u", 121205 + i / 5000, i % 5000);
-    if (format != nullptr) {
-      std::snprintf(rrn, sizeof rrn, "%s", format);
-    }
+    if (format != nullptr) std::snprintf(rrn, sizeof rrn, "%s", format);
     lumo::PaymentStackPush(&stack, rrn, 0, 0, 0, lumo::PAYMENT_UNANSWERED);
     lumo::PaymentStackAnswer(&stack, rrn, lumo::PAYMENT_CONFIRMED);
   }
@@ -179,16 +171,12 @@ TEST_F(PaymentStack, AgreesWithAWalkOverAllPayments) {
       } else {
         Answer(rrn.c_str(), state);
         for (Known &payment : payments) {
-          if (payment.rrn == rrn) {
-            payment.state = state;
-          }
+          if (payment.rrn == rrn) payment.state = state;
         }
       }
     }
     States expected;
-    for (const Known &payment : payments) {
-      expected.push_back(payment.state);
-    }
+    for (const Known &payment : payments) expected.push_back(payment.state);
     ASSERT_EQ(PopStates(), expected) << "round " << round;
     lumo::PaymentStackFree(&stack);
   }

@@ -103,9 +103,7 @@ class Reports : public test::Shop {
            {"Get", "GenerateReport", "ERROR: Previous", "ERROR: LoadLogRecord", "ERROR: Payment",
             "WARNING: Unsupported request type", "WARNING: Unsupported activation type", "Begin", "-Stack",
             "Payment ", "Gift", "Refer", "Activation ", "Deposit ", "Cashback ", "Returning"}) {
-        if (line.rfind(start, 0) == 0) {
-          lines += line + "\n";
-        }
+        if (line.rfind(start, 0) == 0) lines += line + "\n";
       }
     }
     return lines;
@@ -477,14 +475,10 @@ class Model {
  public:
   void Add(const std::string &kind, const std::string &rrn, const std::string &date, uint32_t earned,
            uint32_t spent, uint32_t discount, bool confirms) {
-    if (!(kFrom < date && date < kTo)) {
-      return;
-    }
+    if (!(kFrom < date && date < kTo)) return;
     if (kind == "CONFIRM") {
       for (Item &item : items_) {
-        if (item.rrn.substr(0, 20) == rrn.substr(0, 20)) {
-          item.state = confirms ? 1 : 0;
-        }
+        if (item.rrn.substr(0, 20) == rrn.substr(0, 20)) item.state = confirms ? 1 : 0;
       }
     } else {
       items_.insert(items_.begin(), Item{rrn, earned, spent, discount, kind == "PAYMENT" ? -1 : 1});

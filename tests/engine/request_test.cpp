@@ -50,7 +50,7 @@ TEST_F(Identity, FillsTheRequestBlock) {
 TEST_F(Identity, TheShiftIsReadFromItsFile) {
   OpenShop();
   folder.Write("STATE", R"({"reqId":"1","shiftId":"13"})");
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   EXPECT_EQ(lumo::FillTransactionHeader(card, test::kCard, test::kCashier), 0);
   EXPECT_STREQ(card->request.shiftId, "13");
   EXPECT_EQ(folder.Trace(), test::kStateReload);
@@ -58,7 +58,7 @@ TEST_F(Identity, TheShiftIsReadFromItsFile) {
 
 TEST_F(Identity, ANullCardAndCashierStayNull) {
   OpenShop();
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   EXPECT_EQ(lumo::FillTransactionHeader(card, nullptr, nullptr), 0);
   EXPECT_EQ(card->request.cardNum, nullptr);
   EXPECT_EQ(card->request.employeeId, nullptr);
@@ -77,7 +77,7 @@ TEST_F(Identity, AbsentSettingsPrintEmptyAndStayNull) {
   folder.Write("CONFIG", "{}");
   ASSERT_EQ(lumo::LoadConfig(), 0);
   SetState(R"({"reqId":"1"})");
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   folder.ClearTrace();
   EXPECT_EQ(lumo::FillTransactionHeader(card, "1", "2"), 0);
   EXPECT_EQ(card->request.terminalId, nullptr);
@@ -305,7 +305,7 @@ TEST_F(GenerateRRN, AClockBehindTheLastIdLeavesTheIdAsItWas) {
             "ERROR: Date compare error - old rrn date[121206] request date[121205]\n"
             "First RRN generation [TERM012120500000]\n");
 
-  lumo::trans_strcpy(card, &card->request.requestId, "TERM012120500001");
+  lumo::TransactionCopyText(card, &card->request.requestId, "TERM012120500001");
   EXPECT_EQ(lumo::GenerateRRN(card, "TERM013010100000"), 0);
   EXPECT_STREQ(card->request.requestId, "TERM012120500001");
 }
@@ -429,7 +429,7 @@ TEST_P(RrnFromServer, FollowsTheAnswer) {
   OpenShop();
   OpenCard();
   std::strcpy(card->request.requestDate, "2012-12-05T10:00:00Z");
-  lumo::trans_strcpy(card, &card->request.requestId, kUntouched);
+  lumo::TransactionCopyText(card, &card->request.requestId, kUntouched);
   EXPECT_EQ(lumo::GenerateRRN(card, nullptr), 0);
   EXPECT_STREQ(card->request.requestId, GetParam().rrn != nullptr ? GetParam().rrn : kUntouched);
   EXPECT_THAT(folder.Trace(), EndsWith(GetParam().trace_end));
@@ -541,7 +541,7 @@ TEST_F(LastRrnQuestion, AnAnswerWithoutNumberLeavesNone) {
   StartServer({Reply("getLastRrnResponse", R"("rrn":{})")});
   OpenShop();
   OpenCard();
-  lumo::trans_strcpy(card, &card->rrNumber, "TERM012120500001");
+  lumo::TransactionCopyText(card, &card->rrNumber, "TERM012120500001");
   EXPECT_EQ(lumo::GetLastRrnProcess(card), 0);
   EXPECT_EQ(card->rrNumber, nullptr);
   EXPECT_THAT(folder.Trace(), EndsWith("ERROR: trans_strcpy src == NULL\n"));

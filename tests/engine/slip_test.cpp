@@ -27,11 +27,11 @@ TEST_F(Slip, HeaderPrintsFiveLinesAndTheFooterOne) {
 TEST_F(Slip, RrnLineIsRightAlignedIn16Columns) {
   OpenShop();
   OpenCard();
-  lumo::trans_strcpy(card, &card->request.requestId, "123");
+  lumo::TransactionCopyText(card, &card->request.requestId, "123");
   lumo::PrintRrn(card);
-  lumo::trans_strcpy(card, &card->request.requestId, "TERM0121205100000");
+  lumo::TransactionCopyText(card, &card->request.requestId, "TERM0121205100000");
   lumo::PrintRrn(card);
-  lumo::trans_strcpy(card, &card->request.requestId, "");
+  lumo::TransactionCopyText(card, &card->request.requestId, "");
   lumo::PrintRrn(card);
   EXPECT_EQ(Body(),
             "RRN:              123\n"

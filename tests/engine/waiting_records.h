@@ -28,9 +28,7 @@ class ReplayShop : public Shop {
   static std::string Refused() { return Reply("putPaymentResponse", "", kRefusal); }
   void Open(const std::string &offline, const std::string &members = "") {
     OpenShop(members);
-    if (!offline.empty()) {
-      folder.Write("OFFLINE", offline);
-    }
+    if (!offline.empty()) folder.Write("OFFLINE", offline);
   }
 };
 

@@ -253,9 +253,7 @@ FAULTS_CALL(BOOL, lumo_WriteFile,
 }
 
 FAULTS_CALL(DWORD, lumo_SetFilePointer, (HANDLE file, LONG offset, LONG *offset_high, DWORD origin)) {
-  if (Fails("SetFilePointer", faults::kPlain)) {
-    return Refuse(INVALID_SET_FILE_POINTER, faults::FileError());
-  }
+  if (Fails("SetFilePointer", faults::kPlain)) return Refuse(INVALID_SET_FILE_POINTER, faults::FileError());
   Enter();
   return Leave(__real_lumo_SetFilePointer(file, offset, offset_high, origin));
 }

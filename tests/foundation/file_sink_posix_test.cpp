@@ -40,9 +40,7 @@ TEST_F(Sink, WritesNothingWithoutAPiece) {
 }
 
 TEST_F(Sink, CollectsSmallPieces) {
-  for (int i = 0; i < 100; ++i) {
-    Write(std::to_string(i) + ",");
-  }
+  for (int i = 0; i < 100; ++i) Write(std::to_string(i) + ",");
   EXPECT_EQ(test::CountFileTraffic().writes, 0);
   ExpectFile(1);
 }
@@ -72,9 +70,7 @@ TEST_F(Sink, WritesALargePieceInOrder) {
 }
 
 TEST_F(Sink, WritesInProportionToTheBytes) {
-  for (int i = 0; i < 10240; ++i) {
-    Write("0123456789");
-  }
+  for (int i = 0; i < 10240; ++i) Write("0123456789");
   // 102,400 bytes through 2,048: pieces of ten fill 2,040 of them.
   ExpectFile(51);
 }

@@ -48,13 +48,13 @@ TEST_F(Files, OpenByTheFirstCharactersOfTheMode) {
     SCOPED_TRACE(row.mode);
     folder.Remove("F");
     lumo::HANDLE file = lumo::FileOpen("F", row.mode);
-    EXPECT_EQ(lumo::FileIsValid(file), row.makes ? 1 : 0);
+    EXPECT_EQ(lumo::FileIsValid(file), row.makes);
     EXPECT_EQ(folder.Exists("F"), row.makes);
     if (lumo::FileIsValid(file)) lumo::FileClose(file);
 
     folder.Write("F", "old text");
     file = lumo::FileOpen("F", row.mode);
-    ASSERT_EQ(lumo::FileIsValid(file), 1);
+    ASSERT_TRUE(lumo::FileIsValid(file));
     char byte = 0;
     EXPECT_EQ(lumo::FileRead(&byte, 1, 1, file), row.reads && !row.truncates ? 1U : 0U);
     folder.ClearTrace();
@@ -129,7 +129,7 @@ TEST_F(Files, OpenOfAFolderFails) {
 TEST_F(Files, OpenExcludesEveryOtherOpen) {
   folder.Write("F", "text");
   lumo::HANDLE file = lumo::FileOpen("F", "r");
-  ASSERT_EQ(lumo::FileIsValid(file), 1);
+  ASSERT_TRUE(lumo::FileIsValid(file));
   for (const char *mode : {"r", "r+", "w", "w+", "a", "a+"}) {
     folder.ClearTrace();
     EXPECT_EQ(lumo::FileOpen("F", mode), INVALID_HANDLE_VALUE) << mode;
@@ -138,7 +138,7 @@ TEST_F(Files, OpenExcludesEveryOtherOpen) {
   lumo::FileClose(file);
   EXPECT_EQ(folder.Read("F"), "text");
   file = lumo::FileOpen("F", "r");
-  EXPECT_EQ(lumo::FileIsValid(file), 1);
+  EXPECT_TRUE(lumo::FileIsValid(file));
   lumo::FileClose(file);
 }
 
@@ -161,12 +161,12 @@ TEST_F(Files, NamesMayHaveBackslashes) {
   MakeFolder("SUB");
   lumo::FileClose(lumo::FileOpen("SUB\\F", "w"));
   EXPECT_TRUE(folder.Exists("SUB/F"));
-  EXPECT_EQ(lumo::FileExists("SUB\\F"), 1);
+  EXPECT_TRUE(lumo::FileExists("SUB\\F"));
 }
 
 TEST_F(Files, OnlyTheInvalidHandleIsInvalid) {
-  EXPECT_EQ(lumo::FileIsValid(INVALID_HANDLE_VALUE), 0);
-  EXPECT_EQ(lumo::FileIsValid(nullptr), 1);
+  EXPECT_FALSE(lumo::FileIsValid(INVALID_HANDLE_VALUE));
+  EXPECT_TRUE(lumo::FileIsValid(nullptr));
 }
 
 TEST_F(Files, TransferSizeTimesCountBytes) {
@@ -297,16 +297,16 @@ TEST_F(Files, CopyOfAMissingFileGivesTheErrorNumber) {
 TEST_F(Files, ExistsForFilesAndFoldersOnly) {
   folder.Write("F", "");
   MakeFolder("SUB");
-  EXPECT_EQ(lumo::FileExists("F"), 1);
-  EXPECT_EQ(lumo::FileExists("SUB"), 1);
-  EXPECT_EQ(lumo::FileExists("absent"), 0);
+  EXPECT_TRUE(lumo::FileExists("F"));
+  EXPECT_TRUE(lumo::FileExists("SUB"));
+  EXPECT_FALSE(lumo::FileExists("absent"));
 }
 
 TEST_F(Files, NamesThatMakeNoPathExistNowhere) {
   const std::string too_long(300, 'n');
   for (const char *name : {static_cast<const char *>(nullptr), too_long.c_str()}) {
     folder.Write("F", "text");
-    EXPECT_EQ(lumo::FileExists(name), 0);
+    EXPECT_FALSE(lumo::FileExists(name));
     EXPECT_NE(lumo::FileDelete(name), 0);
     EXPECT_NE(lumo::FileMove("F", name), 0);
     EXPECT_NE(lumo::FileMove(name, "F2"), 0);

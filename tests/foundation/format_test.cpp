@@ -129,9 +129,7 @@ const IntCase kIntCases[] = {
 };
 
 TEST(IntToText, PrintsTheValue) {
-  for (const IntCase &row : kIntCases) {
-    EXPECT_STREQ(lumo::IntToText(row.value), row.text);
-  }
+  for (const IntCase &row : kIntCases) EXPECT_STREQ(lumo::IntToText(row.value), row.text);
 }
 
 struct PadCase {

@@ -27,9 +27,7 @@ struct TextBuffer : testing::Test {
   void ExpectSize(uint32_t length, uint32_t capacity) const {
     EXPECT_EQ(string->length, length);
     EXPECT_EQ(string->capacity, capacity);
-    for (uint32_t i = length; i <= string->capacity; ++i) {
-      ASSERT_EQ(string->text[i], 0) << i;
-    }
+    for (uint32_t i = length; i <= string->capacity; ++i) ASSERT_EQ(string->text[i], 0) << i;
   }
 
   test::Folder folder;
@@ -250,9 +248,7 @@ TEST(TextBufferFree, AcceptsATextThatIsGone) {
 test::Allocations CostOf(uint32_t length) {
   lumo::String *string = lumo::StringCreate();
   const test::Allocations before = test::CountAllocations();
-  for (uint32_t i = 0; i < length; ++i) {
-    lumo::StringAppendN(string, "x", 1);
-  }
+  for (uint32_t i = 0; i < length; ++i) lumo::StringAppendN(string, "x", 1);
   test::Allocations cost = test::CountAllocations();
   cost.reallocs -= before.reallocs;
   cost.realloc_bytes -= before.realloc_bytes;

@@ -83,15 +83,11 @@ TEST_F(Memory, PlaceIsTheBareFileName) {
 
 TEST_F(Memory, CallocFillsWithZeros) {
   char *bytes = static_cast<char *>(lumo::MemCalloc(100, 3, "a", 1));
-  for (int i = 0; i < 300; ++i) {
-    ASSERT_EQ(bytes[i], 0) << i;
-  }
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(bytes[i], 0) << i;
   bytes = static_cast<char *>(std::memset(bytes, 1, 300));
   lumo::MemFree(bytes, "a", 1);
   char *again = static_cast<char *>(lumo::MemCallocShort(3, 100));
-  for (int i = 0; i < 300; ++i) {
-    ASSERT_EQ(again[i], 0) << i;
-  }
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(again[i], 0) << i;
   lumo::MemFree(again, "a", 1);
 }
 
@@ -118,7 +114,7 @@ TEST_F(Memory, CopiesATextWithItsTerminator) {
   const test::Allocations before = test::CountAllocations();
   char *copy = lumo::MemCopyText(text, "a", 1);
   EXPECT_EQ(test::CountAllocations().mallocs, before.mallocs + 1);
-  EXPECT_EQ(test::CountAllocations().last_size, sizeof(text));
+  EXPECT_EQ(test::CountAllocations().last_size, sizeof text);
   EXPECT_NE(copy, text);
   EXPECT_STREQ(copy, text);
   lumo::MemFree(copy, "a", 1);

@@ -16,17 +16,13 @@ namespace {
 
 std::string NumberLines(int first, int last) {
   std::string lines;
-  for (int i = first; i <= last; ++i) {
-    lines += std::to_string(i) + "\n";
-  }
+  for (int i = first; i <= last; ++i) lines += std::to_string(i) + "\n";
   return lines;
 }
 
 std::string Records(int count) {
   std::string records;
-  for (int i = 0; i < count; ++i) {
-    records += std::string(99, 'r') + "\n";
-  }
+  for (int i = 0; i < count; ++i) records += std::string(99, 'r') + "\n";
   return records;
 }
 
@@ -266,9 +262,7 @@ TEST_F(JournalCost, OfAWalkIsTwoReadingsOfTheFile) {
     test::ResetFileTraffic();
     int walked = 0;
     lumo::RecordEntry *first = lumo::GetLogRecords();
-    for (lumo::RecordEntry *entry = first; entry != nullptr; entry = lumo::NextLogRecord(entry)) {
-      ++walked;
-    }
+    for (lumo::RecordEntry *entry = first; entry != nullptr; entry = lumo::NextLogRecord(entry)) ++walked;
     lumo::FreeRecordList(first);
     EXPECT_EQ(walked, count);
     const test::FileTraffic traffic = test::CountFileTraffic();

@@ -17,9 +17,7 @@ namespace {
 
 std::string Lines(int first, int last) {
   std::string lines;
-  for (int i = first; i <= last; ++i) {
-    lines += std::to_string(i) + "\n";
-  }
+  for (int i = first; i <= last; ++i) lines += std::to_string(i) + "\n";
   return lines;
 }
 
@@ -110,9 +108,7 @@ TEST_F(Append, KeepsTheLogBelowItsSizeForEver) {
 
 TEST_F(Append, GrowsALogOfSize1WithoutBound) {
   lumo::SetLogSize(1);
-  for (int i = 1; i <= 20; ++i) {
-    ASSERT_EQ(lumo::AppendLogRecord(std::to_string(i).c_str()), 0);
-  }
+  for (int i = 1; i <= 20; ++i) ASSERT_EQ(lumo::AppendLogRecord(std::to_string(i).c_str()), 0);
   EXPECT_EQ(folder.Read("LOG"), Lines(1, 20));
 }
 

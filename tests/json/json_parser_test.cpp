@@ -61,9 +61,8 @@ Outcome Feed(const std::string &text, size_t piece, const JsonParserConfig &conf
   EXPECT_EQ(JsonParserInit(&parser, &config, Record, &outcome), 0);
   for (size_t at = 0; at < text.size() && outcome.code == 0; at += piece) {
     // A copy of the exact size lets the sanitizer see a read beyond the piece.
-    const std::vector<char> bytes(
-        text.begin() + static_cast<std::ptrdiff_t>(at),
-        text.begin() + static_cast<std::ptrdiff_t>(std::min(at + piece, text.size())));
+    const std::vector<char> bytes(text.begin() + static_cast<ptrdiff_t>(at),
+                                  text.begin() + static_cast<ptrdiff_t>(std::min(at + piece, text.size())));
     uint32_t processed = 0;
     outcome.code = JsonParserFeed(&parser, bytes.data(), static_cast<uint32_t>(bytes.size()), &processed);
     if (outcome.code == 0) {

@@ -48,12 +48,12 @@ struct ReferenceNotes : nlohmann::json_sax<nlohmann::json>, Notes {
   bool number_float(number_float_t value, const string_t &) override { return Note(FloatText(value)); }
   bool string(string_t &value) override { return Note("s" + value); }
   bool binary(binary_t &) override { return false; }
-  bool start_object(std::size_t) override { return Note("{"); }
+  bool start_object(size_t) override { return Note("{"); }
   bool key(string_t &value) override { return Note("k" + value); }
   bool end_object() override { return Note("}"); }
-  bool start_array(std::size_t) override { return Note("["); }
+  bool start_array(size_t) override { return Note("["); }
   bool end_array() override { return Note("]"); }
-  bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &error) override {
+  bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &error) override {
     number_too_large = error.id == 406;
     return false;
   }
@@ -133,9 +133,8 @@ Read ByLumo(const std::string &text, size_t piece) {
   const std::string ended = text + "\n";
   int code = 0;
   for (size_t at = 0; at < ended.size() && code == 0; at += piece) {
-    const std::vector<char> bytes(
-        ended.begin() + static_cast<std::ptrdiff_t>(at),
-        ended.begin() + static_cast<std::ptrdiff_t>(std::min(at + piece, ended.size())));
+    const std::vector<char> bytes(ended.begin() + static_cast<ptrdiff_t>(at),
+                                  ended.begin() + static_cast<ptrdiff_t>(std::min(at + piece, ended.size())));
     code = JsonParserFeed(&parser, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
   }
   // A complete document takes nothing more: a further "0" is refused.
@@ -289,7 +288,7 @@ std::string Dump(const JsonNode &node) {
   switch (node.type) {
     case JSON_OBJECT_BEGIN:
       for (uint32_t i = 0; i < node.count; ++i) {
-        text += "k" + std::string(node.members[i].key, node.members[i].key_length) + ";" +
+        text += "k" + std::string(node.members[i].key, node.members[i].keyLength) + ";" +
                 Dump(node.members[i].value);
       }
       return "{;" + text + "};";
@@ -309,7 +308,7 @@ TEST(JsonAgainstReference, BuildsTheTreeOfRandomDocuments) {
   for (int round = 0; round < 3000; ++round) {
     const std::string text = "[" + maker.Document() + "," + maker.Document() + "]";
     JsonReader *reader = JsonReaderCreate();
-    ASSERT_EQ(parseJsonText(reader, text.c_str()), 0);
+    ASSERT_EQ(ParseJsonText(reader, text.c_str()), 0);
     ASSERT_EQ(Dump(*JsonReaderRoot(reader)), ByReference(text).notes) << text;
     JsonReaderDestroy(reader);
   }

@@ -25,7 +25,7 @@ std::string Show(const JsonNode &node) {
     case JSON_OBJECT_BEGIN:
       for (uint32_t i = 0; i < node.count; ++i) {
         const JsonMember &member = node.members[i];
-        text += (i == 0 ? "" : ",") + std::string(member.key, member.key_length) + "=" + Show(member.value);
+        text += (i == 0 ? "" : ",") + std::string(member.key, member.keyLength) + "=" + Show(member.value);
       }
       return "{" + text + "}";
     case JSON_ARRAY_BEGIN:
@@ -55,7 +55,7 @@ using ReadFile = Reader;
 
 TEST_F(ReadText, BuildsTheTree) {
   EXPECT_EQ(
-      parseJsonText(reader,
+      ParseJsonText(reader,
                     "{\"a\":[1,2.5,\"x\",[],{}],\"b\":{\"c\":null,\"d\":true,\"e\":false},\"a\":\"again\"}"),
       0);
   EXPECT_EQ(Root(), "{a=[5:1,6:2.5,7:x,[],{}],b={c=11:,d=9:,e=10:},a=7:again}");
@@ -63,7 +63,7 @@ TEST_F(ReadText, BuildsTheTree) {
 }
 
 TEST_F(ReadText, TerminatesEveryKeyAndText) {
-  ASSERT_EQ(parseJsonText(reader, "{\"key\":\"text\",\"n\":12,\"t\":true,\"empty\":\"\"}"), 0);
+  ASSERT_EQ(ParseJsonText(reader, "{\"key\":\"text\",\"n\":12,\"t\":true,\"empty\":\"\"}"), 0);
   const JsonNode *root = JsonReaderRoot(reader);
   ASSERT_NE(root, nullptr);
   ASSERT_EQ(root->count, 4U);
@@ -76,18 +76,18 @@ TEST_F(ReadText, TerminatesEveryKeyAndText) {
 }
 
 TEST_F(ReadText, KeepsExactBytes) {
-  ASSERT_EQ(parseJsonText(reader, "{\"a\\u0000b\":\"c\\u0000d\xD0\x96\\\"\"}"), 0);
+  ASSERT_EQ(ParseJsonText(reader, "{\"a\\u0000b\":\"c\\u0000d\xD0\x96\\\"\"}"), 0);
   const JsonMember &member = JsonReaderRoot(reader)->members[0];
-  EXPECT_EQ(std::string(member.key, member.key_length), std::string("a\0b", 3));
+  EXPECT_EQ(std::string(member.key, member.keyLength), std::string("a\0b", 3));
   EXPECT_EQ(std::string(member.value.text, member.value.count), std::string("c\0d\xD0\x96\"", 6));
 }
 
 TEST_F(ReadText, ScalarAndOpenAndEmptyTextsHaveNoRoot) {
   for (const char *text : {"", " ", "1 ", "1", "\"a\"", "true", "{", "{\"a\":1", "[[]"}) {
-    EXPECT_EQ(parseJsonText(reader, text), 0) << text;
+    EXPECT_EQ(ParseJsonText(reader, text), 0) << text;
     EXPECT_EQ(JsonReaderRoot(reader), nullptr) << text;
   }
-  EXPECT_EQ(parseJsonText(reader, nullptr), 0);
+  EXPECT_EQ(ParseJsonText(reader, nullptr), 0);
   EXPECT_EQ(JsonReaderRoot(reader), nullptr);
   EXPECT_EQ(folder.Trace(), "");
 }
@@ -106,22 +106,22 @@ TEST_F(ReadText, TracesCodeAndPositionOfAnError) {
   };
   for (const SyntaxCase &row : cases) {
     folder.ClearTrace();
-    EXPECT_EQ(parseJsonText(reader, row.text), -303) << row.text;
+    EXPECT_EQ(ParseJsonText(reader, row.text), -303) << row.text;
     EXPECT_EQ(folder.Trace(), row.trace) << row.text;
     EXPECT_EQ(JsonReaderRoot(reader), nullptr) << row.text;
   }
 }
 
 TEST_F(ReadText, KeepsTheRootThatWasThereWhenAParseFails) {
-  ASSERT_EQ(parseJsonText(reader, "[1]"), 0);
-  ASSERT_EQ(parseJsonText(reader, "[2}"), -303);
+  ASSERT_EQ(ParseJsonText(reader, "[1]"), 0);
+  ASSERT_EQ(ParseJsonText(reader, "[2}"), -303);
   EXPECT_EQ(Root(), "[5:1]");
-  ASSERT_EQ(parseJsonText(reader, "{\"a\":\"b\"}"), 0);
+  ASSERT_EQ(ParseJsonText(reader, "{\"a\":\"b\"}"), 0);
   EXPECT_EQ(Root(), "{a=7:b}");
 }
 
 TEST_F(ReadText, NullReaderIs304) {
-  EXPECT_EQ(parseJsonText(nullptr, "{}"), -304);
+  EXPECT_EQ(ParseJsonText(nullptr, "{}"), -304);
   EXPECT_EQ(folder.Trace(), "");
   EXPECT_EQ(JsonReaderRoot(nullptr), nullptr);
   JsonReaderDestroy(nullptr);
@@ -133,7 +133,7 @@ TEST_F(ReadText, TakesADepthOf100000) {
   std::string text;
   for (size_t i = 0; i < depth; ++i) text += i % 2 == 1 ? "[" : "{\"a\":";
   for (size_t i = depth; i > 0; --i) text += i % 2 == 0 ? "]" : "}";
-  ASSERT_EQ(parseJsonText(reader, text.c_str()), 0);
+  ASSERT_EQ(ParseJsonText(reader, text.c_str()), 0);
   const JsonNode *node = JsonReaderRoot(reader);
   ASSERT_NE(node, nullptr);
   size_t found = 1;
@@ -154,7 +154,7 @@ TEST_F(ReadText, KeepsEveryItemOfALargeDocument) {
   }
   text += ",\"" + std::string(1000000, 'z') + "\"]";
   ASSERT_GT(text.size(), 10000000U);
-  ASSERT_EQ(parseJsonText(reader, text.c_str()), 0);
+  ASSERT_EQ(ParseJsonText(reader, text.c_str()), 0);
   const JsonNode *root = JsonReaderRoot(reader);
   ASSERT_EQ(root->count, goods + 1);
   for (uint32_t i = 0; i < goods; ++i) {
@@ -176,7 +176,7 @@ TEST_F(ReadText, TakesFewPiecesOfMemoryHoweverManyItemsThereAre) {
     text += "]";
     const test::Allocations before = test::CountAllocations();
     JsonReader *own = JsonReaderCreate();
-    EXPECT_EQ(parseJsonText(own, text.c_str()), 0);
+    EXPECT_EQ(ParseJsonText(own, text.c_str()), 0);
     EXPECT_EQ(JsonReaderRoot(own)->count, static_cast<uint32_t>(goods));
     JsonReaderDestroy(own);
     const test::Allocations after = test::CountAllocations();
@@ -192,7 +192,7 @@ TEST_F(ReadText, TakesFewPiecesOfMemoryHoweverManyItemsThereAre) {
 
 TEST_F(ReadFile, TracesTheNameAndTheBytesOfAFileWithoutMark) {
   folder.Write("A.JSN", "{\"a\":1}");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), 0);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), 0);
   EXPECT_EQ(Root(), "{a=5:1}");
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\n"
@@ -202,14 +202,14 @@ TEST_F(ReadFile, TracesTheNameAndTheBytesOfAFileWithoutMark) {
 
 TEST_F(ReadFile, SkipsAByteOrderMark) {
   folder.Write("A.JSN", "\xEF\xBB\xBF{\"a\":1}");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), 0);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), 0);
   EXPECT_EQ(Root(), "{a=5:1}");
   EXPECT_EQ(folder.Trace(), "parseJsonFile [A.JSN]\nByte Order Mark skipping\n");
 }
 
 TEST_F(ReadFile, PrintsHighBytesWithTheirSign) {
   folder.Write("A.JSN", "\xEF\xBB\x7F");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -303);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -303);
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\n"
             "No BOM found FFFFFFEF FFFFFFBB 7F\n"
@@ -220,7 +220,7 @@ TEST_F(ReadFile, PrintsHighBytesWithTheirSign) {
 
 TEST_F(ReadFile, ShortFilesPrintZerosForTheMissingBytes) {
   folder.Write("A.JSN", "{}");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), 0);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), 0);
   EXPECT_EQ(Root(), "{}");
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\n"
@@ -230,31 +230,31 @@ TEST_F(ReadFile, ShortFilesPrintZerosForTheMissingBytes) {
 
 TEST_F(ReadFile, EmptyFileHasNoRootAndNoMarkLine) {
   folder.Write("A.JSN", "");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), 0);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), 0);
   EXPECT_EQ(JsonReaderRoot(reader), nullptr);
   EXPECT_EQ(folder.Trace(), "parseJsonFile [A.JSN]\n");
 }
 
 TEST_F(ReadFile, MissingFileIs307) {
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -307);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -307);
   EXPECT_EQ(folder.Trace(), "parseJsonFile [A.JSN]\nERROR: CreateFile function failed with error 2\n");
 }
 
 TEST_F(ReadFile, NullNameIs307) {
-  EXPECT_EQ(parseJsonFile(reader, nullptr), -307);
+  EXPECT_EQ(ParseJsonFile(reader, nullptr), -307);
   EXPECT_EQ(folder.Trace().rfind("parseJsonFile [(null)]\nERROR: CreateFile function failed with error ", 0),
             0U);
 }
 
 TEST_F(ReadFile, NullReaderIs304AfterTheNameWasTraced) {
   folder.Write("A.JSN", "{}");
-  EXPECT_EQ(parseJsonFile(nullptr, "A.JSN"), -304);
+  EXPECT_EQ(ParseJsonFile(nullptr, "A.JSN"), -304);
   EXPECT_EQ(folder.Trace(), "parseJsonFile [A.JSN]\n");
 }
 
 TEST_F(ReadFile, StrayCharacterIsTracedWithItsChunk) {
   folder.Write("A.JSN", "{\"a\":1} x");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -303);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -303);
   EXPECT_EQ(JsonReaderRoot(reader), nullptr);
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\n"
@@ -267,7 +267,7 @@ TEST_F(ReadFile, StrayCharacterIsTracedWithItsChunk) {
 TEST_F(ReadFile, PositionAndTextOfAnErrorAreThoseOfItsChunk) {
   // The chunks are 1,024 bytes long, counted behind the mark.
   folder.Write("A.JSN", "\xEF\xBB\xBF[" + std::string(1023, ' ') + " 1 ?]");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -303);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -303);
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\nByte Order Mark skipping\n"
             "ERROR: JSON Parser Error res [8] last character [3]\n" +
@@ -276,14 +276,14 @@ TEST_F(ReadFile, PositionAndTextOfAnErrorAreThoseOfItsChunk) {
 
 TEST_F(ReadFile, LongChunkIsTracedWholeAndCutAtAZeroByte) {
   folder.Write("A.JSN", "\xEF\xBB\xBF" + std::string(1023, '[') + "?[[[");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -303);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -303);
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\nByte Order Mark skipping\n"
             "ERROR: JSON Parser Error res [8] last character [1023]\n" +
                 std::string(1023, '[') + "?\n");
   folder.ClearTrace();
   folder.Write("A.JSN", std::string("\xEF\xBB\xBF[1]\0[2]", 10));
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), -303);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), -303);
   EXPECT_EQ(folder.Trace(),
             "parseJsonFile [A.JSN]\nByte Order Mark skipping\n"
             "ERROR: JSON Parser Error res [2] last character [3]\n" +
@@ -293,7 +293,7 @@ TEST_F(ReadFile, LongChunkIsTracedWholeAndCutAtAZeroByte) {
 TEST_F(ReadFile, IsClosedAfterwards) {
   for (const char *text : {"{}", "{x", ""}) {
     folder.Write("A.JSN", text);
-    parseJsonFile(reader, "A.JSN");
+    ParseJsonFile(reader, "A.JSN");
     EXPECT_EQ(FileDelete("A.JSN"), 0);
   }
 }
@@ -308,7 +308,7 @@ TEST_F(ReadFile, ReadsTokensThatLieAcrossChunks) {
             "\xD0\x96,5:" + std::to_string(i * 7919);
   }
   folder.Write("A.JSN", text + "]");
-  EXPECT_EQ(parseJsonFile(reader, "A.JSN"), 0);
+  EXPECT_EQ(ParseJsonFile(reader, "A.JSN"), 0);
   EXPECT_EQ(Root(), want + "]");
 }
 
@@ -316,7 +316,7 @@ TEST_F(ReadFile, ReadsTokensThatLieAcrossChunks) {
 
 TEST_F(ReadText, StructuresReadAsTheEmptyTextAndZero) {
   ASSERT_EQ(
-      parseJsonText(reader,
+      ParseJsonText(reader,
                     "[[1],{\"a\":1},\"12\",7,true,null,1.9,\"-3x\",99999999999,-99999999999,\"1\\u00002\"]"),
       0);
   const JsonNode *items = JsonReaderRoot(reader)->elements;

@@ -46,7 +46,7 @@ class Api : public testing::Test {
 };
 
 TEST_F(Api, TellsTheStateInOneObject) {
-  const std::uint64_t revision = server.revision();
+  const uint64_t revision = server.revision();
   EXPECT_EQ(Get("state"),
             "{\"revision\":" + std::to_string(revision) + ",\"address\":\"" + server.address() +
                 R"(","exchanges":0,"fault":"off","step":1,"steps":1,"update":"none","ad":"Скидки"})"
@@ -129,7 +129,7 @@ TEST_F(Api, WaitsForTheNextExchange) {
 }
 
 TEST_F(Api, WaitsForTheNextChange) {
-  const std::uint64_t revision = server.revision();
+  const uint64_t revision = server.revision();
   std::string body;
   std::thread waiting([&] { body = Get("state", {{"after", std::to_string(revision)}, {"wait", "60"}}); });
   server.SetFault(loyalty::ParseFault("cut 5"));

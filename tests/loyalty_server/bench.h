@@ -1,5 +1,5 @@
-// What the tests of the loyalty server share: a shop with round figures, a clock that stands still, requests
-// as a terminal writes them.
+// loyalty_server/bench.h: what the tests of the loyalty server share: a shop with round figures, a clock that
+// stands still, requests as a terminal writes them.
 #pragma once
 
 #include <cstdio>
@@ -113,7 +113,7 @@ class Terminal {
 
   std::string NextId() {
     char text[32];
-    std::snprintf(text, sizeof(text), "%.5s121205%05d", id_.c_str(), ++count_);
+    std::snprintf(text, sizeof text, "%.5s121205%05d", id_.c_str(), ++count_);
     return text;
   }
 

@@ -1,4 +1,4 @@
-// A client on a raw socket: what it sends and when is up to the test.
+// loyalty_server/client.h: a client on a raw socket: what it sends and when is up to the test.
 #pragma once
 
 #include <asio.hpp>
@@ -13,7 +13,7 @@ namespace bench {
 
 class Client {
  public:
-  explicit Client(std::uint16_t port) : socket_(context_) {
+  explicit Client(uint16_t port) : socket_(context_) {
     socket_.connect(asio::ip::tcp::endpoint(asio::ip::make_address("127.0.0.1"), port));
     socket_.set_option(asio::ip::tcp::no_delay(true));
   }
@@ -34,7 +34,7 @@ class Client {
   std::string Receive() {
     char buffer[500];
     asio::error_code error;
-    const std::size_t count = socket_.read_some(asio::buffer(buffer), error);
+    const size_t count = socket_.read_some(asio::buffer(buffer), error);
     if (error == asio::error::eof) return std::string();
     if (error) throw std::system_error(error);
     return std::string(buffer, count);
@@ -56,7 +56,7 @@ class Client {
     }
   }
 
-  std::size_t available() { return socket_.available(); }
+  size_t available() { return socket_.available(); }
   void Close() { socket_.close(); }
   void CloseSending() { socket_.shutdown(asio::ip::tcp::socket::shutdown_send); }
 
@@ -68,7 +68,7 @@ class Client {
 // A connection that is being opened.
 class Opening {
  public:
-  explicit Opening(std::uint16_t port) : socket_(context_) {
+  explicit Opening(uint16_t port) : socket_(context_) {
     socket_.async_connect(asio::ip::tcp::endpoint(asio::ip::make_address("127.0.0.1"), port),
                           [this](const asio::error_code &) { is_over_ = true; });
   }
@@ -92,7 +92,7 @@ inline std::string Post(const std::string &method, const std::string &body) {
          std::to_string(body.size()) + "\n\n" + body + "\n";
 }
 
-inline std::string Exchange(std::uint16_t port, const std::string &method, const std::string &body) {
+inline std::string Exchange(uint16_t port, const std::string &method, const std::string &body) {
   Client client(port);
   client.Send(Post(method, body));
   return client.ReceiveAll();

@@ -167,7 +167,7 @@ TEST(Faults, DrawnByChanceAreOnesThatARequestCanMeet) {
   const Fault every = ParseFault("random 100 seed 1");
   const Fault some = ParseFault("random 100 seed 1 among cut,http");
   std::set<FaultKind> seen;
-  for (std::uint64_t draw = 0; draw < 5000; ++draw) {
+  for (uint64_t draw = 0; draw < 5000; ++draw) {
     const Fault fault = loyalty::DrawnFault(every, draw * 7919);
     EXPECT_FALSE(loyalty::IsOfConnection(fault.kind));
     EXPECT_NE(fault.kind, FaultKind::kOff);

@@ -21,7 +21,7 @@ void ExpectSound(const loyalty::Programme &programme) {
       ASSERT_GE(purse.reserved, 0);
       ASSERT_GE(purse.expected, 0);
       ASSERT_LE(purse.reserved, purse.balance);
-      ASSERT_LE(purse.balance + purse.expected, std::numeric_limits<std::int32_t>::max());
+      ASSERT_LE(purse.balance + purse.expected, std::numeric_limits<int32_t>::max());
     }
   }
 }
@@ -61,7 +61,7 @@ TEST(HostileRequests, CutAnywhereAreParsingErrors) {
   loyalty::Programme programme = bench::MakeProgramme();
   for (const auto &operation : loyalty::kOperations) {
     const std::string document = bench::Document(operation, Head(), PartOf(operation));
-    for (std::size_t size = 0; size < document.size(); ++size) {
+    for (size_t size = 0; size < document.size(); ++size) {
       const loyalty::Reply reply = programme.Handle(operation, std::string_view(document).substr(0, size));
       ASSERT_EQ(reply.code, loyalty::Code::kRequestParsingError) << document.substr(0, size);
       ExpectAnswer(operation, reply);
@@ -122,7 +122,7 @@ TEST(HostileRequests, WithFlippedBytesNeverBreakTheProgramme) {
 
 TEST(HostileRequests, NestedAHundredThousandDeepAreAnswered) {
   loyalty::Programme programme = bench::MakeProgramme();
-  const std::size_t depth = 100000;
+  const size_t depth = 100000;
   const auto &balance = *FindOperation("balance");
   ExpectAnswer(balance, programme.Handle(balance, std::string(depth, '[')));
   const loyalty::Reply reply = programme.Handle(balance, std::string(depth, '[') + std::string(depth, ']'));

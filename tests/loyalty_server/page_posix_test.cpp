@@ -122,7 +122,7 @@ TEST_F(ThePage, EndsWhileSomebodyWaits) {
 }
 
 TEST_F(ThePage, NamesTheAddressThatItCannotHave) {
-  const auto complaint = [this](const std::string &address, std::uint16_t port) -> std::string {
+  const auto complaint = [this](const std::string &address, uint16_t port) -> std::string {
     try {
       const loyalty::Page other(&server, address, port);
     } catch (const std::system_error &error) {

@@ -34,7 +34,8 @@ Outcome Start(const std::string &arguments, const std::string &commands,
   FILE *pipe = popen(line.c_str(), "r");
   if (pipe == nullptr) return run;
   char buffer[4096];
-  for (size_t count; (count = fread(buffer, 1, sizeof(buffer), pipe)) > 0;) run.output.append(buffer, count);
+  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    run.output.append(buffer, count);
   run.status = WEXITSTATUS(pclose(pipe));
   return run;
 }
@@ -61,17 +62,17 @@ class Running {
     in_ = in[1];
     out_ = fdopen(out[0], "r");
     const std::string line = Line();
-    port_ = static_cast<std::uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
+    port_ = static_cast<uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
   }
   ~Running() {
     if (child_ > 0) End(SIGKILL);
-    fclose(out_);
+    std::fclose(out_);
     close(in_);
   }
   Running(const Running &) = delete;
   Running &operator=(const Running &) = delete;
 
-  std::uint16_t port() const { return port_; }
+  uint16_t port() const { return port_; }
   std::string Line() {
     char line[4096];
     return fgets(line, sizeof line, out_) == nullptr ? std::string() : line;
@@ -98,7 +99,7 @@ class Running {
   pid_t child_ = 0;
   int in_ = -1;
   FILE *out_ = nullptr;
-  std::uint16_t port_ = 0;
+  uint16_t port_ = 0;
 };
 
 TEST(Program, SaysWhereItListensAndDoesItsCommands) {
@@ -219,7 +220,7 @@ TEST(Program, ShowsItsPageWhereItSays) {
   const std::string line = server.Line();
   EXPECT_THAT(line, testing::MatchesRegex("page at http://127\\.0\\.0\\.1:[0-9]+/\n"));
   const std::string host = line.substr(line.find("127"), line.rfind('/') - line.find("127"));
-  bench::Client client(static_cast<std::uint16_t>(std::stoi(host.substr(host.find(':') + 1))));
+  bench::Client client(static_cast<uint16_t>(std::stoi(host.substr(host.find(':') + 1))));
   client.Send("GET /api/state HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
   EXPECT_THAT(client.ReceiveAll(),
               HasSubstr("\"address\":\"127.0.0.1:" + std::to_string(server.port()) + "\""));
@@ -245,7 +246,7 @@ class KeptData : public testing::Test {
   std::string Arguments() const { return "--data " + folder.Path("bench.db"); }
 
   // One payment of 100.00 that spends nothing and is confirmed at once: it earns 2.00 GLOBAL and 3.00 LOCAL.
-  std::string Pay(std::uint16_t port, int number) {
+  std::string Pay(uint16_t port, int number) {
     bench::Head head;
     head.cardNum = bench::Quoted("1000000002");
     head.requestId = bench::Quoted(Id(number));

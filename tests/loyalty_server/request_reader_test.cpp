@@ -8,17 +8,17 @@ namespace {
 using loyalty::RequestReader;
 using Status = RequestReader::Status;
 
-constexpr std::size_t kMost = 1000;
+constexpr size_t kMost = 1000;
 
 TEST(RequestReader, TakesATerminalsRequestInPiecesOfEverySize) {
   const std::string request =
       "POST /loyalty/ws/payment\nHost: 127.0.0.1:8080\nContent-Type: application/json-soap;charset=UTF-8\n"
       "Content-Length: 7\n\n{\"a\":1}\n";
-  const std::size_t end_of_body = request.size() - 1;
-  for (std::size_t size = 1; size <= request.size(); ++size) {
+  const size_t end_of_body = request.size() - 1;
+  for (size_t size = 1; size <= request.size(); ++size) {
     RequestReader reader(kMost);
     Status status = Status::kMore;
-    for (std::size_t i = 0; i < request.size(); i += size) {
+    for (size_t i = 0; i < request.size(); i += size) {
       status = reader.Feed(std::string_view(request).substr(i, size));
       EXPECT_EQ(status, i + size >= end_of_body ? Status::kComplete : Status::kMore) << size << " at " << i;
     }
@@ -80,11 +80,11 @@ TEST(RequestReader, RefusesWhatIsNoRequest) {
 }
 
 TEST(RequestReader, AHeadWithoutEndIsRefusedHoweverItIsCut) {
-  for (const std::size_t size : {1u, 7u, 4096u}) {
+  for (const size_t size : {1u, 7u, 4096u}) {
     RequestReader reader(kMost);
     const std::string piece = std::string(size - 1, 'a') + (size == 7 ? "\n" : "a");
     Status status = reader.Feed("POST /rrn\nX: ");
-    std::size_t fed = 0;
+    size_t fed = 0;
     while (status == Status::kMore && fed < 100000) {
       status = reader.Feed(size == 7 ? "X: 1\nX: " : piece);
       fed += size;

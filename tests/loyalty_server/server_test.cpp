@@ -37,7 +37,7 @@ class BenchServer : public testing::Test {
   void SetUp() override { Start(); }
 
   // The lines of the log once there are so many.
-  std::vector<std::string> Lines(std::size_t count) {
+  std::vector<std::string> Lines(size_t count) {
     std::unique_lock<std::mutex> lock(mutex);
     changed.wait(lock, [&] { return lines.size() >= count; });
     return lines;
@@ -46,7 +46,7 @@ class BenchServer : public testing::Test {
   std::string Request(const char *method, const std::string &part = "", const std::string &card = "100") {
     Head head;
     char id[32];
-    std::snprintf(id, sizeof(id), "\"12345121205%05d\"", ++last_number);
+    std::snprintf(id, sizeof id, "\"12345121205%05d\"", ++last_number);
     head.requestId = id;
     head.cardNum = bench::Quoted(card);
     return bench::Document(*FindOperation(method), head, part);
@@ -59,7 +59,7 @@ class BenchServer : public testing::Test {
   void AwaitFault(const std::string &text) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < end) {
-      const std::uint64_t revision = server->revision();
+      const uint64_t revision = server->revision();
       if (loyalty::FaultText(server->fault()) == text) return;
       server->AwaitChange(revision, std::chrono::seconds(20));
     }
@@ -93,7 +93,7 @@ class BenchServer : public testing::Test {
 };
 
 // Takes the port as a program would that shares it with nobody.
-void Claim(std::uint16_t port) {
+void Claim(uint16_t port) {
   asio::io_context context;
   asio::ip::tcp::acceptor(context, {asio::ip::make_address("127.0.0.1"), port}, false);
 }
@@ -135,7 +135,7 @@ TEST_F(BenchServer, TakesARequestByteByByte) {
 }
 
 TEST_F(BenchServer, AnAnswerOfAnyLengthAroundMultiplesOfFiveHundredEndsInOrder) {
-  for (std::size_t length : {499u, 500u, 501u, 999u, 1000u, 1001u, 1500u, 50000u}) {
+  for (size_t length : {499u, 500u, 501u, 999u, 1000u, 1001u, 1500u, 50000u}) {
     std::string rubbish(length, 'x');
     server->SetFault(ParseFault("rubbish " + rubbish));
     Client client(server->port());
@@ -260,7 +260,7 @@ TEST_F(BenchServer, OnlyTheBeginningOfALongTextIsRemembered) {
 }
 
 TEST_F(BenchServer, WhoWaitsForAChangeIsWoken) {
-  const std::uint64_t revision = server->revision();
+  const uint64_t revision = server->revision();
   EXPECT_EQ(server->AwaitChange(revision, std::chrono::milliseconds(1)), revision) << "nothing has changed";
   EXPECT_EQ(server->AwaitChange(revision + 1, std::chrono::hours(1)), revision) << "of another server's life";
   std::thread waiting([&] { EXPECT_GT(server->AwaitChange(revision, std::chrono::hours(1)), revision); });
@@ -272,11 +272,11 @@ TEST_F(BenchServer, WhoWaitsForAChangeIsWoken) {
       [&] { server->WakeWaiting(); },
   };
   for (const auto &change : changes) {
-    const std::uint64_t before = server->revision();
+    const uint64_t before = server->revision();
     change();
     EXPECT_GT(server->revision(), before);
   }
-  const std::uint64_t before = server->revision();
+  const uint64_t before = server->revision();
   server->Look([](const loyalty::Programme &) {});
   EXPECT_EQ(server->revision(), before) << "a look changes nothing";
 }
@@ -369,7 +369,7 @@ TEST_F(BenchServer, ManyClientsAtOnceAreAllAnswered) {
     requests.push_back(Post("deposit", Request("deposit", R"({"amount":1})", "200")));
     clients.back()->Send(requests.back().substr(0, 100));
   }
-  for (std::size_t i = clients.size(); i-- > 0;) clients[i]->Send(requests[i].substr(100));
+  for (size_t i = clients.size(); i-- > 0;) clients[i]->Send(requests[i].substr(100));
   for (const auto &client : clients) EXPECT_THAT(client->ReceiveAll(), HasSubstr("SUCCESS"));
   EXPECT_EQ(Balance("200"), "200/0/0");
 }
@@ -402,7 +402,7 @@ TEST_F(BenchServer, StopsWithClientsInEveryState) {
   Client late(server->port());
   late.Send(Post("ad", Request("ad")));
   Lines(2);
-  const std::uint16_t port = server->port();
+  const uint16_t port = server->port();
   server->Stop();
   server->Stop();
   server->SetFault(ParseFault("off"));
@@ -521,7 +521,7 @@ TEST_F(BenchServer, CutEndsTheAnswerInOrderAfterSoManyBytes) {
   const std::string answer = kFirstAd;
   struct Row {
     const char *fault;
-    std::size_t length;
+    size_t length;
   };
   // The answers are equally long as long as their numbers are.
   for (const Row &row : {Row{"cut 0", 0}, Row{"cut 1", 1}, Row{"cut 120", 120}, Row{"cut", answer.size() / 2},
@@ -529,7 +529,7 @@ TEST_F(BenchServer, CutEndsTheAnswerInOrderAfterSoManyBytes) {
     server->SetFault(ParseFault(row.fault));
     const std::string cut = Ask("ad");
     EXPECT_EQ(cut.size(), row.length) << row.fault;
-    EXPECT_EQ(cut.substr(0, 60), answer.substr(0, std::min<std::size_t>(row.length, 60))) << row.fault;
+    EXPECT_EQ(cut.substr(0, 60), answer.substr(0, std::min<size_t>(row.length, 60))) << row.fault;
   }
 }
 

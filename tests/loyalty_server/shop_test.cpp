@@ -35,7 +35,7 @@ TEST(Shop, ReadsEverySetting) {
   ASSERT_EQ(shop.cards.size(), 2u);
   EXPECT_EQ(shop.cards[0].state, CardState::kSold);
   EXPECT_EQ(shop.cards[1].state, CardState::kActive);
-  EXPECT_EQ(shop.cards[1].balance, (std::array<std::int32_t, 3>{1, 2, 2147483647}));
+  EXPECT_EQ(shop.cards[1].balance, (std::array<int32_t, 3>{1, 2, 2147483647}));
   EXPECT_EQ(shop.tokens, (std::map<std::string, std::string>{{"T", "9"}}));
   EXPECT_EQ(shop.rates.global, 5);
   EXPECT_EQ(shop.rates.local, 6);

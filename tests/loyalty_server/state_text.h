@@ -1,4 +1,4 @@
-// A state as a text, every member of it, for comparisons.
+// loyalty_server/state_text.h: a state as a text, every member of it, for comparisons.
 #pragma once
 
 #include <sstream>

@@ -46,12 +46,12 @@ TEST(Vocabulary, EveryMethodFindsItsOperation) {
 TEST(Vocabulary, EveryCodeHasItsNameAndAMessage) {
   const auto &names = test::kStateCodes;
   ASSERT_EQ(std::size(names), 33u);
-  for (std::size_t i = 0; i < std::size(names); ++i) {
+  for (size_t i = 0; i < std::size(names); ++i) {
     EXPECT_STREQ(loyalty::CodeName(static_cast<Code>(i)), names[i]);
     EXPECT_STRNE(loyalty::CodeMessage(static_cast<Code>(i)), "");
     Code found = Code::kOk;
     EXPECT_TRUE(loyalty::FindCode(names[i], &found));
-    EXPECT_EQ(static_cast<std::size_t>(found), i);
+    EXPECT_EQ(static_cast<size_t>(found), i);
   }
   Code found;
   EXPECT_FALSE(loyalty::FindCode("ok", &found));

@@ -515,8 +515,8 @@ class Day {
 
     // The trim, then the append.
     if (static_cast<int64_t>(log_.size()) + 1 >= log_size_ && log_size_ / 3 > 0) {
-      log_.erase(log_.begin(), log_.begin() + std::min<std::ptrdiff_t>(
-                                                  log_size_ / 3, static_cast<std::ptrdiff_t>(log_.size())));
+      log_.erase(log_.begin(),
+                 log_.begin() + std::min<ptrdiff_t>(log_size_ / 3, static_cast<ptrdiff_t>(log_.size())));
     }
     const std::vector<std::string> log_now = Lines(shop_.Read("LOG"));
     ASSERT_FALSE(log_now.empty());
@@ -527,9 +527,7 @@ class Day {
     EXPECT_EQ(record["request"]["requestDate"], now_);
     EXPECT_EQ(record["request"]["isOffline"], transaction_offline_);
     CheckRrn(record["request"]["requestId"]);
-    if (transaction_offline_) {
-      offline_.push_back(log_now.back());
-    }
+    if (transaction_offline_) offline_.push_back(log_now.back());
   }
 
   // RRNs grow within a day, unless the last one could not be learnt or lies in the future.

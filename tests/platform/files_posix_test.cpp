@@ -172,7 +172,9 @@ TEST_F(PosixFiles, ALinkThatLeadsNowhereIsAMissingFile) {
 }
 
 TEST_F(PosixFiles, AFullDiskIsSaid) {
-  if (!fs::exists("/dev/full")) FAIL() << "this host has no /dev/full";
+  if (!fs::exists("/dev/full")) {
+    FAIL() << "this host has no /dev/full";
+  }
   const HANDLE file = Open(u"/dev/full", GENERIC_WRITE, OPEN_EXISTING);
   ASSERT_NE(file, INVALID_HANDLE_VALUE);
   DWORD written = 1;

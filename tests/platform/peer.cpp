@@ -4,7 +4,6 @@
 #include <thread>
 
 namespace test {
-
 namespace {
 
 using asio::ip::tcp;

@@ -57,8 +57,8 @@ TEST(SystemTime, IsTheCurrentUtcTime) {
   const std::time_t after = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   EXPECT_LT(now.wMilliseconds, 1000);
   char text[64], first[64], last[64];
-  snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d %d", now.wYear, now.wMonth, now.wDay, now.wHour,
-           now.wMinute, now.wSecond, now.wDayOfWeek);
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d %d", now.wYear, now.wMonth, now.wDay,
+                now.wHour, now.wMinute, now.wSecond, now.wDayOfWeek);
   std::strftime(first, sizeof first, "%Y-%m-%d %H:%M:%S %w", std::gmtime(&before));
   std::strftime(last, sizeof last, "%Y-%m-%d %H:%M:%S %w", std::gmtime(&after));
   EXPECT_LE(std::string(first), text);
@@ -75,14 +75,14 @@ TEST(DebugText, FormatsWideTextsAndNumbers) {
 }
 
 void SayGoodbye() {
-  fputs("goodbye", stderr);
-  fflush(stderr);
+  std::fputs("goodbye", stderr);
+  std::fflush(stderr);
 }
 
 TEST(ExitDeathTest, RunsTheExitHandlersAndGivesTheStatus) {
   EXPECT_EXIT(
       {
-        atexit(SayGoodbye);
+        std::atexit(SayGoodbye);
         PlatformExit(3);
       },
       testing::ExitedWithCode(3), "goodbye");

@@ -1,5 +1,6 @@
 // The calls on sockets, as every host answers them.
 #include <chrono>
+#include <cstring>
 #include <future>
 #include <string>
 #include <thread>
@@ -27,7 +28,7 @@ TEST(Addresses, DottedFormsAreTakenInNetworkOrder) {
       {"0x7F.0.0.1", {127, 0, 0, 1}}, {"010.0.0.1", {8, 0, 0, 1}}, {"2130706433", {127, 0, 0, 1}}};
   for (const Address &row : kAddresses) {
     const uint32_t address = inet_addr(row.text);
-    EXPECT_EQ(memcmp(&address, row.bytes, 4), 0) << row.text;
+    EXPECT_EQ(std::memcmp(&address, row.bytes, 4), 0) << row.text;
   }
 }
 
@@ -41,7 +42,7 @@ TEST(Addresses, WhatIsNoAddressIsNone) {
 TEST(Addresses, PortsAreTurnedIntoNetworkOrder) {
   const uint16_t port = htons(0x1234);
   const uint8_t bytes[] = {0x12, 0x34};
-  EXPECT_EQ(memcmp(&port, bytes, 2), 0);
+  EXPECT_EQ(std::memcmp(&port, bytes, 2), 0);
 }
 
 TEST(Sockets, EachStartHasItsCleanup) {

@@ -332,9 +332,7 @@ TEST(HttpStatus, IsTheNumberBehindTheTitle) {
       {"HTTP HTTP Status 403", 403},
       {"http status 400", 0},
   };
-  for (const StatusCase &row : cases) {
-    EXPECT_EQ(lumo::ParseHttpStatus(row.answer), row.status) << row.answer;
-  }
+  for (const StatusCase &row : cases) EXPECT_EQ(lumo::ParseHttpStatus(row.answer), row.status) << row.answer;
   EXPECT_EQ(lumo::ParseHttpStatus(nullptr), 0);
 }
 

@@ -34,7 +34,7 @@ inline std::string FullRequest(const std::string &type, const std::string &is_of
 
 inline void FillRecord(lumo::Transaction *record) {
   const auto store = [record](const char **field, const char *text) {
-    lumo::trans_strcpy(record, field, text);
+    lumo::TransactionCopyText(record, field, text);
   };
   lumo::RequestBlock &request = record->request;
   store(&request.ver, "1.2");
@@ -60,7 +60,7 @@ inline void FillRecord(lumo::Transaction *record) {
   std::snprintf(bill.billDate, sizeof bill.billDate, "2012-12-05T09:59:00Z");
   bill.partnerFee = 250;
   bill.goodCount = 2;
-  bill.goods = static_cast<lumo::Good *>(lumo::trans_alloc(record, sizeof(lumo::Good) * 2));
+  bill.goods = static_cast<lumo::Good *>(lumo::TransactionAllocate(record, sizeof(lumo::Good) * 2));
   lumo::Good &tea = bill.goods[0];
   store(&tea.title, "Чай \"Дарджилинг\"");
   store(&tea.productCode, "008");
@@ -68,7 +68,7 @@ inline void FillRecord(lumo::Transaction *record) {
   tea.orderNum = 1;
   tea.cnt = 3;
   tea.bonusCount = 2;
-  tea.bonuses = static_cast<lumo::Bonus *>(lumo::trans_alloc(record, sizeof(lumo::Bonus) * 2));
+  tea.bonuses = static_cast<lumo::Bonus *>(lumo::TransactionAllocate(record, sizeof(lumo::Bonus) * 2));
   tea.bonuses[0] = {10, 225, 5, lumo::ACCOUNT_GLOBAL};
   tea.bonuses[1] = {0, 75, 1, lumo::ACCOUNT_LOCAL};
   lumo::Good &cups = bill.goods[1];
@@ -85,7 +85,7 @@ inline void FillRecord(lumo::Transaction *record) {
   store(&record->cashBack.requestId, "T000112120400008");
   record->cashBack.goodCount = 2;
   record->cashBack.goods =
-      static_cast<lumo::CashBackGood *>(lumo::trans_alloc(record, sizeof(lumo::CashBackGood) * 2));
+      static_cast<lumo::CashBackGood *>(lumo::TransactionAllocate(record, sizeof(lumo::CashBackGood) * 2));
   record->cashBack.goods[0] = {1, 1250, 2};
   record->cashBack.goods[1] = {3, -5, 1};
   store(&record->linkedCardNum, "7770003");

@@ -72,11 +72,11 @@ TEST_P(OperationRecord, IsItsRequestAndItsParts) {
 TEST_P(OperationRecord, ReadsBackAsItWasWritten) {
   record->request.type = GetParam().type();
   const std::string text = Printed(record);
-  lumo::Transaction *copy = lumo::new_transaction();
+  lumo::Transaction *copy = lumo::TransactionCreate();
   EXPECT_EQ(lumo::LoadLogRecord(copy, text.c_str()), 0);
   copy->bill.spendAmount = record->bill.spendAmount;  // never read back
   EXPECT_EQ(Printed(copy), text);
-  lumo::free_transaction(copy);
+  lumo::TransactionFree(copy);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, OperationRecord, ::testing::ValuesIn(kRecords),

@@ -61,7 +61,7 @@ lumo::SOCKET __wrap_lumo_socket(int family, int type, int protocol) {
 }
 int __wrap_lumo_setsockopt(lumo::SOCKET socket, int level, int option, const char *value, int length) {
   int32_t number = 0;
-  if (length == 4) memcpy(&number, value, 4);
+  if (length == 4) std::memcpy(&number, value, 4);
   Note("setsockopt",
        " " + std::to_string(level) + " " + std::to_string(option) + " " + std::to_string(number));
   return __real_lumo_setsockopt(socket, level, option, value, length);
@@ -79,7 +79,7 @@ int __wrap_lumo_send(lumo::SOCKET socket, const char *data, int length, int flag
 int __wrap_lumo_recv(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
   if (!incoming.empty()) {
     const size_t count = std::min(incoming.size(), static_cast<size_t>(capacity));
-    memcpy(buffer, incoming.data(), count);
+    std::memcpy(buffer, incoming.data(), count);
     incoming.erase(0, count);
     return static_cast<int>(count);
   }

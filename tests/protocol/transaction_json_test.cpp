@@ -812,9 +812,7 @@ TEST_F(PartReader, BeginningOfANameSelectsTheFirstInTheOrder) {
       {"cashBack", 0x0040}, {"ca", 0x0040}, {"car", 0x0400},         {"d", 0x0200},
       {"ad", 0x2000},       {"rr", 0x1000},
   };
-  for (const auto &[key, bit] : parts) {
-    EXPECT_EQ(Load(std::string("{\"") + key + "\":{}}"), bit) << key;
-  }
+  for (const auto &[key, bit] : parts) EXPECT_EQ(Load(std::string("{\"") + key + "\":{}}"), bit) << key;
 }
 
 TEST_F(PartReader, UnknownPartIsTracedCutTo40Bytes) {

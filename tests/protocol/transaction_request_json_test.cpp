@@ -246,7 +246,8 @@ TEST_F(RequestWriter, RefusesToWriteNowhere) {
 TEST_F(RequestWriter, TenThousandGoodsAreWritten) {
   constexpr int32_t kGoods = 10000;
   record->request.type = lumo::REQUEST_PAYMENT;
-  record->bill.goods = static_cast<lumo::Good *>(lumo::trans_alloc(record, sizeof(lumo::Good) * kGoods));
+  record->bill.goods =
+      static_cast<lumo::Good *>(lumo::TransactionAllocate(record, sizeof(lumo::Good) * kGoods));
   record->bill.goodCount = kGoods;
   std::string expected = "\"goodList\":{\"good\":[";
   for (int32_t i = 0; i < kGoods; ++i) {

@@ -23,7 +23,7 @@ using TransactionRecord = test::Shop;
 TEST_F(TransactionRecord, StartsWithTheConnectionSettings) {
   OpenShop(R"("serverAddr":"http://10.0.0.5:80/ws","serverAltAddr":"http://10.0.0.6:80/ws","timeout":17,)"
            R"("sslMode":1)");
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   EXPECT_STREQ(card->serverAddr, "http://10.0.0.5:80/ws");
   EXPECT_STREQ(card->serverAltAddr, "http://10.0.0.6:80/ws");
   EXPECT_NE(card->serverAddr, lumo::Settings().serverAddr) << "the record owns a copy";
@@ -34,7 +34,7 @@ TEST_F(TransactionRecord, StartsWithTheConnectionSettings) {
 
 TEST_F(TransactionRecord, StartsWithAllElseZeroAndEmptyReceipts) {
   OpenShop();
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   EXPECT_STREQ(lumo::ReceiptGetText(card->header), "");
   EXPECT_STREQ(lumo::ReceiptGetText(card->body), "");
   EXPECT_STREQ(lumo::ReceiptGetText(card->footer), "");
@@ -49,7 +49,7 @@ TEST_F(TransactionRecord, LeavesAbsentAddressesNullAndTracesThem) {
   folder.Write("CONFIG", R"({"timeout":3})");
   ASSERT_EQ(lumo::LoadConfig(), 0);
   folder.ClearTrace();
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   EXPECT_EQ(card->serverAddr, nullptr);
   EXPECT_EQ(card->serverAltAddr, nullptr);
   EXPECT_EQ(folder.Trace(), "ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n");
@@ -57,8 +57,8 @@ TEST_F(TransactionRecord, LeavesAbsentAddressesNullAndTracesThem) {
 
 TEST_F(TransactionRecord, FreeingReturns0AlsoWithoutARecord) {
   OpenShop();
-  EXPECT_EQ(lumo::free_transaction(nullptr), 0);
-  EXPECT_EQ(lumo::free_transaction(lumo::new_transaction()), 0);
+  EXPECT_EQ(lumo::TransactionFree(nullptr), 0);
+  EXPECT_EQ(lumo::TransactionFree(lumo::TransactionCreate()), 0);
   EXPECT_EQ(folder.Trace(), "");
 }
 
@@ -74,21 +74,17 @@ TEST_F(TransactionRecord, PiecesAreZeroFilledAlignedAndApart) {
   std::vector<Piece> pieces;
   for (int round = 0; round < 20; ++round) {
     for (const size_t size : sizes) {
-      auto *bytes = static_cast<unsigned char *>(lumo::trans_alloc(card, size));
+      auto *bytes = static_cast<unsigned char *>(lumo::TransactionAllocate(card, size));
       ASSERT_NE(bytes, nullptr);
       EXPECT_EQ(reinterpret_cast<uintptr_t>(bytes) % alignof(int64_t), 0U) << size;
-      for (size_t i = 0; i < size; ++i) {
-        ASSERT_EQ(bytes[i], 0) << size;
-      }
+      for (size_t i = 0; i < size; ++i) ASSERT_EQ(bytes[i], 0) << size;
       const auto mark = static_cast<unsigned char>(pieces.size() % 255 + 1);
       std::memset(bytes, mark, size);
       pieces.push_back({bytes, size, mark});
     }
   }
   for (const Piece &piece : pieces) {
-    for (size_t i = 0; i < piece.size; ++i) {
-      ASSERT_EQ(piece.bytes[i], piece.mark) << piece.size;
-    }
+    for (size_t i = 0; i < piece.size; ++i) ASSERT_EQ(piece.bytes[i], piece.mark) << piece.size;
   }
 }
 
@@ -96,9 +92,7 @@ TEST_F(TransactionRecord, ManySmallPiecesTakeFewAllocations) {
   OpenShop();
   OpenCard();
   const int before = test::CountAllocations().callocs;
-  for (int i = 0; i < 10000; ++i) {
-    lumo::trans_alloc(card, 16);
-  }
+  for (int i = 0; i < 10000; ++i) lumo::TransactionAllocate(card, 16);
   EXPECT_LT(test::CountAllocations().callocs - before, 100);
 }
 
@@ -106,7 +100,7 @@ TEST_F(TransactionRecord, ALargePieceTakesOneAllocationOfItsSize) {
   OpenShop();
   OpenCard();
   const test::Allocations before = test::CountAllocations();
-  lumo::trans_alloc(card, 100000);
+  lumo::TransactionAllocate(card, 100000);
   const test::Allocations after = test::CountAllocations();
   EXPECT_EQ(after.callocs - before.callocs, 1);
   EXPECT_LT(after.last_size, 100100U);
@@ -115,9 +109,9 @@ TEST_F(TransactionRecord, ALargePieceTakesOneAllocationOfItsSize) {
 TEST_F(TransactionRecord, ALargePieceLeavesRoomForSmallOnesBesideTheLast) {
   OpenShop();
   OpenCard();
-  const auto *before = static_cast<const char *>(lumo::trans_alloc(card, 16));
-  lumo::trans_alloc(card, 100000);
-  const auto *behind = static_cast<const char *>(lumo::trans_alloc(card, 16));
+  const auto *before = static_cast<const char *>(lumo::TransactionAllocate(card, 16));
+  lumo::TransactionAllocate(card, 100000);
+  const auto *behind = static_cast<const char *>(lumo::TransactionAllocate(card, 16));
   EXPECT_EQ(behind, before + 16);
 }
 
@@ -125,7 +119,7 @@ TEST_F(TransactionRecord, TextsAreCopied) {
   OpenShop();
   OpenCard();
   char source[] = "token";
-  const char *copy = lumo::trans_strcpy(card, &card->exchangeToken, source);
+  const char *copy = lumo::TransactionCopyText(card, &card->exchangeToken, source);
   source[0] = 'X';
   EXPECT_EQ(copy, card->exchangeToken);
   EXPECT_STREQ(copy, "token");
@@ -134,8 +128,8 @@ TEST_F(TransactionRecord, TextsAreCopied) {
 TEST_F(TransactionRecord, AnOverwrittenTextLivesOn) {
   OpenShop();
   OpenCard();
-  const char *first = lumo::trans_strcpy(card, &card->exchangeToken, "first");
-  lumo::trans_strcpy(card, &card->exchangeToken, "second");
+  const char *first = lumo::TransactionCopyText(card, &card->exchangeToken, "first");
+  lumo::TransactionCopyText(card, &card->exchangeToken, "second");
   EXPECT_STREQ(first, "first");
   EXPECT_STREQ(card->exchangeToken, "second");
 }
@@ -143,8 +137,8 @@ TEST_F(TransactionRecord, AnOverwrittenTextLivesOn) {
 TEST_F(TransactionRecord, ATextCanBeCopiedIntoItsOwnField) {
   OpenShop();
   OpenCard();
-  lumo::trans_strcpy(card, &card->exchangeToken, "again");
-  lumo::trans_strcpy(card, &card->exchangeToken, card->exchangeToken);
+  lumo::TransactionCopyText(card, &card->exchangeToken, "again");
+  lumo::TransactionCopyText(card, &card->exchangeToken, card->exchangeToken);
   EXPECT_STREQ(card->exchangeToken, "again");
 }
 
@@ -153,7 +147,7 @@ TEST_F(TransactionRecord, TextsOfAnyLengthAreKeptWhole) {
   OpenCard();
   for (const size_t length : {0U, 1U, 511U, 512U, 2047U, 2048U, 1000000U}) {
     const std::string text(length, 'x');
-    lumo::trans_strcpy(card, &card->exchangeToken, text.c_str());
+    lumo::TransactionCopyText(card, &card->exchangeToken, text.c_str());
     EXPECT_EQ(card->exchangeToken, text);
   }
 }
@@ -161,8 +155,8 @@ TEST_F(TransactionRecord, TextsOfAnyLengthAreKeptWhole) {
 TEST_F(TransactionRecord, ANullTextClearsTheFieldAndIsTraced) {
   OpenShop();
   OpenCard();
-  lumo::trans_strcpy(card, &card->exchangeToken, "old");
-  EXPECT_EQ(lumo::trans_strcpy(card, &card->exchangeToken, nullptr), nullptr);
+  lumo::TransactionCopyText(card, &card->exchangeToken, "old");
+  EXPECT_EQ(lumo::TransactionCopyText(card, &card->exchangeToken, nullptr), nullptr);
   EXPECT_EQ(card->exchangeToken, nullptr);
   EXPECT_EQ(folder.Trace(), "ERROR: trans_strcpy src == NULL\n");
 }
@@ -170,9 +164,9 @@ TEST_F(TransactionRecord, ANullTextClearsTheFieldAndIsTraced) {
 TEST_F(TransactionRecord, OfflineIsTheRequestsFlag) {
   OpenShop();
   OpenCard();
-  EXPECT_EQ(lumo::isOffline(card), 0);
+  EXPECT_EQ(lumo::IsOffline(card), 0);
   card->request.isOffline = 1;
-  EXPECT_EQ(lumo::isOffline(card), 1);
+  EXPECT_EQ(lumo::IsOffline(card), 1);
 }
 
 TEST_F(TransactionRecord, OnlyAMissingRecordIsTraced) {

@@ -14,7 +14,7 @@
 class Document {
  public:
   explicit Document(const std::string &text) : reader_(lumo::JsonReaderCreate()) {
-    EXPECT_EQ(lumo::parseJsonText(reader_, text.c_str()), 0) << text;
+    EXPECT_EQ(lumo::ParseJsonText(reader_, text.c_str()), 0) << text;
   }
   ~Document() { lumo::JsonReaderDestroy(reader_); }
   Document(const Document &) = delete;
@@ -29,8 +29,8 @@ class Document {
 // A fresh record, with nothing in the trace yet.
 class ProtocolTest : public ::testing::Test {
  protected:
-  ProtocolTest() : record(lumo::new_transaction()) { folder.ClearTrace(); }
-  ~ProtocolTest() override { lumo::free_transaction(record); }
+  ProtocolTest() : record(lumo::TransactionCreate()) { folder.ClearTrace(); }
+  ~ProtocolTest() override { lumo::TransactionFree(record); }
 
   // The trace since the last call.
   std::string TakeTrace() {
@@ -39,7 +39,9 @@ class ProtocolTest : public ::testing::Test {
     return trace;
   }
 
-  void Store(const char **field, const std::string &text) { lumo::trans_strcpy(record, field, text.c_str()); }
+  void Store(const char **field, const std::string &text) {
+    lumo::TransactionCopyText(record, field, text.c_str());
+  }
 
   test::Folder folder;
   lumo::Transaction *record;

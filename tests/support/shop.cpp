@@ -11,7 +11,6 @@
 #include "support/test_clock.h"
 
 namespace test {
-
 namespace {
 
 constexpr size_t kFullPiece = 500;
@@ -83,13 +82,13 @@ void Shop::StopServer() {
 
 void Shop::OpenCard(const char *card_num, const char *employee_id) {
   CloseCard();
-  card = lumo::new_transaction();
+  card = lumo::TransactionCreate();
   ASSERT_EQ(lumo::FillTransactionHeader(card, card_num, employee_id), 0);
   folder.ClearTrace();
 }
 
 void Shop::CloseCard() {
-  lumo::free_transaction(card);
+  lumo::TransactionFree(card);
   card = nullptr;
 }
 
@@ -124,9 +123,7 @@ std::string RequestPart(const std::string &type, const std::string &request_id) 
 
 size_t Count(const std::string &text, const std::string &part) {
   size_t count = 0;
-  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
-    ++count;
-  }
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++count;
   return count;
 }
 

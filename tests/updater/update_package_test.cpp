@@ -25,11 +25,11 @@ class UpdatePackage : public testing::Test {
 
   // Reads the package; what was traced and printed is kept without the JSON reader's part.
   int Load(const std::string &json) {
-    EXPECT_EQ(lumo::parseJsonText(reader_, json.c_str()), 0);
+    EXPECT_EQ(lumo::ParseJsonText(reader_, json.c_str()), 0);
     folder_.ClearTrace();
     testing::internal::CaptureStdout();
     const int result = lumo::LoadGetUpdatePackReponse(&response_, lumo::JsonReaderRoot(reader_));
-    fflush(stdout);
+    std::fflush(stdout);
     console_ = testing::internal::GetCapturedStdout();
     trace_ = folder_.Trace();
     return result;

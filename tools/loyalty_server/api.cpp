@@ -10,7 +10,7 @@ namespace {
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-constexpr std::uint64_t kMostSeconds = 60;
+constexpr uint64_t kMostSeconds = 60;
 
 // What is answered instead of what was asked for.
 struct Problem {
@@ -22,10 +22,10 @@ struct Problem {
   throw Problem{status, text};
 }
 
-std::uint64_t NumberIn(const ApiCall &call, const char *name, std::uint64_t otherwise) {
+uint64_t NumberIn(const ApiCall &call, const char *name, uint64_t otherwise) {
   const auto value = call.query.find(name);
   if (value == call.query.end()) return otherwise;
-  std::uint64_t number = 0;
+  uint64_t number = 0;
   const char *end = value->second.data() + value->second.size();
   const auto result = std::from_chars(value->second.data(), end, number);
   if (result.ec != std::errc() || result.ptr != end)
@@ -34,7 +34,7 @@ std::uint64_t NumberIn(const ApiCall &call, const char *name, std::uint64_t othe
 }
 
 std::chrono::milliseconds Wait(const ApiCall &call) {
-  const std::uint64_t seconds = NumberIn(call, "wait", 0);
+  const uint64_t seconds = NumberIn(call, "wait", 0);
   if (seconds > kMostSeconds) Refuse(400, "wait: at most " + std::to_string(kMostSeconds) + " seconds");
   return std::chrono::seconds(seconds);
 }
@@ -62,7 +62,7 @@ ordered_json CardJson(const Programme &programme, const Card &card) {
   object["state"] = CardStateName(card.state);
   object["account"] = card.account + 1;
   for (const AccountType type : kAllAccountTypes) {
-    const Purse &purse = programme.PursesOf(card)[static_cast<std::size_t>(type)];
+    const Purse &purse = programme.PursesOf(card)[static_cast<size_t>(type)];
     ordered_json amounts;
     amounts["amount"] = purse.balance;
     amounts["reserved"] = purse.reserved;
@@ -75,9 +75,9 @@ ordered_json CardJson(const Programme &programme, const Card &card) {
 ordered_json PaymentJson(const Payment &payment) {
   Amounts spent{};
   Amounts earned{};
-  std::int64_t returned = 0;
+  int64_t returned = 0;
   for (const Position &position : payment.positions) {
-    for (std::size_t i = 0; i < kAccountTypes; ++i) {
+    for (size_t i = 0; i < kAccountTypes; ++i) {
       spent[i] += position.spent[i];
       earned[i] += position.earned[i];
     }
@@ -124,7 +124,7 @@ ordered_json FaultJson(const Server &server) {
   ordered_json object;
   object["fault"] = FaultText(faults.fault());
   object["step"] = faults.step() + 1;
-  object["steps"] = std::max<std::size_t>(faults.step_count(), 1);
+  object["steps"] = std::max<size_t>(faults.step_count(), 1);
   return object;
 }
 
@@ -140,7 +140,7 @@ class Api {
  public:
   Api(Server *server, const ApiCall &call, const std::function<bool()> &is_ending)
       : server_(server), call_(call), is_ending_(is_ending), is_change_(call.method == "PUT") {
-    const std::size_t slash = call.path.find('/');
+    const size_t slash = call.path.find('/');
     thing_ = call.path.substr(0, slash);
     if (slash != std::string::npos) name_ = call.path.substr(slash + 1);
   }
@@ -165,7 +165,7 @@ class Api {
   }
 
   // Waits, when asked to, until something has happened that is not known yet.
-  void AwaitChange(std::uint64_t known, std::chrono::milliseconds most) const {
+  void AwaitChange(uint64_t known, std::chrono::milliseconds most) const {
     if (most.count() > 0 && !is_ending_()) server_->AwaitChange(known, most);
   }
 
@@ -186,11 +186,11 @@ class Api {
 
   ordered_json Exchanges() {
     OnlyLooks();
-    const std::uint64_t after = NumberIn(call_, "after", 0);
+    const uint64_t after = NumberIn(call_, "after", 0);
     const auto until = std::chrono::steady_clock::now() + Wait(call_);
     std::vector<Exchange> exchanges;
     for (;;) {
-      const std::uint64_t revision = server_->revision();
+      const uint64_t revision = server_->revision();
       exchanges = server_->ExchangesAfter(after);
       const auto left =
           std::chrono::duration_cast<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
@@ -230,10 +230,10 @@ class Api {
   // The last ones first.
   ordered_json Payments() {
     OnlyLooks();
-    const std::uint64_t most = NumberIn(call_, "most", UINT64_MAX);
+    const uint64_t most = NumberIn(call_, "most", UINT64_MAX);
     ordered_json list = ordered_json::array();
     server_->Look([&](const Programme &programme) {
-      std::map<std::uint64_t, const Payment *, std::greater<>> in_order;
+      std::map<uint64_t, const Payment *, std::greater<>> in_order;
       for (const auto &entry : programme.payments()) in_order[entry.second.number] = &entry.second;
       for (const auto &entry : in_order) {
         if (list.size() < most) list.push_back(PaymentJson(*entry.second));

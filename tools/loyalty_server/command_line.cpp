@@ -61,7 +61,7 @@ struct ShopOptions {
 
 Shop ReadShop(const CLI::App &app, const ShopOptions &options) {
   Shop shop = options.file.empty() ? BuiltInShop() : Parsed(options.file, ShopFromJson);
-  const auto take = [&app](const char *name, std::int32_t value, std::int32_t *out) {
+  const auto take = [&app](const char *name, int32_t value, int32_t *out) {
     if (app.count(name) != 0) *out = value;
   };
   take("--global", options.rates.global, &shop.rates.global);
@@ -108,7 +108,7 @@ std::string CardLine(const Programme &programme, const Card &card) {
   std::string line =
       card.number + "  " + CardStateName(card.state) + "  account " + std::to_string(card.account + 1);
   for (const AccountType type : kAllAccountTypes) {
-    const Purse &purse = purses[static_cast<std::size_t>(type)];
+    const Purse &purse = purses[static_cast<size_t>(type)];
     line += std::string("  ") + AccountName(type) + " " + AmountText(purse.balance);
     if (purse.reserved != 0) line += " (reserved " + AmountText(purse.reserved) + ")";
     if (purse.expected != 0) line += " (expected " + AmountText(purse.expected) + ")";
@@ -188,7 +188,7 @@ std::optional<Settings> ReadCommandLine(int argc, const char *const *argv, int *
   std::string fault;
   std::string fault_script;
   long long idle_seconds = 30;
-  std::uint16_t page_port = 0;
+  uint16_t page_port = 0;
 
   const CLI::Range percent(0, 100);
   app.add_option("--address", settings.server.address, "Address to listen on")->capture_default_str();
@@ -255,7 +255,7 @@ std::string ConsoleHelp() {
   std::string text;
   for (const Command &command : kCommandList) {
     std::string line = std::string(command.name) + " " + command.arguments;
-    line.resize(std::max<std::size_t>(line.size(), 28), ' ');
+    line.resize(std::max<size_t>(line.size(), 28), ' ');
     text += line + " " + command.help + "\n";
   }
   return text + "\nFAULT is one of\n" + FaultHelp();

@@ -23,8 +23,8 @@ struct Settings {
   Shop shop;
   ServerOptions server;
   FaultPlan faults;
-  std::string dataFile;                   // empty: all stays in memory
-  std::optional<std::uint16_t> pagePort;  // nothing: no page
+  std::string dataFile;              // empty: all stays in memory
+  std::optional<uint16_t> pagePort;  // nothing: no page
   std::string pageAddress = "127.0.0.1";
   std::string logFile;  // empty: standard error
   bool isQuiet = false;

@@ -10,8 +10,8 @@ namespace loyalty {
 namespace {
 
 // In the file's head: that it is one of this server, and its layout.
-constexpr std::int64_t kApplication = 0x6C6F796C;
-constexpr std::int64_t kLayout = 1;
+constexpr int64_t kApplication = 0x6C6F796C;
+constexpr int64_t kLayout = 1;
 
 // Amounts are hundredths. A card's and a payment's account is a row of `accounts`.
 constexpr const char *kTables = R"(
@@ -61,11 +61,11 @@ class DataFile : public Store {
     Fail(sqlite3_errmsg(connection_));
   }
   void Run(const char *sql) { Check(sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr)); }
-  std::int64_t Number(const std::string &sql);
+  int64_t Number(const std::string &sql);
   void Open();
   void Write(const State &state, const Changes &changes);
   void WritePayment(const Payment &payment);
-  std::size_t Account(std::int64_t account, const State &state) const;
+  size_t Account(int64_t account, const State &state) const;
 
   std::string path_;
   sqlite3 *connection_ = nullptr;
@@ -96,15 +96,15 @@ class DataFile::Statement {
     column_ = 0;
     return result == SQLITE_ROW;
   }
-  std::int64_t Number() { return sqlite3_column_int64(statement_, column_++); }
+  int64_t Number() { return sqlite3_column_int64(statement_, column_++); }
   std::string Text() {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement_, column_));
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column_++));
+    const auto size = static_cast<size_t>(sqlite3_column_bytes(statement_, column_++));
     return text == nullptr ? std::string() : std::string(text, size);
   }
 
  private:
-  void Bind(int column, std::int64_t value) { file_->Check(sqlite3_bind_int64(statement_, column, value)); }
+  void Bind(int column, int64_t value) { file_->Check(sqlite3_bind_int64(statement_, column, value)); }
   // Not copied: it outlives the call of Run.
   void Bind(int column, std::string_view value) {
     file_->Check(
@@ -116,7 +116,7 @@ class DataFile::Statement {
   int column_ = 0;
 };
 
-std::int64_t DataFile::Number(const std::string &sql) {
+int64_t DataFile::Number(const std::string &sql) {
   Statement statement(this, sql);
   return statement.Next() ? statement.Number() : 0;
 }
@@ -126,8 +126,8 @@ void DataFile::Open() {
   Check(sqlite3_open_v2(path_.c_str(), &connection_, kFlags, nullptr));
   // The programme's state is in this process too: two servers on one file would each overwrite the other's.
   Run("PRAGMA locking_mode = EXCLUSIVE");
-  const std::int64_t application = Number("PRAGMA application_id");
-  const std::int64_t layout = Number("PRAGMA user_version");
+  const int64_t application = Number("PRAGMA application_id");
+  const int64_t layout = Number("PRAGMA user_version");
   const bool is_new = application == 0 && Number("SELECT count(*) FROM sqlite_master") == 0;
   if (!is_new && application != kApplication) Fail("not a data file of loyalty_server");
   if (!is_new && layout != kLayout) Fail("made by another version of loyalty_server");
@@ -143,10 +143,9 @@ void DataFile::Open() {
   Run("COMMIT");
 }
 
-std::size_t DataFile::Account(std::int64_t account, const State &state) const {
-  if (account < 0 || static_cast<std::size_t>(account) >= state.accounts.size())
-    Fail("an account is missing");
-  return static_cast<std::size_t>(account);
+size_t DataFile::Account(int64_t account, const State &state) const {
+  if (account < 0 || static_cast<size_t>(account) >= state.accounts.size()) Fail("an account is missing");
+  return static_cast<size_t>(account);
 }
 
 State DataFile::Load() {
@@ -154,12 +153,12 @@ State DataFile::Load() {
   for (Statement row(this,
                      "SELECT account, type, balance, reserved, expected FROM accounts ORDER BY account");
        row.Next();) {
-    const auto account = static_cast<std::size_t>(row.Number());
+    const auto account = static_cast<size_t>(row.Number());
     if (account > state.accounts.size()) Fail("an account is missing");
     if (account == state.accounts.size()) state.accounts.emplace_back();
     AccountType type;
     if (!FindAccountType(row.Text(), &type)) Fail("an account of an unknown type");
-    Purse &purse = state.accounts[account][static_cast<std::size_t>(type)];
+    Purse &purse = state.accounts[account][static_cast<size_t>(type)];
     purse.balance = row.Number();
     purse.reserved = row.Number();
     purse.expected = row.Number();
@@ -169,7 +168,7 @@ State DataFile::Load() {
     card.number = row.Text();
     if (!FindCardState(row.Text(), &card.state)) Fail("a card of an unknown state");
     card.account = Account(row.Number(), state);
-    card.friends = static_cast<std::int32_t>(row.Number());
+    card.friends = static_cast<int32_t>(row.Number());
     state.cards[card.number] = card;
   }
   for (Statement row(this,
@@ -177,7 +176,7 @@ State DataFile::Load() {
        row.Next();) {
     Payment payment;
     payment.requestId = row.Text();
-    payment.number = static_cast<std::uint64_t>(row.Number());
+    payment.number = static_cast<uint64_t>(row.Number());
     payment.time = row.Text();
     payment.terminal = row.Text();
     payment.card = row.Text();
@@ -194,11 +193,11 @@ State DataFile::Load() {
     const auto payment = state.payments.find(row.Text());
     if (payment == state.payments.end()) Fail("a position without its payment");
     Position position;
-    position.number = static_cast<std::int32_t>(row.Number());
+    position.number = static_cast<int32_t>(row.Number());
     position.cost = row.Number();
     position.count = row.Number();
-    for (std::int64_t &amount : position.spent) amount = row.Number();
-    for (std::int64_t &amount : position.earned) amount = row.Number();
+    for (int64_t &amount : position.spent) amount = row.Number();
+    for (int64_t &amount : position.earned) amount = row.Number();
     position.fee = row.Number();
     position.returnedSum = row.Number();
     position.returnedCount = row.Number();
@@ -216,7 +215,7 @@ State DataFile::Load() {
     state.locks[terminal] = row.Number() != 0;
   }
   for (Statement row(this, "SELECT token FROM used_tokens"); row.Next();) state.usedTokens.insert(row.Text());
-  state.answers = static_cast<std::uint64_t>(Number("SELECT count FROM answers"));
+  state.answers = static_cast<uint64_t>(Number("SELECT count FROM answers"));
   return state;
 }
 
@@ -237,15 +236,15 @@ void DataFile::Write(const State &state, const Changes &changes) {
   for (const auto &change : changes.accounts) {
     Statement write(this, "REPLACE INTO accounts VALUES (?, ?, ?, ?, ?)");
     for (const AccountType type : kAllAccountTypes) {
-      const Purse &purse = state.accounts[change.first][static_cast<std::size_t>(type)];
-      write.Run(static_cast<std::int64_t>(change.first), AccountName(type), purse.balance, purse.reserved,
+      const Purse &purse = state.accounts[change.first][static_cast<size_t>(type)];
+      write.Run(static_cast<int64_t>(change.first), AccountName(type), purse.balance, purse.reserved,
                 purse.expected);
     }
   }
   for (const auto &change : changes.cards) {
     const Card &card = state.cards.at(change.first);
     Statement(this, "REPLACE INTO cards VALUES (?, ?, ?, ?)")
-        .Run(card.number, CardStateName(card.state), static_cast<std::int64_t>(card.account), card.friends);
+        .Run(card.number, CardStateName(card.state), static_cast<int64_t>(card.account), card.friends);
   }
   for (const auto &change : changes.payments) WritePayment(state.payments.at(change.first));
   for (const std::string &id : changes.acceptedIds) {
@@ -256,21 +255,21 @@ void DataFile::Write(const State &state, const Changes &changes) {
   }
   for (const auto &change : changes.locks) {
     Statement(this, "REPLACE INTO locks VALUES (?, ?)")
-        .Run(change.first, static_cast<std::int64_t>(state.locks.at(change.first)));
+        .Run(change.first, static_cast<int64_t>(state.locks.at(change.first)));
   }
   for (const std::string &token : changes.usedTokens) {
     Statement(this, "INSERT INTO used_tokens VALUES (?)").Run(token);
   }
-  Statement(this, "UPDATE answers SET count = ?").Run(static_cast<std::int64_t>(state.answers));
+  Statement(this, "UPDATE answers SET count = ?").Run(static_cast<int64_t>(state.answers));
 }
 
 void DataFile::WritePayment(const Payment &payment) {
   Statement(this, "REPLACE INTO payments VALUES (?, ?, ?, ?, ?, ?, ?, ?)")
-      .Run(payment.requestId, static_cast<std::int64_t>(payment.number), payment.time, payment.terminal,
-           payment.card, static_cast<std::int64_t>(payment.account), PaymentStateName(payment.state),
+      .Run(payment.requestId, static_cast<int64_t>(payment.number), payment.time, payment.terminal,
+           payment.card, static_cast<int64_t>(payment.account), PaymentStateName(payment.state),
            payment.totalSum);
   Statement write(this, "REPLACE INTO positions VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-  std::int64_t place = 0;
+  int64_t place = 0;
   for (const Position &position : payment.positions) {
     write.Run(payment.requestId, ++place, position.number, position.cost, position.count, position.spent[0],
               position.spent[1], position.spent[2], position.earned[0], position.earned[1],

@@ -105,7 +105,7 @@ class Words {
 
  private:
   std::vector<std::string> words_;
-  std::size_t next_ = 0;
+  size_t next_ = 0;
 };
 
 // "on METHOD", "times N" and "for MS", in any order.
@@ -208,7 +208,7 @@ const std::vector<FaultForm> &FaultForms() {
 }
 
 std::string FaultHelp() {
-  constexpr std::size_t kColumn = 27;
+  constexpr size_t kColumn = 27;
   std::string text;
   for (const FaultForm &form : FaultForms()) {
     std::string line = std::string("  ") + form.word + " " + form.arguments;
@@ -310,7 +310,7 @@ std::string FaultText(const Fault &fault) {
       break;
     case FaultKind::kRandom:
       text += " " + std::to_string(fault.number) + " seed " + std::to_string(fault.seed);
-      for (std::size_t i = 0; i < fault.among.size(); ++i) {
+      for (size_t i = 0; i < fault.among.size(); ++i) {
         text += (i == 0 ? " among " : ",") + std::string(WordOf(fault.among[i]));
       }
       break;
@@ -336,9 +336,9 @@ bool IsProgrammeAsked(FaultKind kind) {
   return kind != FaultKind::kSilence && kind != FaultKind::kHttp && kind != FaultKind::kRubbish;
 }
 
-Fault DrawnFault(const Fault &random, std::uint64_t draw) {
-  const auto pick = [&draw](std::size_t count) {
-    const auto picked = static_cast<std::size_t>(draw % count);
+Fault DrawnFault(const Fault &random, uint64_t draw) {
+  const auto pick = [&draw](size_t count) {
+    const auto picked = static_cast<size_t>(draw % count);
     draw /= count;
     return picked;
   };
@@ -418,8 +418,7 @@ std::string Spoil(const Fault &fault, const std::string &answer) {
       return answer + answer;
     case FaultKind::kCut:
     case FaultKind::kReset:
-      return answer.substr(
-          0, fault.number == kHalf ? answer.size() / 2 : static_cast<std::size_t>(fault.number));
+      return answer.substr(0, fault.number == kHalf ? answer.size() / 2 : static_cast<size_t>(fault.number));
     case FaultKind::kWithout:
     case FaultKind::kExtra:
     case FaultKind::kName:
@@ -443,7 +442,7 @@ std::string Spoil(const Fault &fault, const std::string &answer) {
     } else if (content.contains(pointer)) {
       ordered_json &parent = content[pointer.parent_pointer()];
       if (parent.is_array()) {
-        parent.erase(static_cast<std::size_t>(std::stoul(pointer.back())));
+        parent.erase(static_cast<size_t>(std::stoul(pointer.back())));
       } else {
         parent.erase(pointer.back());
       }

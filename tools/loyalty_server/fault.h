@@ -45,7 +45,7 @@ struct Fault {
   std::string text;   // rubbish, the member's path below the answer's name, or the name
   std::string value;  // of kExtra, JSON
   Code code = Code::kOk;                      // of kRefusal
-  std::uint32_t seed = 0;                     // of kRandom
+  uint32_t seed = 0;                          // of kRandom
   std::vector<FaultKind> among;               // of kRandom; empty: every one that a request can meet
   int times = kUntilOff;                      // how often it strikes before it is off
   int milliseconds = kUntilOff;               // how long it lasts before it is off
@@ -76,7 +76,7 @@ bool IsOfConnection(FaultKind kind);
 bool IsProgrammeAsked(FaultKind kind);
 
 // What a random fault makes of a number drawn for a request: one of its kinds with arguments of its own.
-Fault DrawnFault(const Fault &random, std::uint64_t draw);
+Fault DrawnFault(const Fault &random, uint64_t draw);
 
 std::string HttpErrorPage(int status);
 

@@ -16,7 +16,7 @@ FaultPlan::FaultPlan(std::vector<Fault> steps, bool is_repeated)
   Begin(0);
 }
 
-void FaultPlan::Begin(std::size_t step) {
+void FaultPlan::Begin(size_t step) {
   step_ = step;
   ++steps_begun_;
   present_ = step_ < steps_.size() ? steps_[step_] : Fault();
@@ -56,9 +56,9 @@ Fault FaultPlan::Take(const OperationNames *operation) {
   taken.operation = nullptr;
   if (present_.kind == FaultKind::kRandom) {
     // Both are drawn each time, so that a request's fate hangs on the seed and its number alone.
-    const std::uint64_t chance = dice_() % 100;
-    const std::uint64_t draw = dice_();
-    if (chance >= static_cast<std::uint64_t>(present_.number)) return Fault();
+    const uint64_t chance = dice_() % 100;
+    const uint64_t draw = dice_();
+    if (chance >= static_cast<uint64_t>(present_.number)) return Fault();
     taken = DrawnFault(present_, draw);
   }
   Count();
@@ -75,10 +75,10 @@ FaultPlan ParseFaultScript(std::string_view text) {
   std::vector<Fault> steps;
   bool is_repeated = false;
   std::istringstream stream{std::string(text)};
-  std::size_t number = 0;
+  size_t number = 0;
   for (std::string line; std::getline(stream, line);) {
     ++number;
-    const std::size_t begin = line.find_first_not_of(" \t\r");
+    const size_t begin = line.find_first_not_of(" \t\r");
     if (begin == std::string::npos || line[begin] == '#') continue;
     line = line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin);
     const std::string where = "line " + std::to_string(number) + ": ";

@@ -22,9 +22,9 @@ class FaultPlan {
   // The fault in force.
   const Fault &fault() const;
   // Counts the steps begun, so that a change of the fault in force can be seen.
-  std::uint64_t steps_begun() const { return steps_begun_; }
-  std::size_t step() const { return step_; }
-  std::size_t step_count() const { return steps_.size(); }
+  uint64_t steps_begun() const { return steps_begun_; }
+  size_t step() const { return step_; }
+  size_t step_count() const { return steps_.size(); }
   bool Has(FaultKind kind) const;
 
   // What strikes this request: counted, drawn where chance decides, without its limits.
@@ -35,13 +35,13 @@ class FaultPlan {
   void Advance();
 
  private:
-  void Begin(std::size_t step);
+  void Begin(size_t step);
   void Count();
 
   std::vector<Fault> steps_;
   bool is_repeated_ = false;
-  std::size_t step_ = 0;
-  std::uint64_t steps_begun_ = 0;
+  size_t step_ = 0;
+  uint64_t steps_begun_ = 0;
   Fault present_;  // the step in force, with what is left of its times
   std::mt19937_64 dice_;
 };

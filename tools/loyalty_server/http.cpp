@@ -7,7 +7,7 @@
 
 namespace loyalty {
 
-std::unique_ptr<HttpServer> ServeHttp(const std::string &address, std::uint16_t port, HttpHandler handler) {
+std::unique_ptr<HttpServer> ServeHttp(const std::string &address, uint16_t port, HttpHandler handler) {
   const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   void *module = dlopen((folder / "loyalty_server_page.so").c_str(), RTLD_NOW | RTLD_LOCAL);
   void *call = module == nullptr ? nullptr : dlsym(module, "ServeHttp");

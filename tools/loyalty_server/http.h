@@ -27,7 +27,7 @@ struct HttpAnswer {
 
 // Called in a thread of its own for each connection, up to kHttpThreads at once.
 using HttpHandler = std::function<HttpAnswer(const HttpCall &)>;
-constexpr std::size_t kHttpThreads = 32;
+constexpr size_t kHttpThreads = 32;
 
 class HttpServer {
  public:
@@ -36,15 +36,15 @@ class HttpServer {
   HttpServer(const HttpServer &) = delete;
   HttpServer &operator=(const HttpServer &) = delete;
 
-  virtual std::uint16_t port() const = 0;
+  virtual uint16_t port() const = 0;
 };
 
 // Serves from now on. Throws std::runtime_error when the module cannot be loaded, and std::system_error,
 // naming the address, when it cannot be listened on.
-std::unique_ptr<HttpServer> ServeHttp(const std::string &address, std::uint16_t port, HttpHandler handler);
+std::unique_ptr<HttpServer> ServeHttp(const std::string &address, uint16_t port, HttpHandler handler);
 
 // What the module exports: the same, under the name "ServeHttp".
-using ServeHttpCall = void(const std::string &address, std::uint16_t port, HttpHandler handler,
+using ServeHttpCall = void(const std::string &address, uint16_t port, HttpHandler handler,
                            std::unique_ptr<HttpServer> *out_server);
 
 }  // namespace loyalty

@@ -11,11 +11,11 @@
 namespace loyalty {
 namespace {
 
-constexpr std::size_t kMostBodyBytes = 1024 * 1024;
+constexpr size_t kMostBodyBytes = 1024 * 1024;
 
 class LibraryServer : public HttpServer {
  public:
-  LibraryServer(const std::string &address, std::uint16_t port, HttpHandler handler)
+  LibraryServer(const std::string &address, uint16_t port, HttpHandler handler)
       : handler_(std::move(handler)) {
     // The library's own options would let two programs serve one port.
     http_.set_socket_options([](socket_t socket) {
@@ -61,7 +61,7 @@ class LibraryServer : public HttpServer {
     thread_.join();
   }
 
-  std::uint16_t port() const override { return static_cast<std::uint16_t>(port_); }
+  uint16_t port() const override { return static_cast<uint16_t>(port_); }
 
  private:
   void Answer(const httplib::Request &request, httplib::Response *response) const {
@@ -86,7 +86,7 @@ class LibraryServer : public HttpServer {
 }  // namespace loyalty
 
 extern "C" __attribute__((visibility("default"))) void ServeHttp(
-    const std::string &address, std::uint16_t port, loyalty::HttpHandler handler,
+    const std::string &address, uint16_t port, loyalty::HttpHandler handler,
     std::unique_ptr<loyalty::HttpServer> *out_server) {
   *out_server = std::make_unique<loyalty::LibraryServer>(address, port, std::move(handler));
 }

@@ -17,7 +17,7 @@ bool IsLoopback(const std::string &host) {
 
 }  // namespace
 
-Page::Page(Server *server, const std::string &host, std::uint16_t port)
+Page::Page(Server *server, const std::string &host, uint16_t port)
     : server_(server),
       host_(host),
       http_(ServeHttp(host, port, [this](const HttpCall &call) { return Answer(call); })) {}

@@ -14,12 +14,12 @@ namespace loyalty {
 class Page {
  public:
   // Serves until its destructor, which comes before the server's. Throws what ServeHttp throws.
-  Page(Server *server, const std::string &host, std::uint16_t port);
+  Page(Server *server, const std::string &host, uint16_t port);
   ~Page();
   Page(const Page &) = delete;
   Page &operator=(const Page &) = delete;
 
-  std::uint16_t port() const { return http_->port(); }
+  uint16_t port() const { return http_->port(); }
   std::string address() const;  // "http://127.0.0.1:8081/"
 
  private:

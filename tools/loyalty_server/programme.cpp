@@ -14,8 +14,8 @@ namespace {
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-constexpr std::int64_t kMostAmount = std::numeric_limits<std::int32_t>::max();
-constexpr std::size_t kLongestCardNumber = 64;
+constexpr int64_t kMostAmount = std::numeric_limits<int32_t>::max();
+constexpr size_t kLongestCardNumber = 64;
 
 // Why a request is not done. The detail is for the engineer at the bench and goes behind the message.
 struct Refusal {
@@ -46,20 +46,20 @@ bool FlagOf(const json &object, const char *key) {
 }
 
 // A whole number of 32 bits; `wrong` is the code for a number that is none.
-std::int32_t NumberOf(const json &object, const char *key, Code wrong) {
+int32_t NumberOf(const json &object, const char *key, Code wrong) {
   const json &value = Member(object, key);
   if (!value.is_number()) Refuse(Code::kIncorrectRequestParam, key);
   if (!value.is_number_integer()) Refuse(wrong, key);
-  if (value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(kMostAmount)) {
+  if (value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(kMostAmount)) {
     Refuse(wrong, key);
   }
-  const std::int64_t number = value.get<std::int64_t>();
-  if (number < std::numeric_limits<std::int32_t>::min() || number > kMostAmount) Refuse(wrong, key);
-  return static_cast<std::int32_t>(number);
+  const int64_t number = value.get<int64_t>();
+  if (number < std::numeric_limits<int32_t>::min() || number > kMostAmount) Refuse(wrong, key);
+  return static_cast<int32_t>(number);
 }
 
-std::int32_t AmountOf(const json &object, const char *key) {
-  const std::int32_t amount = NumberOf(object, key, Code::kIncorrectSum);
+int32_t AmountOf(const json &object, const char *key) {
+  const int32_t amount = NumberOf(object, key, Code::kIncorrectSum);
   if (amount < 0) Refuse(Code::kIncorrectSum, key);
   return amount;
 }
@@ -93,7 +93,7 @@ bool IsRequestId(std::string_view id) {
 bool IsEarlier(std::string_view id, std::string_view other) {
   const auto key = [](std::string_view text) {
     const std::string_view counter = text.substr(11);
-    const std::size_t zeros = std::min(counter.find_first_not_of('0'), counter.size());
+    const size_t zeros = std::min(counter.find_first_not_of('0'), counter.size());
     return std::make_tuple(text.substr(5, 6), counter.size() - zeros, counter.substr(zeros));
   };
   return key(id) < key(other);
@@ -102,7 +102,7 @@ bool IsEarlier(std::string_view id, std::string_view other) {
 bool IsRequestDate(std::string_view date) {
   constexpr std::string_view kShape = "0000-00-00T00:00:00Z";
   if (date.size() != kShape.size()) return false;
-  for (std::size_t i = 0; i < date.size(); ++i) {
+  for (size_t i = 0; i < date.size(); ++i) {
     const bool fits = kShape[i] == '0' ? date[i] >= '0' && date[i] <= '9' : date[i] == kShape[i];
     if (!fits) return false;
   }
@@ -116,27 +116,26 @@ bool IsVersionSupported(std::string_view version, std::string_view supported) {
           version[supported.size()] == '.');
 }
 
-std::int64_t Percent(std::int64_t amount, std::int64_t percent) {
+int64_t Percent(int64_t amount, int64_t percent) {
   return amount * percent / 100;
 }
 
 // Whether the purse can take the amount without ever passing 32 bits.
-bool HasRoom(const Purse &purse, std::int64_t amount) {
+bool HasRoom(const Purse &purse, int64_t amount) {
   return purse.balance + purse.expected + amount <= kMostAmount;
 }
 
-void Credit(Purses *purses, AccountType type, std::int64_t amount) {
-  (*purses)[static_cast<std::size_t>(type)].balance += amount;
+void Credit(Purses *purses, AccountType type, int64_t amount) {
+  (*purses)[static_cast<size_t>(type)].balance += amount;
 }
 
-void CheckRoom(const Purses &purses, AccountType type, std::int64_t amount) {
-  if (!HasRoom(purses[static_cast<std::size_t>(type)], amount))
-    Refuse(Code::kIncorrectSum, AccountName(type));
+void CheckRoom(const Purses &purses, AccountType type, int64_t amount) {
+  if (!HasRoom(purses[static_cast<size_t>(type)], amount)) Refuse(Code::kIncorrectSum, AccountName(type));
 }
 
 // The share of a position's bonuses that belongs to the part of it that is back. Counted from the start each
 // time, so that the roundings of several returns never add up to more or less than the whole.
-std::int64_t ReturnedShare(std::int64_t bonuses, const Position &position) {
+int64_t ReturnedShare(int64_t bonuses, const Position &position) {
   return position.cost == 0 ? 0 : bonuses * position.returnedSum / position.cost;
 }
 
@@ -170,7 +169,7 @@ Programme::Programme(Shop shop, Clock clock, std::unique_ptr<Store> store)
     card.state = state;
     card.account = ledger_.OpenAccount();
     Purses &purses = ledger_.EditAccount(card.account);
-    for (std::size_t i = 0; setup != nullptr && i < kAccountTypes; ++i) purses[i].balance = setup->balance[i];
+    for (size_t i = 0; setup != nullptr && i < kAccountTypes; ++i) purses[i].balance = setup->balance[i];
   };
   for (const CardSetup &setup : shop_.cards) add(setup.number, setup.state, &setup);
   for (const auto &token : shop_.tokens) add(token.second, CardState::kSold, nullptr);
@@ -187,7 +186,7 @@ Reply Programme::Handle(const OperationNames &operation, std::string_view docume
     reply.details = detail;
     parts = Parts::object();
   };
-  const std::uint64_t number = ledger_.state().answers + 1;
+  const uint64_t number = ledger_.state().answers + 1;
   ledger_.CountAnswer();
   try {
     Judge(operation, document, refusal, &request, &reply, &parts);
@@ -344,7 +343,7 @@ void Programme::Activate(const Request &request, const json *part, Reply *reply,
   if (part == nullptr || !part->is_object()) Refuse(Code::kActivationBlockRequired);
 
   const std::string type = TextOf(*part, "activationType");
-  const std::int32_t amount = AmountOf(*part, "amount");
+  const int32_t amount = AmountOf(*part, "amount");
   const Purses &purses = PursesOf(card);
   Reward activation{0, shop_.activation.account};
   Reward referral{0, shop_.referral.account};
@@ -390,16 +389,16 @@ void Programme::Activate(const Request &request, const json *part, Reply *reply,
                    AmountText(referral.sum) + ", gift " + AmountText(gift.sum);
 }
 
-std::vector<Position> Programme::ReadPositions(const json &bill, std::int64_t total_sum) const {
+std::vector<Position> Programme::ReadPositions(const json &bill, int64_t total_sum) const {
   std::vector<Position> positions;
-  const std::int32_t declared = NumberOf(bill, "orderLen", Code::kIncorrectBill);
+  const int32_t declared = NumberOf(bill, "orderLen", Code::kIncorrectBill);
   if (!bill.contains("goodList")) return positions;  // a bare total: nothing to earn on
   const json &list = bill["goodList"];
   if (!list.is_object() || !list.contains("good") || !list["good"].is_array()) {
     Refuse(Code::kIncorrectBill, "goodList");
   }
-  std::set<std::int32_t> numbers;
-  std::int64_t sum = 0;
+  std::set<int32_t> numbers;
+  int64_t sum = 0;
   for (const json &good : list["good"]) {
     if (!good.is_object()) Refuse(Code::kIncorrectBill, "good");
     TextOf(good, "title");
@@ -415,7 +414,7 @@ std::vector<Position> Programme::ReadPositions(const json &bill, std::int64_t to
     positions.push_back(position);
   }
   if (shop_.isBillChecked && sum != total_sum) Refuse(Code::kIncorrectBill, "totalSum");
-  if (shop_.isBillChecked && static_cast<std::size_t>(std::max(declared, 0)) != positions.size()) {
+  if (shop_.isBillChecked && static_cast<size_t>(std::max(declared, 0)) != positions.size()) {
     Refuse(Code::kIncorrectBill, "orderLen");
   }
   return positions;
@@ -429,14 +428,14 @@ void Programme::CountBonuses(bool is_spending, Purses purses, std::vector<Positi
       AccountType::kLocal, AccountType::kGlobal, AccountType::kDiscount};
   const Rates &rates = shop_.rates;
   for (Position &position : *positions) {
-    std::int64_t payable = is_spending ? Percent(position.cost, rates.spendLimit) : 0;
+    int64_t payable = is_spending ? Percent(position.cost, rates.spendLimit) : 0;
     for (const AccountType type : kSpendingOrder) {
-      const auto i = static_cast<std::size_t>(type);
+      const auto i = static_cast<size_t>(type);
       position.spent[i] = std::min(payable, purses[i].Available());
       purses[i].reserved += position.spent[i];
       payable -= position.spent[i];
     }
-    const std::int64_t money = position.cost - Sum(position.spent);
+    const int64_t money = position.cost - Sum(position.spent);
     position.earned = {Percent(money, rates.global), Percent(money, rates.local),
                        Percent(money, rates.discount)};
     position.fee = std::min(Percent(money, rates.organizerFee), position.earned[0] + position.earned[1]);
@@ -454,7 +453,7 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
   payment.account = card.account;
   payment.totalSum = AmountOf(bill, "totalSum");
   const bool is_spending = FlagOf(bill, "spendBonus");
-  const std::int32_t partner_fee = NumberOf(bill, "partnerFee", Code::kIncorrectSum);
+  const int32_t partner_fee = NumberOf(bill, "partnerFee", Code::kIncorrectSum);
   const std::string bill_number = TextOf(bill, "billNum");
   const std::string bill_date = TextOf(bill, "billDate");
   if (shop_.rates.organizerFee > shop_.rates.global + shop_.rates.local) {
@@ -467,14 +466,13 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
   Amounts spent{};
   Amounts earned{};
   for (const Position &position : payment.positions) {
-    for (std::size_t i = 0; i < kAccountTypes; ++i) {
+    for (size_t i = 0; i < kAccountTypes; ++i) {
       spent[i] += position.spent[i];
       earned[i] += position.earned[i];
     }
   }
-  for (const AccountType type : kAllAccountTypes)
-    CheckRoom(purses, type, earned[static_cast<std::size_t>(type)]);
-  for (std::size_t i = 0; i < kAccountTypes; ++i) {
+  for (const AccountType type : kAllAccountTypes) CheckRoom(purses, type, earned[static_cast<size_t>(type)]);
+  for (size_t i = 0; i < kAccountTypes; ++i) {
     purses[i].reserved += spent[i];
     purses[i].expected += earned[i];
   }
@@ -488,7 +486,7 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
   if (!payment.positions.empty()) {
     Parts goods = Parts::array();
     const json &list = bill["goodList"]["good"];
-    for (std::size_t n = 0; n < payment.positions.size(); ++n) {
+    for (size_t n = 0; n < payment.positions.size(); ++n) {
       const Position &position = payment.positions[n];
       Parts good;
       good["title"] = list[n]["title"].get<std::string>();
@@ -496,10 +494,10 @@ void Programme::Pay(const Request &request, const json &bill, Reply *reply, Part
       good["positionCost"] = position.cost;
       good["orderNum"] = position.number;
       good["cnt"] = position.count;
-      const std::int64_t local_fee = std::min(position.fee, position.earned[1]);
+      const int64_t local_fee = std::min(position.fee, position.earned[1]);
       const Amounts fees = {position.fee - local_fee, local_fee, 0};
       Parts bonuses = Parts::array();
-      for (std::size_t i = 0; i < kAccountTypes; ++i) {
+      for (size_t i = 0; i < kAccountTypes; ++i) {
         if (position.earned[i] == 0 && position.spent[i] == 0) continue;
         Parts bonus;
         bonus["earned"] = position.earned[i];
@@ -526,7 +524,7 @@ void Programme::Settle(const std::string &request_id) {
   Payment &payment = ledger_.EditPayment(request_id);
   Purses &purses = ledger_.EditAccount(payment.account);
   for (const Position &position : payment.positions) {
-    for (std::size_t i = 0; i < kAccountTypes; ++i) {
+    for (size_t i = 0; i < kAccountTypes; ++i) {
       purses[i].reserved -= position.spent[i];
       purses[i].balance -= position.spent[i];
       purses[i].expected -= position.earned[i];
@@ -549,7 +547,7 @@ void Programme::ConfirmPayment(const Request &request, const json &part, Reply *
   } else {
     Purses &purses = ledger_.EditAccount(payment.account);
     for (const Position &position : payment.positions) {
-      for (std::size_t i = 0; i < kAccountTypes; ++i) {
+      for (size_t i = 0; i < kAccountTypes; ++i) {
         purses[i].reserved -= position.spent[i];
         purses[i].expected -= position.earned[i];
       }
@@ -563,7 +561,7 @@ void Programme::Balance(const Request &request, Reply *reply, Parts *parts) {
   const Purses &purses = PursesOf(ActiveCard(request.card));
   Parts accounts = Parts::array();
   for (const AccountType type : kAllAccountTypes) {
-    const Purse &purse = purses[static_cast<std::size_t>(type)];
+    const Purse &purse = purses[static_cast<size_t>(type)];
     Parts account;
     account["accountType"] = AccountName(type);
     account["availableAmount"] = purse.Available();
@@ -595,13 +593,13 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
     if (!part.contains("cashBackGood") || !part["cashBackGood"].is_array() || part["cashBackGood"].empty()) {
       Refuse(Code::kIncorrectRequestParam, "cashBackGood");
     }
-    std::unordered_map<std::int32_t, Position *> by_number;
+    std::unordered_map<int32_t, Position *> by_number;
     for (Position &position : positions) by_number.emplace(position.number, &position);
     for (const json &good : part["cashBackGood"]) {
       if (!good.is_object()) Refuse(Code::kIncorrectRequestParam, "cashBackGood");
       const auto found = by_number.find(NumberOf(good, "pos", Code::kIncorrectBill));
-      const std::int32_t sum = AmountOf(good, "sum");
-      const std::int32_t count = NumberOf(good, "cnt", Code::kIncorrectBill);
+      const int32_t sum = AmountOf(good, "sum");
+      const int32_t count = NumberOf(good, "cnt", Code::kIncorrectBill);
       if (found == by_number.end()) Refuse(Code::kIncorrectBill, "pos");
       Position &position = *found->second;
       if (count < 1 || count > position.count - position.returnedCount) Refuse(Code::kIncorrectBill, "cnt");
@@ -615,19 +613,19 @@ void Programme::ReturnGoods(const Request &request, const json &part, Reply *rep
 
   Amounts restored{};
   Amounts withdrawn{};
-  for (std::size_t n = 0; n < positions.size(); ++n) {
+  for (size_t n = 0; n < positions.size(); ++n) {
     const Position &before = payment.positions[n];
     const Position &after = positions[n];
-    for (std::size_t i = 0; i < kAccountTypes; ++i) {
+    for (size_t i = 0; i < kAccountTypes; ++i) {
       restored[i] += ReturnedShare(after.spent[i], after) - ReturnedShare(before.spent[i], before);
       withdrawn[i] += ReturnedShare(after.earned[i], after) - ReturnedShare(before.earned[i], before);
     }
   }
   Purses &purses = ledger_.EditAccount(payment.account);
   for (const AccountType type_of : kAllAccountTypes) {
-    CheckRoom(purses, type_of, restored[static_cast<std::size_t>(type_of)]);
+    CheckRoom(purses, type_of, restored[static_cast<size_t>(type_of)]);
   }
-  for (std::size_t i = 0; i < kAccountTypes; ++i) {
+  for (size_t i = 0; i < kAccountTypes; ++i) {
     purses[i].balance += restored[i];
     // What was earned goes back as far as it is still there: a customer never owes bonuses.
     purses[i].balance -= std::min(withdrawn[i], purses[i].Available());
@@ -656,15 +654,15 @@ void Programme::Link(const Request &request, const json &part, Reply *reply) {
 }
 
 // Everything that belongs to one account belongs to another from now on.
-void Programme::JoinAccounts(std::size_t from, std::size_t to) {
+void Programme::JoinAccounts(size_t from, size_t to) {
   if (from == to) return;
   const Purses moved = ledger_.state().accounts[from];
   Purses &purses = ledger_.EditAccount(to);
   for (const AccountType type : kAllAccountTypes) {
-    const Purse &purse = moved[static_cast<std::size_t>(type)];
+    const Purse &purse = moved[static_cast<size_t>(type)];
     CheckRoom(purses, type, purse.balance + purse.expected);
   }
-  for (std::size_t i = 0; i < kAccountTypes; ++i) {
+  for (size_t i = 0; i < kAccountTypes; ++i) {
     purses[i].balance += moved[i].balance;
     purses[i].reserved += moved[i].reserved;
     purses[i].expected += moved[i].expected;
@@ -698,7 +696,7 @@ void Programme::Exchange(const Request &request, const json &part, Reply *reply)
 
 void Programme::Deposit(const Request &request, const json &part, Reply *reply) {
   Purses &purses = ledger_.EditAccount(ActiveCard(request.card).account);
-  const std::int32_t amount = AmountOf(part, "amount");
+  const int32_t amount = AmountOf(part, "amount");
   CheckRoom(purses, shop_.depositAccount, amount);
   Credit(&purses, shop_.depositAccount, amount);
   reply->details = "amount " + AmountText(amount);

@@ -92,8 +92,8 @@ class Programme {
   const Card &ActiveCard(const std::string &number) const;
   const Payment &PaymentOf(const Request &request, const std::string &request_id) const;
   bool IsLocked(const std::string &terminal) const;
-  void JoinAccounts(std::size_t from, std::size_t to);
-  std::vector<Position> ReadPositions(const json &bill, std::int64_t total_sum) const;
+  void JoinAccounts(size_t from, size_t to);
+  std::vector<Position> ReadPositions(const json &bill, int64_t total_sum) const;
   void CountBonuses(bool is_spending, Purses available, std::vector<Position> *positions) const;
   void Settle(const std::string &request_id);
 

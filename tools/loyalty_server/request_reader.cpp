@@ -5,7 +5,7 @@
 namespace loyalty {
 namespace {
 
-constexpr std::size_t kMostHeadBytes = 16 * 1024;
+constexpr size_t kMostHeadBytes = 16 * 1024;
 
 char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -24,7 +24,7 @@ std::string_view Trimmed(std::string_view text) {
 
 }  // namespace
 
-RequestReader::RequestReader(std::size_t most_body_bytes) : most_body_bytes_(most_body_bytes) {}
+RequestReader::RequestReader(size_t most_body_bytes) : most_body_bytes_(most_body_bytes) {}
 
 RequestReader::Status RequestReader::Complain(int http_status, const char *complaint) {
   http_status_ = http_status;
@@ -35,13 +35,13 @@ RequestReader::Status RequestReader::Complain(int http_status, const char *compl
 RequestReader::Status RequestReader::Feed(std::string_view bytes) {
   while (status_ == Status::kMore && !bytes.empty()) {
     if (is_in_body_) {
-      const std::size_t count = std::min(bytes.size(), length_ - body_.size());
+      const size_t count = std::min(bytes.size(), length_ - body_.size());
       body_.append(bytes.substr(0, count));
       if (body_.size() == length_) status_ = Status::kComplete;
       break;
     }
-    const std::size_t end = bytes.find('\n');
-    const std::size_t count = end == std::string_view::npos ? bytes.size() : end;
+    const size_t end = bytes.find('\n');
+    const size_t count = end == std::string_view::npos ? bytes.size() : end;
     head_bytes_ += count + 1;
     if (head_bytes_ > kMostHeadBytes) {
       status_ = Complain(431, "the head has no end");
@@ -72,7 +72,7 @@ RequestReader::Status RequestReader::TakeLine() {
     is_in_body_ = true;
     return length_ == 0 ? Status::kComplete : Status::kMore;
   }
-  const std::size_t colon = line_.find(':');
+  const size_t colon = line_.find(':');
   if (colon == std::string::npos) return Complain(400, "a head line without a colon");
   if (!IsSameIgnoringCase(std::string_view(line_).substr(0, colon), "Content-Length")) return Status::kMore;
   const std::string_view digits = Trimmed(std::string_view(line_).substr(colon + 1));
@@ -80,7 +80,7 @@ RequestReader::Status RequestReader::TakeLine() {
                                                         [](char c) { return c >= '0' && c <= '9'; });
   if (!is_number || is_length_known_) return Complain(400, "bad Content-Length");
   for (const char digit : digits) {
-    length_ = length_ * 10 + static_cast<std::size_t>(digit - '0');
+    length_ = length_ * 10 + static_cast<size_t>(digit - '0');
     if (length_ > most_body_bytes_) return Complain(413, "the body is too long");
   }
   is_length_known_ = true;
@@ -88,7 +88,7 @@ RequestReader::Status RequestReader::TakeLine() {
 }
 
 std::string_view RequestReader::method() const {
-  const std::size_t slash = path_.rfind('/');
+  const size_t slash = path_.rfind('/');
   return slash == std::string::npos ? std::string_view(path_) : std::string_view(path_).substr(slash + 1);
 }
 

@@ -10,7 +10,7 @@ namespace loyalty {
 
 class RequestReader {
  public:
-  explicit RequestReader(std::size_t most_body_bytes);
+  explicit RequestReader(size_t most_body_bytes);
 
   enum class Status { kMore, kComplete, kBad };
   // Bytes behind a complete request are not looked at; after kBad everything is ignored.
@@ -29,12 +29,12 @@ class RequestReader {
   Status TakeLine();
   Status Complain(int http_status, const char *complaint);
 
-  std::size_t most_body_bytes_;
+  size_t most_body_bytes_;
   Status status_ = Status::kMore;
   bool is_in_body_ = false;
   bool is_length_known_ = false;
-  std::size_t head_bytes_ = 0;
-  std::size_t length_ = 0;
+  size_t head_bytes_ = 0;
+  size_t length_ = 0;
   std::string line_;
   std::string path_;
   std::string body_;

@@ -26,7 +26,7 @@ using asio::ip::tcp;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kAcceptRetry{50};
-constexpr std::size_t kMostTextKept = 64 * 1024;
+constexpr size_t kMostTextKept = 64 * 1024;
 
 // A filter that takes no packet: the system drops even the first one of a connection, without a word to the
 // client. Connections that are open already are not touched.
@@ -128,11 +128,11 @@ struct Server::Impl {
   mutable std::condition_variable changed;
   Programme programme;
   FaultPlan faults;  // changed in the server's thread alone, which therefore needs no lock to look at it
-  std::uint64_t exchanges = 0;
-  std::uint64_t revision = 1;
+  uint64_t exchanges = 0;
+  uint64_t revision = 1;
   std::deque<Exchange> kept;
-  std::uint64_t last_number = 0;
-  std::size_t bytes_kept = 0;
+  uint64_t last_number = 0;
+  size_t bytes_kept = 0;
 
   // Only in the server's thread from here on.
   asio::io_context context;
@@ -142,7 +142,7 @@ struct Server::Impl {
   bool is_black_hole = false;
   asio::steady_timer accept_timer;
   asio::steady_timer fault_timer;
-  std::uint64_t faults_obeyed = 0;
+  uint64_t faults_obeyed = 0;
   asio::signal_set signals;
   tcp::endpoint endpoint;
   std::set<std::shared_ptr<Session>> sessions;
@@ -182,12 +182,12 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
   void Read() {
     Watch();
     socket_.async_read_some(asio::buffer(buffer_),
-                            [self = shared_from_this()](const asio::error_code &error, std::size_t count) {
+                            [self = shared_from_this()](const asio::error_code &error, size_t count) {
                               self->OnRead(error, count);
                             });
   }
 
-  void OnRead(const asio::error_code &error, std::size_t count) {
+  void OnRead(const asio::error_code &error, size_t count) {
     if (is_ended_) return;
     if (error) return End(received_ == 0 ? "" : "the client left in the middle of its request");
     received_ += count;
@@ -276,18 +276,18 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
   }
 
   void SendNext() {
-    const std::size_t left = out_.size() - sent_;
+    const size_t left = out_.size() - sent_;
     if (left == 0) return Finish();
     const bool is_in_pieces = fault_.kind == FaultKind::kPieces;
-    const std::size_t most = is_in_pieces ? static_cast<std::size_t>(fault_.number) : std::size_t{65536};
+    const size_t most = is_in_pieces ? static_cast<size_t>(fault_.number) : size_t{65536};
     Watch();
     socket_.async_write_some(asio::buffer(out_.data() + sent_, std::min(left, most)),
-                             [self = shared_from_this()](const asio::error_code &error, std::size_t count) {
+                             [self = shared_from_this()](const asio::error_code &error, size_t count) {
                                self->OnSent(error, count);
                              });
   }
 
-  void OnSent(const asio::error_code &error, std::size_t count) {
+  void OnSent(const asio::error_code &error, size_t count) {
     if (is_ended_) return;
     if (error) return End("the client left before the whole answer was sent");
     sent_ += count;
@@ -310,7 +310,7 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
   // would make a reset of the close, and a reset can cost the client the answer.
   void Drain() {
     socket_.async_read_some(asio::buffer(buffer_),
-                            [self = shared_from_this()](const asio::error_code &error, std::size_t) {
+                            [self = shared_from_this()](const asio::error_code &error, size_t) {
                               if (self->is_ended_) return;
                               if (error) return self->End("");
                               self->Drain();
@@ -335,8 +335,8 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
   Fault fault_;
   std::array<char, 8192> buffer_{};
   std::string out_;
-  std::size_t sent_ = 0;
-  std::size_t received_ = 0;
+  size_t sent_ = 0;
+  size_t received_ = 0;
   bool is_answered_ = false;
   bool is_ended_ = false;
 };
@@ -416,7 +416,7 @@ void Server::Impl::Keep(Exchange exchange) {
 
 // Makes the listening socket and the clock do what a fault asks for.
 void Server::Impl::Obey(const Fault &fault) {
-  const std::uint64_t obeyed = ++faults_obeyed;
+  const uint64_t obeyed = ++faults_obeyed;
   fault_timer.cancel();
   if (fault.milliseconds != kUntilOff) {
     fault_timer.expires_after(milliseconds(fault.milliseconds));
@@ -490,7 +490,7 @@ Server::~Server() {
   Stop();
 }
 
-std::uint16_t Server::port() const {
+uint16_t Server::port() const {
   return impl_->endpoint.port();
 }
 
@@ -536,24 +536,24 @@ void Server::Visit(const std::function<void(Programme &)> &visitor) {
   visitor(impl_->programme);
 }
 
-std::uint64_t Server::exchanges() const {
+uint64_t Server::exchanges() const {
   const std::lock_guard<std::mutex> lock(impl_->mutex);
   return impl_->exchanges;
 }
 
-std::vector<Exchange> Server::ExchangesAfter(std::uint64_t number) const {
+std::vector<Exchange> Server::ExchangesAfter(uint64_t number) const {
   const std::lock_guard<std::mutex> lock(impl_->mutex);
   const auto begin = std::find_if(impl_->kept.begin(), impl_->kept.end(),
                                   [number](const Exchange &exchange) { return exchange.number > number; });
   return std::vector<Exchange>(begin, impl_->kept.end());
 }
 
-std::uint64_t Server::revision() const {
+uint64_t Server::revision() const {
   const std::lock_guard<std::mutex> lock(impl_->mutex);
   return impl_->revision;
 }
 
-std::uint64_t Server::AwaitChange(std::uint64_t known, milliseconds most) const {
+uint64_t Server::AwaitChange(uint64_t known, milliseconds most) const {
   std::unique_lock<std::mutex> lock(impl_->mutex);
   impl_->changed.wait_for(lock, most, [&] { return impl_->revision != known; });
   return impl_->revision;

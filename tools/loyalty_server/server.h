@@ -18,12 +18,12 @@ namespace loyalty {
 
 struct ServerOptions {
   std::string address = "127.0.0.1";
-  std::uint16_t port = 0;  // 0: the system picks one
-  std::size_t mostBodyBytes = 16 * 1024 * 1024;
-  std::size_t mostConnections = 500;
+  uint16_t port = 0;  // 0: the system picks one
+  size_t mostBodyBytes = 16 * 1024 * 1024;
+  size_t mostConnections = 500;
   std::chrono::milliseconds idleTime{30000};  // a client that moves no byte for so long is dropped
-  std::size_t mostKept = 500;                 // exchanges that can be looked at afterwards
-  std::size_t mostBytesKept = 4 * 1024 * 1024;
+  size_t mostKept = 500;                      // exchanges that can be looked at afterwards
+  size_t mostBytesKept = 4 * 1024 * 1024;
   // Both are called in the server's thread.
   std::function<void(const std::string &line)> log;  // a line without its end
   std::function<void()> onInterrupt;                 // the process is asked to end: Ctrl+C, SIGTERM
@@ -31,7 +31,7 @@ struct ServerOptions {
 
 // One request and its answer, or something else that happened to a connection: then only the note is there.
 struct Exchange {
-  std::uint64_t number = 0;  // from 1
+  uint64_t number = 0;  // from 1
   std::string time;
   // What the request says; empty where it does not.
   std::string terminal;
@@ -46,8 +46,8 @@ struct Exchange {
   // Their first bytes, and how long they were.
   std::string request;
   std::string answer;
-  std::size_t requestBytes = 0;
-  std::size_t answerBytes = 0;
+  size_t requestBytes = 0;
+  size_t answerBytes = 0;
 };
 
 class Server {
@@ -58,7 +58,7 @@ class Server {
   Server(const Server &) = delete;
   Server &operator=(const Server &) = delete;
 
-  std::uint16_t port() const;
+  uint16_t port() const;
   std::string address() const;  // "127.0.0.1:54321"
 
   // In force when the call returns; also closes or opens the listening socket, as the fault asks.
@@ -73,15 +73,15 @@ class Server {
   void Look(const std::function<void(const Programme &)> &visitor) const;
   void Visit(const std::function<void(Programme &)> &visitor);
 
-  std::uint64_t exchanges() const;  // requests taken so far, well-formed or not
+  uint64_t exchanges() const;  // requests taken so far, well-formed or not
 
   // The last of them, oldest first, from behind this number.
-  std::vector<Exchange> ExchangesAfter(std::uint64_t number) const;
+  std::vector<Exchange> ExchangesAfter(uint64_t number) const;
 
   // Grows with everything that can be seen here: exchanges, faults, visits.
-  std::uint64_t revision() const;
+  uint64_t revision() const;
   // Waits until it is another than the one that is known, or the time is over; gives the present one.
-  std::uint64_t AwaitChange(std::uint64_t known, std::chrono::milliseconds most) const;
+  uint64_t AwaitChange(uint64_t known, std::chrono::milliseconds most) const;
   void WakeWaiting();
 
   // Drops every connection. The second call does nothing.

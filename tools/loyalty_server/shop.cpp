@@ -27,23 +27,23 @@ bool FlagOf(const json &value, const std::string &where) {
   return value.get<bool>();
 }
 
-std::int32_t NumberOf(const json &value, const std::string &where, std::int64_t most) {
+int32_t NumberOf(const json &value, const std::string &where, int64_t most) {
   if (!value.is_number_integer()) Wrong(where, "a whole number is expected");
-  if (value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(most)) {
+  if (value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(most)) {
     Wrong(where, "at most " + std::to_string(most));
   }
-  const std::int64_t number = value.get<std::int64_t>();
+  const int64_t number = value.get<int64_t>();
   if (number < 0) Wrong(where, "not below 0");
-  return static_cast<std::int32_t>(number);
+  return static_cast<int32_t>(number);
 }
 
-constexpr std::int64_t kMostAmount = std::numeric_limits<std::int32_t>::max();
+constexpr int64_t kMostAmount = std::numeric_limits<int32_t>::max();
 
-std::int32_t AmountOf(const json &value, const std::string &where) {
+int32_t AmountOf(const json &value, const std::string &where) {
   return NumberOf(value, where, kMostAmount);
 }
 
-std::int32_t PercentOf(const json &value, const std::string &where) {
+int32_t PercentOf(const json &value, const std::string &where) {
   return NumberOf(value, where, 100);
 }
 
@@ -68,7 +68,7 @@ void ReadObject(const json &object, const std::string &where, const std::map<std
 
 void ReadArray(const json &array, const std::string &where, const Reader &reader) {
   if (!array.is_array()) Wrong(where, "a list is expected");
-  for (std::size_t i = 0; i < array.size(); ++i) reader(array[i], where + "[" + std::to_string(i) + "]");
+  for (size_t i = 0; i < array.size(); ++i) reader(array[i], where + "[" + std::to_string(i) + "]");
 }
 
 CardSetup CardOf(const json &object, const std::string &where) {
@@ -105,9 +105,9 @@ Reader RewardReader(Reward *reward) {
   };
 }
 
-template <std::size_t N, typename Enum>
+template <size_t N, typename Enum>
 bool FindName(const std::array<const char *, N> &names, std::string_view name, Enum *out) {
-  for (std::size_t i = 0; i < N; ++i) {
+  for (size_t i = 0; i < N; ++i) {
     if (name == names[i]) {
       *out = static_cast<Enum>(i);
       return true;
@@ -119,7 +119,7 @@ bool FindName(const std::array<const char *, N> &names, std::string_view name, E
 }  // namespace
 
 const char *CardStateName(CardState state) {
-  return kCardStates.at(static_cast<std::size_t>(state));
+  return kCardStates.at(static_cast<size_t>(state));
 }
 
 bool FindCardState(std::string_view name, CardState *out_state) {
@@ -127,7 +127,7 @@ bool FindCardState(std::string_view name, CardState *out_state) {
 }
 
 const char *UpdateName(Update update) {
-  return kUpdates.at(static_cast<std::size_t>(update));
+  return kUpdates.at(static_cast<size_t>(update));
 }
 
 bool FindUpdate(std::string_view name, Update *out_update) {

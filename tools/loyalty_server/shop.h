@@ -24,21 +24,21 @@ bool FindUpdate(std::string_view name, Update *out_update);
 struct CardSetup {
   std::string number;
   CardState state = CardState::kSold;
-  std::array<std::int32_t, kAccountTypes> balance{};
+  std::array<int32_t, kAccountTypes> balance{};
 };
 
 // In whole percent of what is paid in money for a position; spendLimit is the share of a position's cost that
 // bonuses may pay.
 struct Rates {
-  std::int32_t global = 2;
-  std::int32_t local = 3;
-  std::int32_t discount = 0;
-  std::int32_t organizerFee = 1;
-  std::int32_t spendLimit = 50;
+  int32_t global = 2;
+  int32_t local = 3;
+  int32_t discount = 0;
+  int32_t organizerFee = 1;
+  int32_t spendLimit = 50;
 };
 
 struct Reward {
-  std::int32_t sum = 0;
+  int32_t sum = 0;
   AccountType account = AccountType::kGlobal;
 };
 
@@ -52,7 +52,7 @@ struct Shop {
   Rates rates;
   Reward activation{5000, AccountType::kGlobal};  // to a card at its activation
   Reward referral{10000, AccountType::kGlobal};   // to the card that brought a friend
-  std::int32_t referralLimit = 3;                 // friends a card may bring
+  int32_t referralLimit = 3;                      // friends a card may bring
   AccountType depositAccount = AccountType::kGlobal;
   std::string advertisement = "Двойные бонусы по выходным!";
   Update update = Update::kNone;

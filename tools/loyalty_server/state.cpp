@@ -29,11 +29,11 @@ void Restore(std::map<Key, std::optional<Value>> *before, std::map<Key, Value> *
 }  // namespace
 
 const char *PaymentStateName(PaymentState state) {
-  return kPaymentStates.at(static_cast<std::size_t>(state));
+  return kPaymentStates.at(static_cast<size_t>(state));
 }
 
 bool FindPaymentState(std::string_view name, PaymentState *out_state) {
-  for (std::size_t i = 0; i < kPaymentStates.size(); ++i) {
+  for (size_t i = 0; i < kPaymentStates.size(); ++i) {
     if (name != kPaymentStates[i]) continue;
     *out_state = static_cast<PaymentState>(i);
     return true;
@@ -54,13 +54,13 @@ Card &Ledger::EditCard(const std::string &number) {
   return card;
 }
 
-Purses &Ledger::EditAccount(std::size_t account) {
+Purses &Ledger::EditAccount(size_t account) {
   Purses &purses = state_.accounts.at(account);
   changes_.accounts.emplace(account, purses);
   return purses;
 }
 
-std::size_t Ledger::OpenAccount() {
+size_t Ledger::OpenAccount() {
   state_.accounts.emplace_back();
   EditAccount(state_.accounts.size() - 1);
   return state_.accounts.size() - 1;

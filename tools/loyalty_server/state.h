@@ -18,34 +18,34 @@ namespace loyalty {
 
 // Bonuses of one kind, in hundredths. balance + expected always fits 32 bits, 0 <= reserved <= balance.
 struct Purse {
-  std::int64_t balance = 0;   // what the customer owns
-  std::int64_t reserved = 0;  // part of it that unconfirmed payments will take
-  std::int64_t expected = 0;  // what unconfirmed payments will bring
-  std::int64_t Available() const { return balance - reserved; }
+  int64_t balance = 0;   // what the customer owns
+  int64_t reserved = 0;  // part of it that unconfirmed payments will take
+  int64_t expected = 0;  // what unconfirmed payments will bring
+  int64_t Available() const { return balance - reserved; }
 };
 using Purses = std::array<Purse, kAccountTypes>;
-using Amounts = std::array<std::int64_t, kAccountTypes>;
+using Amounts = std::array<int64_t, kAccountTypes>;
 
-inline std::int64_t Sum(const Amounts &amounts) {
+inline int64_t Sum(const Amounts &amounts) {
   return amounts[0] + amounts[1] + amounts[2];
 }
 
 struct Card {
   std::string number;
   CardState state = CardState::kSold;
-  std::size_t account = 0;
-  std::int32_t friends = 0;  // how many cards were activated on its recommendation
+  size_t account = 0;
+  int32_t friends = 0;  // how many cards were activated on its recommendation
 };
 
 struct Position {
-  std::int32_t number = 0;  // "orderNum" of the bill
-  std::int64_t cost = 0;
-  std::int64_t count = 0;
+  int32_t number = 0;  // "orderNum" of the bill
+  int64_t cost = 0;
+  int64_t count = 0;
   Amounts spent{};
   Amounts earned{};
-  std::int64_t fee = 0;
-  std::int64_t returnedSum = 0;
-  std::int64_t returnedCount = 0;
+  int64_t fee = 0;
+  int64_t returnedSum = 0;
+  int64_t returnedCount = 0;
 };
 
 enum class PaymentState { kHeld, kConfirmed, kCanceled, kReturned };
@@ -54,13 +54,13 @@ bool FindPaymentState(std::string_view name, PaymentState *out_state);
 
 struct Payment {
   std::string requestId;
-  std::uint64_t number = 0;  // of the answer that accepted it: payments in their order
-  std::string time;          // of that answer
+  uint64_t number = 0;  // of the answer that accepted it: payments in their order
+  std::string time;     // of that answer
   std::string terminal;
   std::string card;
-  std::size_t account = 0;
+  size_t account = 0;
   PaymentState state = PaymentState::kHeld;
-  std::int64_t totalSum = 0;
+  int64_t totalSum = 0;
   std::vector<Position> positions;
 };
 
@@ -72,20 +72,20 @@ struct State {
   std::map<std::string, std::string> lastIds;  // highest request id of a terminal
   std::map<std::string, bool> locks;           // terminals that were locked, or opened, while the server ran
   std::set<std::string> usedTokens;
-  std::uint64_t answers = 0;
+  uint64_t answers = 0;
 };
 
 // The parts of a state that an exchange has changed, each as it was before: nothing where there was none.
 struct Changes {
   std::map<std::string, std::optional<Card>> cards;
-  std::map<std::size_t, Purses> accounts;
-  std::size_t accountsBefore = 0;
+  std::map<size_t, Purses> accounts;
+  size_t accountsBefore = 0;
   std::map<std::string, std::optional<Payment>> payments;
   std::set<std::string> acceptedIds;  // new ones
   std::map<std::string, std::optional<std::string>> lastIds;
   std::map<std::string, std::optional<bool>> locks;
   std::set<std::string> usedTokens;  // new ones
-  std::uint64_t answersBefore = 0;
+  uint64_t answersBefore = 0;
 };
 
 class Store {
@@ -110,8 +110,8 @@ class Ledger {
   const State &state() const { return state_; }
 
   Card &EditCard(const std::string &number);  // a new one when there is none
-  Purses &EditAccount(std::size_t account);
-  std::size_t OpenAccount();
+  Purses &EditAccount(size_t account);
+  size_t OpenAccount();
   Payment &EditPayment(const std::string &request_id);  // a new one when there is none
   void AcceptId(const std::string &request_id);
   void SetLastId(const std::string &terminal, const std::string &request_id);

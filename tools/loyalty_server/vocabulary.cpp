@@ -54,10 +54,8 @@ constexpr std::array<CodeWords, kCodeCount> kCodeMessages = {{
 }};
 
 constexpr bool MessagesAreInOrder() {
-  for (std::size_t i = 0; i < kCodeCount; ++i) {
-    if (kCodeMessages[i].code != static_cast<Code>(i)) {
-      return false;
-    }
+  for (size_t i = 0; i < kCodeCount; ++i) {
+    if (kCodeMessages[i].code != static_cast<Code>(i)) return false;
   }
   return true;
 }
@@ -65,7 +63,7 @@ static_assert(MessagesAreInOrder());
 
 constexpr std::array<const char *, kAccountTypes> kAccounts = {"GLOBAL", "LOCAL", "DISCOUNT"};
 
-std::string Digits(unsigned long long number, std::size_t width) {
+std::string Digits(unsigned long long number, size_t width) {
   std::string text = std::to_string(number);
   if (text.size() < width) text.insert(0, width - text.size(), '0');
   return text;
@@ -81,15 +79,15 @@ const OperationNames *FindOperation(std::string_view method) {
 }
 
 const char *CodeName(Code code) {
-  return kCodeNames.at(static_cast<std::size_t>(code));
+  return kCodeNames.at(static_cast<size_t>(code));
 }
 
 const char *CodeMessage(Code code) {
-  return kCodeMessages.at(static_cast<std::size_t>(code)).message;
+  return kCodeMessages.at(static_cast<size_t>(code)).message;
 }
 
 bool FindCode(std::string_view name, Code *out_code) {
-  for (std::size_t i = 0; i < kCodeNames.size(); ++i) {
+  for (size_t i = 0; i < kCodeNames.size(); ++i) {
     if (name == kCodeNames[i]) {
       *out_code = static_cast<Code>(i);
       return true;
@@ -99,11 +97,11 @@ bool FindCode(std::string_view name, Code *out_code) {
 }
 
 const char *AccountName(AccountType type) {
-  return kAccounts.at(static_cast<std::size_t>(type));
+  return kAccounts.at(static_cast<size_t>(type));
 }
 
 bool FindAccountType(std::string_view name, AccountType *out_type) {
-  for (std::size_t i = 0; i < kAccounts.size(); ++i) {
+  for (size_t i = 0; i < kAccounts.size(); ++i) {
     if (name == kAccounts[i]) {
       *out_type = static_cast<AccountType>(i);
       return true;
@@ -144,7 +142,7 @@ std::string DateText(long long unix_seconds) {
          two(seconds / 60 % 60) + ":" + two(seconds % 60) + "Z";
 }
 
-std::string Printable(std::string_view text, std::size_t limit) {
+std::string Printable(std::string_view text, size_t limit) {
   std::string out(text.substr(0, limit));
   for (char &c : out) {
     if (static_cast<unsigned char>(c) < 32 || c == 127) c = '?';

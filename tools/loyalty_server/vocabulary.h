@@ -91,14 +91,14 @@ enum class Code {
   kDuplicateRequestId,
   kSmsAuthFailed
 };
-inline constexpr std::size_t kCodeCount = 33;
+inline constexpr size_t kCodeCount = 33;
 
 const char *CodeName(Code code);
 const char *CodeMessage(Code code);  // what the cashier reads
 bool FindCode(std::string_view name, Code *out_code);
 
 enum class AccountType { kGlobal, kLocal, kDiscount };
-inline constexpr std::size_t kAccountTypes = 3;
+inline constexpr size_t kAccountTypes = 3;
 inline constexpr std::array<AccountType, kAccountTypes> kAllAccountTypes = {
     AccountType::kGlobal, AccountType::kLocal, AccountType::kDiscount};
 
@@ -113,6 +113,6 @@ std::string DateText(long long unix_seconds);
 
 // Text from a client made fit for a line of a log: control characters become "?", and at most `limit` bytes
 // stay.
-std::string Printable(std::string_view text, std::size_t limit = 40);
+std::string Printable(std::string_view text, size_t limit = 40);
 
 }  // namespace loyalty

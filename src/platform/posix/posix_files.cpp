@@ -14,7 +14,6 @@
 // a file's contents or its name takes a lock as well, so it meets the sharing violation it would meet there.
 
 namespace lumo {
-
 namespace {
 
 // A descriptor is one more than itself as a handle, since 0 is never a handle there.
@@ -79,18 +78,18 @@ bool Convert(const WCHAR *wide, Name &name) {
   if (lumo_WideCharToMultiByte(CP_UTF8, 0, wide, -1, name, sizeof name, nullptr, nullptr) == 0) {
     return Fail(ERROR_FILENAME_EXCED_RANGE) != 0;
   }
-  for (char *at = name; (at = strchr(at, '\\')) != nullptr;) *at = '/';
+  for (char *at = name; (at = std::strchr(at, '\\')) != nullptr;) *at = '/';
   return true;
 }
 
 // Why `name` cannot be had: a missing file and a missing folder are told apart.
 DWORD ErrorOfName(int error, const Name &name) {
   if (error != ENOENT) return ErrorOf(error);
-  const char *const separator = strrchr(name, '/');
+  const char *const separator = std::strrchr(name, '/');
   if (separator == nullptr || separator == name) return ERROR_FILE_NOT_FOUND;
   Name folder;
   const auto length = static_cast<size_t>(separator - name);
-  memcpy(folder, name, length);
+  std::memcpy(folder, name, length);
   folder[length] = 0;
   struct stat status;
   return stat(folder, &status) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
@@ -346,8 +345,9 @@ BOOL lumo_CopyFileW(const WCHAR *from, const WCHAR *to, BOOL fail_if_exists) {
   }
   // Half a file under the name of a whole one helps nobody.
   if (target >= 0 && !copied) unlink(target_name);
-  if (target >= 0 && close(target) != 0 && errno != EINTR && copied)
+  if (target >= 0 && close(target) != 0 && errno != EINTR && copied) {
     copied = Fail(ErrorOf(errno, ERROR_WRITE_FAULT));
+  }
   close(source);
   return copied;
 }

@@ -10,7 +10,6 @@
 #include "platform/posix/posix_internal.h"
 
 namespace lumo {
-
 namespace {
 
 thread_local DWORD last_error;
@@ -28,12 +27,12 @@ void WriteWide(FILE *out, const WCHAR *wide, int length) {
     int count =
         lead ? lumo_WideCharToMultiByte(CP_UTF8, 0, wide + i, 2, pair, sizeof pair, nullptr, nullptr) : 0;
     if (count == 4) {
-      fwrite(pair, 1, 4, out);
+      std::fwrite(pair, 1, 4, out);
       ++i;
       continue;
     }
     count = lumo_WideCharToMultiByte(CP_UTF8, 0, wide + i, 1, bytes, sizeof bytes, nullptr, nullptr);
-    fwrite(bytes, 1, static_cast<size_t>(count), out);
+    std::fwrite(bytes, 1, static_cast<size_t>(count), out);
   }
 }
 
@@ -58,7 +57,7 @@ const char *LibraryFile() {
   Dl_info info = {};
   const bool found = dladdr(library_file, &info) != 0 && info.dli_fname != nullptr;
   // A program's own code is named as it was called, perhaps without a folder.
-  if (!found || strchr(info.dli_fname, '/') == nullptr) {
+  if (!found || std::strchr(info.dli_fname, '/') == nullptr) {
     const ssize_t length = readlink("/proc/self/exe", library_file, sizeof library_file - 1);
     library_file[length < 0 ? 0 : length] = 0;
     return library_file;
@@ -67,14 +66,14 @@ const char *LibraryFile() {
   size_t length = 0;
   if (info.dli_fname[0] != '/') {
     if (getcwd(library_file, sizeof library_file) == nullptr) return "";
-    length = strlen(library_file);
+    length = std::strlen(library_file);
     library_file[length++] = '/';
   }
-  if (length + strlen(info.dli_fname) >= sizeof library_file) {
+  if (length + std::strlen(info.dli_fname) >= sizeof library_file) {
     library_file[0] = 0;
     return "";
   }
-  strcpy(library_file + length, info.dli_fname);
+  std::strcpy(library_file + length, info.dli_fname);
   return library_file;
 }
 
@@ -91,7 +90,7 @@ DWORD lumo_GetModuleFileNameW(HMODULE, WCHAR *name, DWORD capacity) {
     return 0;
   }
   const DWORD copied = length < capacity ? length : capacity - 1;
-  memcpy(name, wide, copied * sizeof(WCHAR));
+  std::memcpy(name, wide, copied * sizeof(WCHAR));
   name[copied] = 0;
   lumo_SetLastError(copied == length ? 0 : ERROR_INSUFFICIENT_BUFFER);
   return copied == length ? length : capacity;
@@ -108,7 +107,7 @@ void lumo_NKDbgPrintfW(const WCHAR *format, ...) {
       at = end - 1;
     } else if (at[1] == u'd') {
       ++at;
-      fprintf(stderr, "%d", va_arg(arguments, int));
+      std::fprintf(stderr, "%d", va_arg(arguments, int));
     } else if (at[1] == u's') {
       ++at;
       const WCHAR *text = va_arg(arguments, const WCHAR *);
@@ -116,11 +115,11 @@ void lumo_NKDbgPrintfW(const WCHAR *format, ...) {
       WriteWide(stderr, text, WideLength(text));
     } else {
       if (at[1] == u'%') ++at;
-      fputc('%', stderr);
+      std::fputc('%', stderr);
     }
   }
   va_end(arguments);
-  fflush(stderr);
+  std::fflush(stderr);
 }
 
 void lumo_DebugBreak() {
@@ -128,7 +127,7 @@ void lumo_DebugBreak() {
 }
 
 void PlatformExit(int status) {
-  exit(status);
+  std::exit(status);
 }
 
 }  // namespace lumo

@@ -12,7 +12,6 @@
 #include "platform/posix/posix_internal.h"
 
 namespace lumo {
-
 namespace {
 
 // How many WSAStartup calls have had no WSACleanup yet. No call works without one.
@@ -161,9 +160,10 @@ int lumo_setsockopt(SOCKET socket, int level, int option, const char *value, int
   if (!IsStarted()) return SOCKET_ERROR;
   int32_t milliseconds = 0;
   if (value == nullptr || length < static_cast<int>(sizeof milliseconds)) return Fail(WSAEFAULT);
-  if (level != WIN_SOL_SOCKET || (option != WIN_SO_SNDTIMEO && option != WIN_SO_RCVTIMEO))
+  if (level != WIN_SOL_SOCKET || (option != WIN_SO_SNDTIMEO && option != WIN_SO_RCVTIMEO)) {
     return Fail(WSAENOPROTOOPT);
-  memcpy(&milliseconds, value, sizeof milliseconds);
+  }
+  std::memcpy(&milliseconds, value, sizeof milliseconds);
   // On Windows a negative time-out is huge; here it counts as none, like 0.
   if (milliseconds < 0) milliseconds = 0;
   timeval time = {};
@@ -178,7 +178,7 @@ int lumo_connect(SOCKET socket, const sockaddr *address, int length) {
   if (!IsStarted()) return SOCKET_ERROR;
   sockaddr_in given = {};
   if (address == nullptr || length < static_cast<int>(sizeof given)) return Fail(WSAEFAULT);
-  memcpy(&given, address, sizeof given);
+  std::memcpy(&given, address, sizeof given);
   if (given.sin_family != WIN_AF_INET) return Fail(WSAEAFNOSUPPORT);
   ::sockaddr_in target = {};
   target.sin_family = AF_INET;

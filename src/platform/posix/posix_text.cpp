@@ -3,7 +3,6 @@
 #include "platform/posix/posix_internal.h"
 
 namespace lumo {
-
 namespace {
 
 constexpr uint32_t kReplacement = 0xFFFD;
@@ -65,7 +64,7 @@ int lumo_MultiByteToWideChar(UINT code_page, DWORD, const char *text, int length
     return Fail(ERROR_INVALID_PARAMETER);
   }
   auto position = reinterpret_cast<const uint8_t *>(text);
-  const uint8_t *const end = position + (length < 0 ? strlen(text) + 1 : static_cast<size_t>(length));
+  const uint8_t *const end = position + (length < 0 ? std::strlen(text) + 1 : static_cast<size_t>(length));
   int units = 0;
   while (position != end) {
     const uint32_t code_point = TakeUtf8(&position, end);

@@ -1,7 +1,6 @@
 #include "platform/platform.h"
 
 namespace lumo {
-
 namespace {
 
 // The system has no call for it: this number always means the calling process.

@@ -12,15 +12,15 @@ void MakeFileName(const WCHAR *name, FileName *out_name) {
   size_t length = 0;
   while (name[length] != 0) ++length;
   if (length >= kUnits) length = 0;
-  memcpy(out_name->units, name, length * sizeof(WCHAR));
+  std::memcpy(out_name->units, name, length * sizeof(WCHAR));
   out_name->units[length] = 0;
 }
 
 BOOL AppendToFile(const FileName *name, const char *text, size_t length) {
   FILE *const file = _wfopen(name->units, L"a");
   if (file == nullptr) return 0;
-  const bool written = fwrite(text, 1, length, file) == length;
-  return fclose(file) == 0 && written;
+  const bool written = std::fwrite(text, 1, length, file) == length;
+  return std::fclose(file) == 0 && written;
 }
 
 }  // namespace lumo

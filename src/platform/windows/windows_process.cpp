@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 
@@ -15,8 +16,8 @@ void NKDbgPrintfW(const WCHAR *format, ...) {
   OutputDebugStringW(text);
   char bytes[3 * 512];
   WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr);
-  fputs(bytes, stderr);
-  fflush(stderr);
+  std::fputs(bytes, stderr);
+  std::fflush(stderr);
 }
 
 // The exception that the system's own call causes, but raised and not run into: the 32-bit side of some
@@ -26,7 +27,7 @@ void DebugBreak() {
 }
 
 void PlatformExit(int status) {
-  exit(status);
+  std::exit(status);
 }
 
 }  // namespace lumo

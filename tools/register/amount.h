@@ -1,4 +1,4 @@
-// amount.h: money as a cashier writes it.
+// register/amount.h: money as a cashier writes it.
 #pragma once
 
 #include <cstdint>

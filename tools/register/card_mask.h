@@ -1,5 +1,5 @@
-// card_mask.h: hides card numbers in what is shown of a trace: the members of a document that hold them,
-// whole or torn, and the same numbers wherever else they stand.
+// register/card_mask.h: hides card numbers in what is shown of a trace: the members of a document that hold
+// them, whole or torn, and the same numbers wherever else they stand.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// commands.h: what the register can do, as command-line words. The same words work one at a time from a shell
-// and one after another in the interactive mode. Each group of commands has a file of its own.
+// register/commands.h: what the register can do, as command-line words. The same words work one at a time
+// from a shell and one after another in the interactive mode. Each group of commands has a file of its own.
 #pragma once
 
 #include <functional>
@@ -31,8 +31,8 @@ void AddCommands(CLI::App &app, Till &till);
 void AddGeneralOptions(CLI::App &app, Till &till);
 void AddInteractiveCommand(CLI::App &app, Till &till);
 
-// Runs `parse`, which hands words to `app`. What went wrong is on standard error afterwards. Returns the
-// command's status.
+// Runs `parse`, which hands words to `app`. What went wrong is on standard error afterwards. Returns
+// the command's status.
 int Parse(CLI::App &app, Till &till, const std::function<void()> &parse);
 
 }  // namespace reg

@@ -1,5 +1,5 @@
-// facts.h: what a command has to tell, for a program that reads it: members in the order in which they were
-// added. Texts that are no UTF-8 are shown with a mark in place of the bytes that are none.
+// register/facts.h: what a command has to tell, for a program that reads it: members in the order in which
+// they were added. Texts that are no UTF-8 are shown with a mark in place of the bytes that are none.
 #pragma once
 
 #include <cstdint>

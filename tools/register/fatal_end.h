@@ -1,5 +1,5 @@
-// fatal_end.h: the end of the process inside a call of the library is told: which call, how the trace ends,
-// what to do.
+// register/fatal_end.h: the end of the process inside a call of the library is told: which call, how the
+// trace ends, what to do.
 #pragma once
 
 #include <filesystem>

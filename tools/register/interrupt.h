@@ -1,5 +1,5 @@
-// interrupt.h: an interrupt (SIGINT, SIGTERM, SIGHUP; on Windows Ctrl-C, a closed window) ends the register
-// between two commands, never inside a call of the library.
+// register/interrupt.h: an interrupt (SIGINT, SIGTERM, SIGHUP; on Windows Ctrl-C, a closed window) ends the
+// register between two commands, never inside a call of the library.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// library.h: the library file, loaded while the register runs, its calls found by name.
+// register/library.h: the library file, loaded while the register runs, its calls found by name.
 #pragma once
 
 #include <filesystem>

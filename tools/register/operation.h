@@ -1,4 +1,4 @@
-// operation.h: one operation on a card, from its transaction's beginning to its end.
+// register/operation.h: one operation on a card, from its transaction's beginning to its end.
 #pragma once
 
 #include <functional>

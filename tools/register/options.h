@@ -1,4 +1,4 @@
-// options.h: options that several commands have.
+// register/options.h: options that several commands have.
 #pragma once
 
 #include <cstdint>

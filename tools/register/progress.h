@@ -1,4 +1,4 @@
-// progress.h: shows how far a call has come that takes longer than a second. The call itself is silent until
+// register/progress.h: shows how far a call has come that takes longer than a second. The call itself is silent until
 // it ends, but the trace grows with each of its steps, so a second thread follows the trace. It only reads.
 #pragma once
 

@@ -1,4 +1,5 @@
-// running_call.h: which call of the library runs, for those that must know when the process is about to end.
+// register/running_call.h: which call of the library runs, for those that must know when the process is
+// about to end.
 #pragma once
 
 namespace reg {

@@ -1,5 +1,5 @@
-// shop_files.h: a look at the files the library keeps in its folder, for an engineer. Nothing here writes
-// them.
+// register/shop_files.h: a look at the files the library keeps in its folder, for an engineer. Nothing
+// here writes them.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// slip.h: a receipt or report as the printer would give it, on a strip of paper drawn in the terminal.
+// register/slip.h: a receipt or report as the printer would give it, on a strip of paper drawn
+// in the terminal.
 #pragma once
 
 #include <iosfwd>

@@ -1,5 +1,5 @@
-// till.h: what the register's commands share: the library file, the options of the command line, and how an
-// outcome is shown.
+// register/till.h: what the register's commands share: the library file, the options of the command line, and
+// how an outcome is shown.
 #pragma once
 
 #include <filesystem>
@@ -63,8 +63,8 @@ struct Till {
   // Throws Refused for a code.
   void Check(int code);
 
-  // The outcome on standard output: the facts as a line of JSON when that is asked for, otherwise what `text`
-  // prints.
+  // The outcome on standard output: the facts as a line of JSON when that is asked for, otherwise
+  // what `text` prints.
   void Show(const Facts &facts, const std::function<void()> &text) const;
 };
 

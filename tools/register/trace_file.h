@@ -1,5 +1,5 @@
-// trace_file.h: the bytes of a trace that a register may be writing, delete and make anew meanwhile. It is
-// open only while a piece is read, so that it can be removed.
+// register/trace_file.h: the bytes of a trace that a register may be writing, delete and make anew meanwhile.
+// It is open only while a piece is read, so that it can be removed.
 #pragma once
 
 #include <cstdint>

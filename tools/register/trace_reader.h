@@ -1,5 +1,5 @@
-// trace_reader.h: the exchanges with a server that a trace tells of. The trace is fed in pieces of any size
-// and may be of any length; of it only the exchange that is being read is kept. It may begin and end
+// register/trace_reader.h: the exchanges with a server that a trace tells of. The trace is fed in pieces of
+// any size and may be of any length; of it only the exchange that is being read is kept. It may begin and end
 // anywhere, hold bytes of anything, and lines of a process that was killed.
 #pragma once
 
@@ -52,8 +52,8 @@ class TraceReader {
   explicit TraceReader(Sink sink) : sink_(std::move(sink)) {}
 
   void Feed(std::string_view bytes);
-  // Nothing more comes for a while: hands out an exchange that has come to its end, though lines about it
-  // could follow.
+  // Nothing more comes for a while: hands out an exchange that has come to its end, though lines about
+  // it could follow.
   void Settle();
   // Nothing more will be fed: hands out what is left.
   void Finish();

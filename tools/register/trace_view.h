@@ -1,4 +1,4 @@
-// trace_view.h: how an exchange of a trace looks: in a line, or in full.
+// register/trace_view.h: how an exchange of a trace looks: in a line, or in full.
 #pragma once
 
 #include <string>
@@ -21,8 +21,8 @@ Facts TraceFacts(const Exchange &exchange, CardMask &mask, bool in_full);
 // In words: "SUCCESS OK", "no answer".
 std::string Ending(const Exchange &exchange);
 
-// A JSON document in lines, two blanks deeper at each level; one that is cut short, or none at all, as far as
-// it goes.
+// A JSON document in lines, two blanks deeper at each level; one that is cut short, or none at all, as far
+// as it goes.
 std::string Indented(std::string_view document);
 
 // What a screen can show: bytes that are no UTF-8 and those that steer it are "?". Line feeds stay.

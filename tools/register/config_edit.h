@@ -1,4 +1,4 @@
-// config_edit.h: single members of a JSON object's text, set while every other byte stays as it was.
+// register/config_edit.h: single members of a JSON object's text, set while every other byte stays as it was.
 #pragma once
 
 #include <cstdint>

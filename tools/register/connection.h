@@ -1,4 +1,4 @@
-// connection.h: whether somebody listens at an address.
+// register/connection.h: whether somebody listens at an address.
 #pragma once
 
 #include <string>

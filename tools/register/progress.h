@@ -1,5 +1,6 @@
-// register/progress.h: shows how far a call has come that takes longer than a second. The call itself is silent until
-// it ends, but the trace grows with each of its steps, so a second thread follows the trace. It only reads.
+// register/progress.h: shows how far a call has come that takes longer than a second. The call itself is
+// silent until it ends, but the trace grows with each of its steps, so a second thread follows the trace. It
+// only reads.
 #pragma once
 
 #include <atomic>

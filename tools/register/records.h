@@ -1,4 +1,4 @@
-// records.h: records of a journal as they are shown, and their sums.
+// register/records.h: records of a journal as they are shown, and their sums.
 #pragma once
 
 #include <cstdint>

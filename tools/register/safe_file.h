@@ -1,4 +1,5 @@
-// safe_file.h: a file of the terminal written anew, so that a power cut leaves the old one or the new one.
+// register/safe_file.h: a file of the terminal written anew, so that a power cut leaves the old one or the
+// new one.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,5 @@
-// terminal_settings.h: the settings of a terminal, read from its files as the library reads them, without it.
+// register/terminal_settings.h: the settings of a terminal, read from its files as the library reads them,
+// without it.
 #pragma once
 
 #include <cstdint>

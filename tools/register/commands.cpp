@@ -73,8 +73,10 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
     parse();
   } catch (const Refused &refused) {
     std::cerr << "error " << refused.code << ": " << refused.message << '\n';
-    if (till.asJson)
-      std::cout << Facts().Add("error", refused.message).Add("code", refused.code).Text() << '\n';
+    if (till.asJson) {
+      std::cout << Facts(refused.facts).Add("error", refused.message).Add("code", refused.code).Text()
+                << '\n';
+    }
     till.status = kRefused;
   } catch (const CLI::ParseError &error) {
     till.status = app.exit(error) == 0 ? kDone : kBadWords;

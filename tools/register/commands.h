@@ -29,6 +29,7 @@ void AddCommands(CLI::App &app, Till &till);
 
 // What only the command line of the program has.
 void AddGeneralOptions(CLI::App &app, Till &till);
+void AddCompletionCommand(CLI::App &app, Till &till);
 void AddInteractiveCommand(CLI::App &app, Till &till);
 
 // Runs `parse`, which hands words to `app`. What went wrong is on standard error afterwards. Returns

@@ -27,10 +27,13 @@ Facts &Facts::Add(const char *name, const std::string &text) {
   return Add(name, std::string_view(text));
 }
 
-Facts &Facts::Add(const char *name, const char *text) {
-  if (text != nullptr) return Add(name, std::string_view(text));
+Facts &Facts::Add(const char *name, std::nullptr_t) {
   (*object_)[name] = nullptr;
   return *this;
+}
+
+Facts &Facts::Add(const char *name, const char *text) {
+  return text == nullptr ? Add(name, nullptr) : Add(name, std::string_view(text));
 }
 
 Facts &Facts::Add(const char *name, const std::optional<std::string> &text) {

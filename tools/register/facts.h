@@ -2,6 +2,7 @@
 // they were added. Texts that are no UTF-8 are shown with a mark in place of the bytes that are none.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
@@ -21,6 +22,7 @@ class Facts {
   Facts &operator=(const Facts &) = delete;
 
   // Each returns the facts, for the next one. A null text or an empty optional is null.
+  Facts &Add(const char *name, std::nullptr_t);
   Facts &Add(const char *name, const char *text);
   Facts &Add(const char *name, const std::string &text);
   Facts &Add(const char *name, std::string_view text);

@@ -51,6 +51,7 @@ int main(int argc, char **argv) {
   reg::AddGeneralOptions(app, till);
   reg::AddCommands(app, till);
   reg::AddInteractiveCommand(app, till);
+  reg::AddCompletionCommand(app, till);
   words.erase(words.begin());
   std::reverse(words.begin(), words.end());  // as CLI11 takes them
   const int status = reg::Parse(app, till, [&] { app.parse(words); });

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "amount.h"
 #include "progress.h"
 #include "slip.h"
 
@@ -22,44 +23,106 @@ class OneTransaction {
   Library &library_;
 };
 
-void ShowAnswer(const Library &library) {
-  const std::string state = library.getResponseState();
-  const std::string code = library.getResponseStateCode();
-  std::cout << "  server " << OrDash(state) << " / " << OrDash(code) << ", RRN " << OrDash(library.getRRN())
-            << '\n';
+// How an operation ended.
+struct Ending {
+  int code = 0;
+  bool isOffline = false;
+  std::string rrn;    // its own; empty when it had none
+  std::string state;  // of the server that answered; empty when none did
+  std::string stateCode;
+};
+
+std::string LastRrn(const Library &library) {
+  const char *rrn = library.getRRN();
+  return rrn == nullptr ? "" : rrn;
 }
 
-void ShowSlip(const Library &library) {
+// The server may have done it or not.
+bool IsLost(int code) {
+  return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR;
+}
+
+Ending Run(Till &till, const Operation &operation) {
+  const Library &library = *till.library;
+  const std::string rrn_before = LastRrn(library);
+  Ending ending;
+  {
+    const Progress progress(till.TraceFile(), 0, till.showsProgress);
+    ending.code = operation.call(*till.library);
+  }
+  ending.isOffline = library.lumoIsOffline() != 0;
+  // That of an operation before it is not its own.
+  const std::string rrn = LastRrn(library);
+  if (rrn != rrn_before) ending.rrn = rrn;
+  // Before any answer the state is "OK"; and it stays what it was when no answer comes.
+  const std::string state = library.getResponseState();
+  const bool is_done = ending.code == 0 || ending.code == ERR_OFFLINE_SAVE || ending.code == ERR_BILL_OPEN;
+  if (ending.code == ERR_SERVER_ERROR || (is_done && !ending.isOffline && state != "OK")) {
+    ending.state = state;
+    ending.stateCode = library.getResponseStateCode();
+  }
+  return ending;
+}
+
+std::string TextOf(const Ending &ending) {
+  const std::string rrn = std::string(", RRN ") + OrDash(ending.rrn);
+  if (ending.isOffline) return "  OFFLINE: no server was reached, the record waits to be sent" + rrn;
+  if (ending.state.empty()) return "  no server answered" + rrn;
+  return "  server " + ending.state + " / " + ending.stateCode + rrn;
+}
+
+Facts FactsOf(const Operation &operation, const Ending &ending) {
+  Facts facts;
+  facts.Add("operation", operation.name)
+      .Add("offline", ending.isOffline)
+      .Add("rrn", ending.rrn.empty() ? nullptr : ending.rrn.c_str());
+  if (ending.state.empty()) return std::move(facts.Add("server", nullptr));
+  return std::move(facts.Add("server", Facts().Add("state", ending.state).Add("code", ending.stateCode)));
+}
+
+std::string Slip(const Library &library) {
   const char *const pieces[] = {library.getReceiptHeaderPtr(), library.getReceiptBodyPtr(),
                                 library.getReceiptFooterPtr()};
-  if (pieces[1] == nullptr || *pieces[1] == '\0') return;
   std::string text;
+  if (pieces[1] == nullptr || *pieces[1] == '\0') return text;
   for (const char *piece : pieces) {
     if (piece == nullptr) continue;
     text += piece;
     if (!text.empty() && text.back() != '\n') text += '\n';  // the deposit's last line has no end of its own
   }
-  DrawSlip(std::cout, text);
+  return text;
 }
 
 }  // namespace
 
-void Operate(Till &till, const CardOptions &options, const std::function<int(Library &)> &operation,
-             const std::function<void(Library &)> &after) {
+void Operate(Till &till, const CardOptions &options, const Operation &operation) {
   const std::string &card = options.card.empty() ? till.card : options.card;
   if (card.empty()) throw Failure(kBadWords, "which card? --card NUMBER");
   Library &library = till.Started();
   const OneTransaction transaction(till, card, options.cashier.empty() ? till.cashier : options.cashier);
-  int code = 0;
-  {
-    const Progress progress(till.TraceFile(), 0, till.showsProgress);
-    code = operation(library);
+  const Ending ending = Run(till, operation);
+  Facts facts = FactsOf(operation, ending);
+  if (ending.code < 0) {
+    facts.Add("mayBeDone", IsLost(ending.code));
+    if (!till.asJson) std::cout << TextOf(ending) << '\n';
+    if (!till.asJson && IsLost(ending.code))
+      std::cout << "  The server may have done it or not: ask by the RRN, as after a lost answer.\n";
+    throw Refused{ending.code, library.GetErrorMessage(ending.code), facts};
   }
-  if (code < 0 && library.getResponseState()[0] != '\0') ShowAnswer(library);
-  till.Check(code);
-  ShowSlip(library);
-  ShowAnswer(library);
-  if (after) after(library);
+  const std::string slip = operation.hasSlip ? Slip(library) : "";
+  const Amounts amounts = operation.amounts ? operation.amounts(library) : Amounts();
+  for (const auto &[name, amount] : amounts) facts.Add(name, amount);
+  if (operation.hasSlip) facts.Add("slip", slip);
+  till.Show(facts, [&] {
+    if (!slip.empty()) DrawSlip(std::cout, slip);
+    std::cout << TextOf(ending) << '\n';
+    const char *separator = "  ";
+    for (const auto &[name, amount] : amounts) {
+      std::cout << separator << name << ' ' << ShowAmount(amount);
+      separator = ", ";
+    }
+    if (!amounts.empty()) std::cout << '\n';
+  });
 }
 
 }  // namespace reg

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 
-#include "amount.h"
 #include "commands.h"
 #include "operation.h"
 #include "options.h"
@@ -11,74 +10,86 @@
 namespace reg {
 namespace {
 
-void ShowBonuses(Library &library) {
-  std::cout << "  earned " << ShowAmount(library.GetEarnBonusAmount()) << ", spent "
-            << ShowAmount(library.GetSpendBonusAmount()) << ", discount "
-            << ShowAmount(library.GetDiscountAmount()) << '\n';
+constexpr char kBillFile[] = "BILL.JSN";
+
+void AddBill(CLI::App &app, Till &till) {
+  CLI::App *command = app.add_subcommand("bill", "Write a bill file with one position for a plain amount");
+  auto amount = AddAmount(command, "amount", "The bill's total", true);
+  auto path = std::make_shared<std::string>(kBillFile);
+  command->add_option("file", *path, "File, relative to the library's folder")->capture_default_str();
+  command->callback([=, &till] {
+    till.Check(till.Started().CreateAmountBill(*amount, path->c_str()));
+    till.Show(Facts().Add("file", *path).Add("total", *amount),
+              [&] { std::cout << "  written: " << *path << '\n'; });
+  });
+}
+
+void AddPay(CLI::App &app, Till &till) {
+  CLI::App *command = app.add_subcommand("pay", "Pay a bill; confirm or cancel it afterwards");
+  auto card = AddCard(command);
+  auto bill = std::make_shared<std::string>(kBillFile);
+  command->add_option("bill", *bill, "Bill file, relative to the library's folder")->capture_default_str();
+  auto spends = std::make_shared<bool>(false);
+  command->add_flag("--spend", *spends, "The customer wishes to spend bonuses; how many, the server decides");
+  auto confirms = std::make_shared<bool>(false);
+  command->add_flag("--confirm", *confirms, "Confirm in the same call");
+  command->callback([=, &till] {
+    const auto call = [&](Library &library) {
+      const int wish = *spends ? 1 : 0;
+      return *confirms ? library.PaymentAndConfirmProc(wish, bill->c_str())
+                       : library.PaymentProc(wish, bill->c_str());
+    };
+    const auto amounts = [](Library &library) {
+      return Amounts{{"earned", library.GetEarnBonusAmount()},
+                     {"spent", library.GetSpendBonusAmount()},
+                     {"discount", library.GetDiscountAmount()}};
+    };
+    Operate(till, *card, {"pay", call, amounts});
+  });
+}
+
+std::shared_ptr<std::string> AddRrn(CLI::App *command) {
+  auto rrn = std::make_shared<std::string>();
+  command->add_option("rrn", *rrn, "RRN of the payment")->required();
+  return rrn;
 }
 
 }  // namespace
 
 void AddPaymentCommands(CLI::App &app, Till &till) {
-  {
-    CLI::App *command = app.add_subcommand("bill", "Write a bill file with one position for a plain amount");
-    auto amount = AddAmount(command, "amount", "The bill's total", true);
-    auto path = std::make_shared<std::string>("BILL.JSN");
-    command->add_option("file", *path, "File, relative to the library's folder")->capture_default_str();
-    command->callback([=, &till] {
-      Library &library = till.Started();
-      till.Check(library.CreateAmountBill(*amount, path->c_str()));
-      std::cout << "  written: " << *path << '\n';
-    });
-  }
-  {
-    CLI::App *command = app.add_subcommand("pay", "Pay a bill");
-    auto card = AddCard(command);
-    auto bill = std::make_shared<std::string>("BILL.JSN");
-    command->add_option("bill", *bill, "Bill file, relative to the library's folder")->capture_default_str();
-    auto spend = AddAmount(command, "--spend", "Bonuses the customer asks to spend", false);
-    auto confirm = std::make_shared<bool>(false);
-    command->add_flag("--confirm", *confirm, "Confirm in the same call");
-    command->callback([=, &till] {
-      Operate(
-          till, *card,
-          [&](Library &library) {
-            return *confirm ? library.PaymentAndConfirmProc(*spend, bill->c_str())
-                            : library.PaymentProc(*spend, bill->c_str());
-          },
-          ShowBonuses);
-    });
-  }
-  for (const bool is_confirm : {true, false}) {
-    CLI::App *command =
-        app.add_subcommand(is_confirm ? "confirm" : "cancel",
-                           is_confirm ? "Confirm an earlier payment" : "Cancel an earlier payment");
-    auto card = AddCard(command);
-    auto rrn = std::make_shared<std::string>();
-    command->add_option("rrn", *rrn, "RRN of the payment")->required();
-    command->callback([=, &till] {
-      Operate(till, *card, [&](Library &library) {
-        return is_confirm ? library.PaymentConfirmProc(rrn->c_str())
-                          : library.PaymentCancelProc(rrn->c_str());
-      });
-    });
-  }
-  {
-    CLI::App *command =
-        app.add_subcommand("return", "Take goods back: all of a payment, or the positions of a list");
-    auto card = AddCard(command);
-    auto rrn = std::make_shared<std::string>();
-    command->add_option("rrn", *rrn, "RRN of the payment")->required();
-    auto list = std::make_shared<std::optional<std::string>>();
-    command->add_option("--list", *list, "Return-list file, relative to the library's folder");
-    command->callback([=, &till] {
-      Operate(
-          till, *card, [&](Library &library) { return library.CashBackProc(rrn->c_str(), OrNull(*list)); },
-          [](Library &library) {
-            std::cout << "  returned " << ShowAmount(library.GetCashBackResult()) << '\n';
-          });
-    });
-  }
+  AddBill(app, till);
+  AddPay(app, till);
+
+  CLI::App *confirm = app.add_subcommand("confirm", "Confirm an earlier payment");
+  auto card = AddCard(confirm);
+  auto rrn = AddRrn(confirm);
+  // The library prints the lines of a cancellation here too; they are not for the customer.
+  confirm->callback([=, &till] {
+    const auto call = [&](Library &library) { return library.PaymentConfirmProc(rrn->c_str()); };
+    Operate(till, *card, {"confirm", call, nullptr, false});
+  });
+
+  CLI::App *cancel = app.add_subcommand("cancel", "Cancel an earlier payment");
+  card = AddCard(cancel);
+  rrn = AddRrn(cancel);
+  cancel->callback([=, &till] {
+    Operate(till, *card,
+            {"cancel", [&](Library &library) { return library.PaymentCancelProc(rrn->c_str()); }, nullptr});
+  });
+
+  CLI::App *command =
+      app.add_subcommand("return", "Take goods back: all of a payment, or the positions of a list");
+  card = AddCard(command);
+  rrn = AddRrn(command);
+  auto list = std::make_shared<std::optional<std::string>>();
+  command->add_option("--list", *list, "Return-list file, relative to the library's folder");
+  command->callback([=, &till] {
+    const auto call = [&](Library &library) { return library.CashBackProc(rrn->c_str(), OrNull(*list)); };
+    const auto amounts = [](Library &library) {
+      return Amounts{{"returnedBonuses", library.GetCashBackResult()}};
+    };
+    Operate(till, *card, {"return", call, amounts});
+  });
 }
 
 }  // namespace reg

@@ -5,8 +5,20 @@
 
 #include "commands.h"
 #include "options.h"
+#include "shop_files.h"
 
 namespace reg {
+namespace {
+
+void ShowShift(const Till &till) {
+  const ShiftState state = ReadState(till.Folder() / "STATE");
+  const bool is_open = state.shiftState != 0;
+  till.Show(Facts().Add("open", is_open).Add("id", state.shiftId), [&] {
+    std::cout << "  shift " << (is_open ? "open" : "closed") << ", id " << OrDash(state.shiftId) << '\n';
+  });
+}
+
+}  // namespace
 
 void AddShiftCommands(CLI::App &app, Till &till) {
   CLI::App *shift = app.add_subcommand("shift", "Open or close the cashier's shift");
@@ -15,23 +27,22 @@ void AddShiftCommands(CLI::App &app, Till &till) {
   CLI::App *open = shift->add_subcommand("open", "Open a shift");
   open->add_option("id", *id, "The shift's number; without one the library makes its own");
   open->callback([id, &till] {
-    Library &library = till.Started();
-    till.Check(library.OpenShift(OrNull(*id)));
-    std::cout << "  shift open\n";
+    till.Check(till.Started().OpenShift(OrNull(*id)));
+    ShowShift(till);
   });
   shift->add_subcommand("close", "Close the shift")->callback([&till] {
-    Library &library = till.Started();
-    till.Check(library.CloseShift());
-    std::cout << "  shift closed\n";
+    till.Check(till.Started().CloseShift());
+    ShowShift(till);
   });
 
   CLI::App *offline = app.add_subcommand("offline-state", "Show the offline flag, or set it to 0 or 1");
   auto value = std::make_shared<std::optional<int>>();
-  offline->add_option("value", *value, "0 or 1");
+  offline->add_option("value", *value, "0 or 1")->check(CLI::Range(0, 1));
   offline->callback([value, &till] {
     Library &library = till.Started();
     if (*value) till.Check(library.setOfflineState(**value));
-    std::cout << "  offline state " << library.getOfflineState() << '\n';
+    const int state = library.getOfflineState();
+    till.Show(Facts().Add("offline", state != 0), [&] { std::cout << "  offline state " << state << '\n'; });
   });
 }
 

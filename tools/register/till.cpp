@@ -42,7 +42,7 @@ void Till::End() {
 }
 
 void Till::Check(int code) {
-  if (code < 0) throw Refused{code, Loaded().GetErrorMessage(code)};
+  if (code < 0) throw Refused{code, Loaded().GetErrorMessage(code), Facts()};
 }
 
 void Till::Show(const Facts &facts, const std::function<void()> &text) const {

@@ -33,6 +33,7 @@ struct Failure : std::runtime_error {
 struct Refused {
   int code;
   std::string message;
+  Facts facts;  // of the operation
 };
 
 struct Till {

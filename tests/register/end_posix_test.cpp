@@ -80,7 +80,7 @@ TEST_F(End, AtABreakIntoTheDebuggerIsTold) {
   Write("LOG", R"({"request":{"type":"ACTIVATION","requestDate":"2012-12-05T10:00:00Z","cardNum":"7"},)"
                R"("activation":{"activationType":"NONE"}})"
                "\n");
-  const test::Outcome run = Run({"report", "detailed"});
+  const test::Outcome run = Run({"report", "detailed", "--all"});
   EXPECT_EQ(run.status, 4);
   EXPECT_THAT(run.err, HasSubstr("inside GenerateReport\n"));
   EXPECT_THAT(run.err, HasSubstr("take its line out of LOG"));

@@ -39,9 +39,8 @@ int OfflinePaymentsProcess() {
   Trace("OfflinePaymentsProcess\n");
   bool all_listed = false;
   const ScopedRecords records(GetOfflineRecords(&all_listed));
-  DropInterruptedReplay(records.get(), all_listed);
+  bool all_set_aside = all_listed && DropInterruptedReplay(records.get());
   const OfflineTmpMark mark = MarkOfflineTmp();
-  bool all_set_aside = all_listed;
   int sent = 0;
   for (RecordEntry *entry = records.get(); entry != nullptr;) {
     const ScopedTransaction transaction(TransactionCreate());
@@ -53,8 +52,9 @@ int OfflinePaymentsProcess() {
     entry = NextOfflineRecord(entry);
   }
   // Note: only a record that failed makes the journal change. When all were sent it stays, and they are
-  // offered again. So they are when one could be neither sent nor set aside, or was not even listed: the
-  // server tells by the request id what it has already taken.
+  // offered again. So they are when one could be neither sent nor set aside, or was not even listed, or
+  // when an interrupted replay's could not be told from them: the server tells by the request id what it has
+  // already taken.
   const int result = all_set_aside ? CommitOfflineTmp() : 0;
   if (!all_set_aside) TakeBackOfflineTmp(mark);
   if (result != 0) TraceError("Records flush failed [%d]\n", result);

@@ -110,19 +110,20 @@ bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to) {
   }
 }
 
-bool HaveSameBytes(HANDLE one, uint32_t one_offset, HANDLE other, uint32_t other_offset, uint32_t count) {
+bool HaveSameBytes(HANDLE one, uint32_t one_offset, HANDLE other, uint32_t other_offset, uint32_t count,
+                   bool *failed) {
   char one_chunk[kChunkBytes];
   char other_chunk[kChunkBytes];
-  if (!FileMoveTo(one, one_offset) || !FileMoveTo(other, other_offset)) return false;
-  while (count != 0) {
+  bool read = FileMoveTo(one, one_offset) && FileMoveTo(other, other_offset);
+  bool same = true;
+  while (read && same && count != 0) {
     const uint32_t piece = Smaller(count, kChunkBytes);
-    if (!ReadAll(one, one_chunk, piece) || !ReadAll(other, other_chunk, piece) ||
-        std::memcmp(one_chunk, other_chunk, piece) != 0) {
-      return false;
-    }
+    read = ReadAll(one, one_chunk, piece) && ReadAll(other, other_chunk, piece);
+    same = read && std::memcmp(one_chunk, other_chunk, piece) == 0;
     count -= piece;
   }
-  return true;
+  if (!read) *failed = true;
+  return read && same;
 }
 
 }  // namespace lumo

@@ -31,7 +31,9 @@ bool FindTornTail(HANDLE file, uint32_t length, uint32_t *out_bytes);
 // of it could be read and written.
 bool CopyBehindLines(int32_t count, HANDLE from, HANDLE to);
 
-// Whether so many bytes at the two places are there and the same.
-bool HaveSameBytes(HANDLE one, uint32_t one_offset, HANDLE other, uint32_t other_offset, uint32_t count);
+// Whether so many bytes at the two places are the same. When they cannot be read that is not known: *failed
+// is then set, and false returned.
+bool HaveSameBytes(HANDLE one, uint32_t one_offset, HANDLE other, uint32_t other_offset, uint32_t count,
+                   bool *failed);
 
 }  // namespace lumo

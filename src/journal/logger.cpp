@@ -136,26 +136,28 @@ class Backwards {
 };
 
 // How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order.
-uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records) {
+// *failed is set when that cannot be told.
+uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records, bool *failed) {
   const ScopedFile tmp_file(FileOpen(kOfflineTmp, "rb"));
   const ScopedFile file(FileOpen(kOffline, "rb"));
   uint32_t count = 0;
-  if (!FileIsValid(tmp_file.get()) || !FileIsValid(file.get())) return count;
+  *failed = !FileIsValid(tmp_file.get()) || !FileIsValid(file.get());
+  if (*failed) return count;
   for (uint32_t i = 0; i < records.count() && count < set_aside.count(); ++i) {
     const RecordEntry *record = records.at(i);
     const RecordEntry *other = set_aside.at(count);
     if (record->length == other->length &&
-        HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length)) {
+        HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length, failed)) {
       ++count;
     }
   }
   return count;
 }
 
-void CutOfflineTmp(uint32_t length) {
+bool CutOfflineTmp(uint32_t length) {
   const QuietTrace quiet;
   const ScopedFile file(FileOpen(kOfflineTmp, "r+"));
-  if (FileIsValid(file.get())) FileCut(file.get(), length);
+  return FileIsValid(file.get()) && FileCut(file.get(), length);
 }
 
 // What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
@@ -301,20 +303,19 @@ int CommitOfflineTmp() {
   return code;
 }
 
-void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed) {
-  if (!all_listed || offline_records == nullptr || !FileExists(kOfflineTmp)) return;
+bool DropInterruptedReplay(const RecordEntry *offline_records) {
+  if (offline_records == nullptr || FileIsMissing(kOfflineTmp)) return true;
   const QuietTrace quiet;
-  bool all_set_aside_listed = false;
-  const ScopedRecords first(ListRecords(kOfflineTmp, &all_set_aside_listed));
-  if (!all_set_aside_listed) return;
+  bool all_listed = false;
+  const ScopedRecords first(ListRecords(kOfflineTmp, &all_listed));
+  if (!all_listed) return false;
   const Backwards set_aside(first.get());
   const Backwards records(offline_records);
-  const uint32_t again = CountSetAsideAgain(set_aside, records);
-  if (again == set_aside.count()) {
-    FileDelete(kOfflineTmp);
-  } else if (again != 0) {
-    CutOfflineTmp(set_aside.at(again - 1)->offset);
-  }
+  bool failed = false;
+  const uint32_t again = CountSetAsideAgain(set_aside, records, &failed);
+  if (failed) return false;
+  if (again == set_aside.count()) return FileDelete(kOfflineTmp) == 0;
+  return again == 0 || CutOfflineTmp(set_aside.at(again - 1)->offset);
 }
 
 OfflineTmpMark MarkOfflineTmp() {

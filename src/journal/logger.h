@@ -31,8 +31,9 @@ int AppendOfflineTmpEntry(const RecordEntry *entry);
 int CommitOfflineTmp();
 
 // Takes off the end of OFFLINE_TMP what OFFLINE holds still, in the same order: a replay that was interrupted
-// left it, and the next one would keep it twice. Given the list of OFFLINE.
-void DropInterruptedReplay(const RecordEntry *offline_records, bool all_listed);
+// left it, and the next one would keep it twice. Given the whole list of OFFLINE. False when it cannot be
+// done.
+bool DropInterruptedReplay(const RecordEntry *offline_records);
 
 // What OFFLINE_TMP was before a replay, and the way back to it.
 struct OfflineTmpMark {

@@ -25,11 +25,8 @@ struct Lines {
   uint32_t length = 0;  // of the file
 };
 
+// Records that could not be compared may be the same: joined, they would count twice.
 enum class Answer { kYes, kNo, kUnknown };
-
-Answer AnswerOf(bool is_so) {
-  return is_so ? Answer::kYes : Answer::kNo;
-}
 
 const RecordEntry *LastLine(const Lines &lines) {
   const RecordEntry *last = lines.first.get();
@@ -37,14 +34,15 @@ const RecordEntry *LastLine(const Lines &lines) {
   return last;
 }
 
-bool HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line) {
+Answer HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line) {
+  bool failed = false;
   for (const RecordEntry *entry = lines.first.get(); entry != nullptr; entry = entry->next) {
-    if (entry->length == line->length &&
-        HaveSameBytes(lines.file.get(), entry->offset, other.file.get(), line->offset, line->length)) {
-      return true;
+    if (entry->length == line->length && HaveSameBytes(lines.file.get(), entry->offset, other.file.get(),
+                                                       line->offset, line->length, &failed)) {
+      return Answer::kYes;
     }
   }
-  return false;
+  return failed ? Answer::kUnknown : Answer::kNo;
 }
 
 // Whether the last record of a file stands in another too. So it does when there is no record.
@@ -53,7 +51,7 @@ Answer HoldsLastLineOf(const char *name, const char *other_name) {
   const Lines other(other_name);
   if (!lines.whole || !other.whole) return Answer::kUnknown;
   const RecordEntry *last = LastLine(other);
-  return AnswerOf(last == nullptr || HoldsLine(lines, other, last));
+  return last == nullptr ? Answer::kYes : HoldsLine(lines, other, last);
 }
 
 // Whether the piece's bytes stand in the whole, from the start of a line on: a copy that was not finished.
@@ -62,13 +60,15 @@ Answer IsPieceOf(const char *piece_name, const char *whole_name) {
   const Lines piece(piece_name);
   const Lines whole(whole_name);
   if (!piece.whole || !whole.whole) return Answer::kUnknown;
+  if (piece.length == 0) return Answer::kYes;
+  bool failed = false;
   for (const RecordEntry *start = whole.first.get(); start != nullptr; start = start->next) {
     if (whole.length - start->offset >= piece.length &&
-        HaveSameBytes(piece.file.get(), 0, whole.file.get(), start->offset, piece.length)) {
+        HaveSameBytes(piece.file.get(), 0, whole.file.get(), start->offset, piece.length, &failed)) {
       return Answer::kYes;
     }
   }
-  return AnswerOf(piece.length == 0);
+  return failed ? Answer::kUnknown : Answer::kNo;
 }
 
 // The lines of LOG.old and behind them all of LOG, on the disk. False when that cannot be.

@@ -163,7 +163,10 @@ void Sweep::CarryOnAndCheck(const Operation &operation) {
   for (const char *bill : {"W1", "W2"}) {
     if (operation.more_files.count("OFFLINE") == 0) CheckPayment(bill);
   }
-  if (operation.more_files.count("OFFLINE_TMP") != 0) CheckPayment("W3");
+  const auto set_aside = operation.more_files.find("OFFLINE_TMP");
+  if (set_aside != operation.more_files.end() && set_aside->second.find("\"W3\"") != std::string::npos) {
+    CheckPayment("W3");
+  }
   for (int i = 0; i < report_->sale_count; ++i) {
     const Report::Sale &sale = report_->sales[i];
     if (sale.code == 0 && sale.offline && !sale.unkept) CheckPayment(sale.bill);

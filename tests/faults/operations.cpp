@@ -13,6 +13,13 @@
 namespace faults {
 namespace {
 
+// A record of OFFLINE.
+std::string WaitingPayment(const std::string &number) {
+  return "{\"request\":{\"ver\":\"1.0\",\"type\":\"PAYMENT\",\"requestId\":\"123451212040000" + number +
+         "\",\"requestDate\":\"2012-12-04T10:00:00Z\",\"isOffline\":true},\"bill\":" + Bill("W" + number) +
+         "}\n";
+}
+
 bool IsOneOf(int code, std::initializer_list<int> codes) {
   return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
@@ -107,6 +114,20 @@ Files Leftovers() {
           {"STATE", "{\"reqId\":\"1234512120500007\",\"shiftId\":\"42\",\"shiftState\":1}"}};
 }
 
+// Balances under the numbers old1, old2 and so on.
+std::string OldRecords(int first, int last) {
+  std::string log;
+  for (int i = first; i <= last; ++i) {
+    log += "{\"request\":{\"type\":\"BALANCE\",\"requestId\":\"old" + std::to_string(i) + "\"}}\n";
+  }
+  return log;
+}
+
+// A trim that ended in the middle of its copy, or in front of the last step.
+Files TrimUpTo(int last) {
+  return {{"LOG.old", OldRecords(1, 6)}, {"LOG", OldRecords(4, last)}};
+}
+
 // A LOG that the next record fills: `logSize` is 9.
 Files FullLog() {
   std::string log;
@@ -121,6 +142,10 @@ std::vector<Operation> MakeOperations() {
       {"LUMOInit", true, {}, Nothing, [](Report *) { return LUMOInit(); }, IsOfAStart, true},
       {"LUMOInit with leftovers", true, Leftovers(), Nothing, [](Report *) { return LUMOInit(); }, IsOfAStart,
        true},
+      {"LUMOInit behind half a trim", true, TrimUpTo(5), Nothing, [](Report *) { return LUMOInit(); },
+       IsOfAStart, true},
+      {"LUMOInit behind a whole trim", true, TrimUpTo(6), Nothing, [](Report *) { return LUMOInit(); },
+       IsOfAStart, true},
       {"LUMOInit between two steps of its own",
        true,
        {{"LOG.old", "{\"request\":{\"type\":\"BALANCE\",\"requestId\":\"old\"}}\n"}, {"LOG.new", "{\"req"}},
@@ -231,6 +256,18 @@ std::vector<Operation> MakeOperations() {
        Nothing,
        [](Report *) { return SendOfflinePayments(); },
        IsACount},
+      {"SendOfflinePayments behind half a replay",
+       true,
+       {{"OFFLINE_TMP", WaitingPayment("2")}},
+       Nothing,
+       [](Report *) { return SendOfflinePayments(); },
+       IsACount},
+      {"SendOfflinePayments behind half a replay, without the server",
+       false,
+       {{"OFFLINE_TMP", WaitingPayment("2")}},
+       Nothing,
+       [](Report *) { return SendOfflinePayments(); },
+       IsACount},
       {"SendOfflinePayments without the server",
        false,
        {},
@@ -270,11 +307,6 @@ std::string Bill(const std::string &number) {
 }
 
 Files TerminalFiles(const std::string &server_address) {
-  const auto waiting = [](const std::string &number) {
-    return "{\"request\":{\"ver\":\"1.0\",\"type\":\"PAYMENT\",\"requestId\":\"123451212040000" + number +
-           "\",\"requestDate\":\"2012-12-04T10:00:00Z\",\"isOffline\":true},\"bill\":" + Bill("W" + number) +
-           "}\n";
-  };
   return {
       {"CONFIG", "{\"terminalId\":\"12345\",\"protocolVersion\":\"1.0\",\"serverAddr\":\"" + server_address +
                      "\",\"timeout\":5,\"offlineMode\":1,\"localBonusOffline\":3,\"globalBonusOffline\":2,"
@@ -285,7 +317,7 @@ Files TerminalFiles(const std::string &server_address) {
        "{\"request\":{\"type\":\"BALANCE\",\"requestId\":\"log1\",\"requestDate\":\"2\"}}\n"
        "{\"request\":{\"type\":\"DEPOSIT\",\"requestId\":\"log2\",\"requestDate\":\"2\"},\"deposit\":{"
        "\"amount\":1}}\n"},
-      {"OFFLINE", waiting("1") + waiting("2")},
+      {"OFFLINE", WaitingPayment("1") + WaitingPayment("2")},
       {"B1.JSN", Bill("B1")},
       {"B2.JSN", Bill("B2")},
       {"N1.JSN", Bill("N1")},

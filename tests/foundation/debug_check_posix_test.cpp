@@ -17,4 +17,16 @@ TEST(DebugCheck, BreaksWithoutAFileNameToo) {
               testing::StrEq("Unknown: DEBUGCHK failed in file  at line 1 \r\n"));
 }
 
+// As under a debugger that goes on.
+TEST(DebugCheck, ThatIsPassedOverGoesOn) {
+  signal(SIGTRAP, SIG_IGN);
+  testing::internal::CaptureStderr();
+  lumo::DebugCheckFailed("transaction", 7);
+  lumo::DebugCheckFailed(nullptr, 8);
+  signal(SIGTRAP, SIG_DFL);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Unknown: DEBUGCHK failed in file transaction at line 7 \r\n"
+            "Unknown: DEBUGCHK failed in file  at line 8 \r\n");
+}
+
 }  // namespace

@@ -17,6 +17,7 @@ struct Sink : testing::Test {
     lumo::FileSinkInit(&sink, file);
     test::ResetFileTraffic();
   }
+  ~Sink() override { test::EndFileTrouble(); }
   void Write(const std::string &text) {
     lumo::FileSinkWrite(&sink, text.data(), static_cast<uint32_t>(text.size()));
     expected += text;
@@ -95,6 +96,28 @@ TEST_F(Sink, EndsWithWhatCouldBeWritten) {
   lumo::FileClose(file);
   setrlimit(RLIMIT_FSIZE, &limit);
   EXPECT_EQ(folder.Read("F"), std::string(1000, 'x'));
+}
+
+TEST_F(Sink, WritesNothingMoreAfterAFailure) {
+  test::LeaveDiskRoom(3);
+  Write(std::string(3000, 'a'));
+  test::LeaveDiskRoom(UINT64_MAX);
+  Write(std::string(3000, 'b'));
+  lumo::FileSinkEnd(&sink);
+  lumo::FileClose(file);
+  EXPECT_EQ(folder.Read("F"), "aaa");
+}
+
+TEST_F(Sink, LeavesTheRestWhenTheEndCannotBeFound) {
+  folder.Write("OLD", "old text");
+  const lumo::HANDLE old_file = lumo::FileOpen("OLD", "a");
+  lumo::FileSinkInit(&sink, old_file);
+  Write("new");
+  test::FailSeekAfter(0);
+  lumo::FileSinkEnd(&sink);
+  lumo::FileClose(old_file);
+  lumo::FileClose(file);
+  EXPECT_EQ(folder.Read("OLD"), "new text");
 }
 
 TEST(SinkFailure, IsTracedByTheWrite) {

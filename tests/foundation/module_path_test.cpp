@@ -180,4 +180,17 @@ TEST_F(TraceTag, MakesNoPathWhenTheWholeIsTooLong) {
   EXPECT_EQ(TracePath(), "");
 }
 
+TEST_F(TraceTag, IsPartOfTheTracesNameAsLongAsThatFits) {
+  lumo::SetTraceTag("TAG");
+  const std::string folder(247, 'd');
+  SetDirectory(folder);
+  EXPECT_EQ(TracePath(), "");  // 247 units, "TRACE_", "TAG", ".TXT": one too many
+  SetDirectory(folder.substr(1));
+  EXPECT_EQ(TracePath(), folder.substr(1) + "TRACE_TAG.TXT");
+  for (const size_t units : {251U, 254U}) {
+    SetDirectory(std::string(units, 'd'));
+    EXPECT_EQ(TracePath(), "") << units;
+  }
+}
+
 }  // namespace

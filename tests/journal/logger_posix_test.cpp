@@ -3,11 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <utility>
 
 #include "foundation/files.h"
+#include "journal/line_file.h"
 #include "journal/logger.h"
 #include "support/file_traffic.h"
 #include "support/folder.h"
@@ -162,6 +164,112 @@ TEST_F(JournalFaults, AListThatARefusedReadEndsIsNotWhole) {
   test::FailReadAfter(-1);
 }
 
+TEST_F(JournalFaults, ATornTailThatCannotBeCutOffLetsNoRecordBehindIt) {
+  folder.Write("OFFLINE_TMP", "1\ntorn");
+  test::FailCutAfter(0);
+  EXPECT_EQ(lumo::AppendOfflineTmpRecord("2"), -201);
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\ntorn");
+}
+
+TEST_F(JournalFaults, ARecordThatIsWrittenCountsThoughTheDiskCannotBeFlushed) {
+  folder.Write("OFFLINE", "1\n");
+  test::FailFlushAfter(0);
+  EXPECT_EQ(lumo::AppendOfflineRecord("2"), 0);
+  EXPECT_EQ(folder.Read("OFFLINE"), "1\n2\n");
+}
+
+TEST_F(JournalFaults, WhatAnInterruptedReplayLeftStaysWhenItCannotBeCompared) {
+  folder.Write("OFFLINE", "1\n2\n");
+  bool whole = false;
+  lumo::RecordEntry *records = lumo::GetOfflineRecords(&whole);
+  for (const auto &[name, opens] : {std::pair<const char *, int>{"OFFLINE", 0}, {"OFFLINE_TMP", 1}}) {
+    folder.Write("OFFLINE_TMP", "0\n2\n");
+    test::RefuseOpenAfter(opens, name);
+    EXPECT_FALSE(lumo::DropInterruptedReplay(records)) << name;
+    test::RefuseOpen("");
+    EXPECT_EQ(folder.Read("OFFLINE_TMP"), "0\n2\n") << name;
+  }
+  for (const int reads : {0, 2, 3}) {  // of the list, and of either file's record
+    test::FailReadAfter(reads);
+    EXPECT_FALSE(lumo::DropInterruptedReplay(records)) << reads;
+    EXPECT_EQ(folder.Read("OFFLINE_TMP"), "0\n2\n") << reads;
+  }
+  test::RefuseOpenAfter(2, "OFFLINE_TMP");  // it is opened to be listed, to be compared, and to be cut
+  EXPECT_FALSE(lumo::DropInterruptedReplay(records));
+  test::RefuseOpen("");
+  test::FailCutAfter(0);
+  EXPECT_FALSE(lumo::DropInterruptedReplay(records));
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records));
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "0\n");
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records)) << "nothing of it is in OFFLINE";
+  folder.Write("OFFLINE_TMP", "longer\n2\n");
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records));
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "longer\n");
+  folder.Write("OFFLINE_TMP", "2\n");
+  test::RefuseDelete("OFFLINE_TMP");
+  EXPECT_FALSE(lumo::DropInterruptedReplay(records));
+  test::RefuseDelete("");
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records));
+  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records)) << "there is none";
+  lumo::FreeRecordList(records);
+}
+
+TEST_F(JournalFaults, AnOfflineJournalThatCannotBeDeletedIsNotCleared) {
+  folder.Write("OFFLINE", "1\n");
+  test::RefuseDelete("OFFLINE");
+  EXPECT_EQ(lumo::ClearOffline(1), -202);
+  EXPECT_EQ(folder.Read("OFFLINE"), "1\n");
+}
+
+TEST_F(JournalFaults, AFileThatIsShorterThanItsLengthWasHasNoKnownTail) {
+  folder.Write("J", "1\n");
+  const lumo::HANDLE file = lumo::FileOpen("J", "rb");
+  uint32_t torn = 0;
+  EXPECT_FALSE(lumo::FindTornTail(file, 5, &torn));
+  lumo::FileClose(file);
+}
+
+TEST_F(JournalFaults, BytesThatCannotBeReadAreNotTheSame) {
+  folder.Write("J", "same");
+  folder.Write("K", "same");
+  const lumo::HANDLE one = lumo::FileOpen("J", "rb");
+  const lumo::HANDLE other = lumo::FileOpen("K", "rb");
+  bool failed = false;
+  EXPECT_TRUE(lumo::HaveSameBytes(one, 0, other, 0, 4, &failed));
+  EXPECT_FALSE(lumo::HaveSameBytes(one, 0, other, 1, 3, &failed));
+  EXPECT_FALSE(failed);
+  for (const int calls : {0, 1}) {
+    test::FailSeekAfter(calls);
+    EXPECT_FALSE(lumo::HaveSameBytes(one, 0, other, 0, 4, &failed)) << calls;
+    EXPECT_TRUE(failed) << calls;
+    failed = false;
+    test::FailReadAfter(calls);
+    EXPECT_FALSE(lumo::HaveSameBytes(one, 0, other, 0, 4, &failed)) << calls;
+    EXPECT_TRUE(failed) << calls;
+  }
+  lumo::FileClose(one);
+  lumo::FileClose(other);
+}
+
+// A position in a file is a signed 32-bit number.
+TEST_F(JournalFaults, NothingIsListedBehindTwoGigabytes) {
+  folder.Write("J", "");
+  std::filesystem::resize_file(folder.path() + "J", 0x80000000U);  // takes no room
+  const lumo::HANDLE file = lumo::FileOpen("J", "r+");
+  lumo::LineReader reader;
+  lumo::LineReaderInit(&reader, file);
+  reader.chunkOffset = 0x7FFFFFFFU - sizeof reader.chunk;  // as if all before it had been read
+  ASSERT_TRUE(lumo::FileMoveTo(file, reader.chunkOffset));
+  ASSERT_EQ(lumo::FileWrite("last\n", 1, 5, file), 5U);
+  ASSERT_TRUE(lumo::FileMoveTo(file, reader.chunkOffset));
+  ASSERT_TRUE(lumo::LineReaderNext(&reader));
+  EXPECT_EQ(reader.lineLength, 4U);
+  EXPECT_FALSE(lumo::LineReaderNext(&reader));
+  EXPECT_TRUE(reader.failed) << "what was found is not all";
+  lumo::FileClose(file);
+}
+
 TEST_F(JournalFaults, AShortReadIsNotTheEndOfAList) {
   folder.Write("OFFLINE", Records(100));
   test::ShortenReadAfter(1);
@@ -311,6 +419,39 @@ TEST_F(JournalCost, ALogThatSomebodyElseWroteIsCountedAnew) {
   folder.Write("LOG", NumberLines(1, 5));
   EXPECT_EQ(lumo::AppendLogRecord("6"), 0);
   EXPECT_EQ(folder.Read("LOG"), NumberLines(3, 6));
+}
+
+TEST_F(JournalCost, ALogOfTheSameLengthThatSomebodyElseWroteIsCountedAnew) {
+  lumo::SetLogSize(6);
+  folder.Write("LOG", NumberLines(1, 4));
+  EXPECT_EQ(lumo::AppendLogRecord("5"), 0);
+  folder.Write("LOG", "123456789\n");
+  const std::filesystem::path log = folder.path() + "LOG";
+  std::filesystem::last_write_time(log, std::filesystem::last_write_time(log) + std::chrono::seconds(1));
+  EXPECT_EQ(lumo::AppendLogRecord("2"), 0);
+  EXPECT_EQ(folder.Read("LOG"), "123456789\n2\n");
+}
+
+// Between an append and the look at what has become of the file.
+TEST_F(JournalCost, ALogThatSomebodyElseWritesAtOnceIsCountedAnew) {
+  lumo::SetLogSize(6);
+  folder.Write("LOG", "");
+  test::BeforeLook([this] { folder.Write("LOG", NumberLines(1, 5)); });
+  EXPECT_EQ(lumo::AppendLogRecord("1"), 0);
+  EXPECT_EQ(lumo::AppendLogRecord("6"), 0);
+  EXPECT_EQ(folder.Read("LOG"), NumberLines(3, 6));
+  test::BeforeLook([this] { folder.Remove("LOG"); });
+  EXPECT_EQ(lumo::AppendLogRecord("7"), 0);
+  EXPECT_FALSE(folder.Exists("LOG"));
+}
+
+TEST_F(JournalCost, ALogThatIsGoneIsBegunAnew) {
+  lumo::SetLogSize(6);
+  EXPECT_EQ(lumo::AppendLogRecord("1"), 0);
+  EXPECT_EQ(lumo::AppendLogRecord("2"), 0);
+  folder.Remove("LOG");
+  EXPECT_EQ(lumo::AppendLogRecord("3"), 0);
+  EXPECT_EQ(folder.Read("LOG"), "3\n");
 }
 
 TEST_F(JournalCost, ACountGoesOnOverAppendsAndTrims) {

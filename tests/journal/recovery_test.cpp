@@ -34,6 +34,8 @@ constexpr Leftover kLeftovers[] = {
     {"a first line that is in the old log, and others", "1\n2\n3\n", "2\n5\n", "1\n2\n3\n2\n5\n"},
     {"blank lines", "\n\n1\n", "\n", "\n\n1\n"},
     {"a last record that begins like another", "1\n22\n", "221\n", "1\n22\n221\n"},
+    {"lines of the old log and a tail longer than its rest", "1\n2\n", "1\nlong", "1\n2\n1\nlong"},
+    {"lines of the old log and another tail", "1\n2\n3\n", "2\n4", "1\n2\n3\n2\n4"},
 };
 
 class Recovery : public testing::Test {

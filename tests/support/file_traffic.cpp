@@ -2,6 +2,7 @@
 #include "support/file_traffic.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/platform.h"
 
@@ -19,11 +20,26 @@ int read_fails_after = kNever;
 int read_is_short_after = kNever;
 int seek_fails_after = kNever;
 int refused_opens = 0;
+int cut_fails_after = kNever;
+int flush_fails_after = kNever;
+int look_fails_after = kNever;
+int failing_looks = 0;
+int open_is_refused_after = 0;
 
 // The names that are refused, none at first.
 std::string &RefusedOpen() {
   static std::string name;
   return name;
+}
+
+std::string &RefusedMove() {
+  static std::string name;
+  return name;
+}
+
+std::function<void()> &WorkBeforeLook() {
+  static std::function<void()> work;
+  return work;
 }
 
 std::string &RefusedDelete() {
@@ -46,6 +62,19 @@ bool IsTurn(int *after) {
 }  // namespace
 
 extern "C" {
+
+lumo::BOOL __real_lumo_MoveFileW(const lumo::WCHAR *from, const lumo::WCHAR *to);
+lumo::BOOL __real_lumo_SetEndOfFile(lumo::HANDLE file);
+lumo::BOOL __real_lumo_FlushFileBuffers(lumo::HANDLE file);
+lumo::DWORD __real_lumo_GetFileAttributesW(const lumo::WCHAR *name);
+lumo::BOOL __real_lumo_GetFileAttributesExW(const lumo::WCHAR *name, lumo::GET_FILEEX_INFO_LEVELS level,
+                                            void *out_data);
+lumo::BOOL __wrap_lumo_MoveFileW(const lumo::WCHAR *from, const lumo::WCHAR *to);
+lumo::BOOL __wrap_lumo_SetEndOfFile(lumo::HANDLE file);
+lumo::BOOL __wrap_lumo_FlushFileBuffers(lumo::HANDLE file);
+lumo::DWORD __wrap_lumo_GetFileAttributesW(const lumo::WCHAR *name);
+lumo::BOOL __wrap_lumo_GetFileAttributesExW(const lumo::WCHAR *name, lumo::GET_FILEEX_INFO_LEVELS level,
+                                            void *out_data);
 
 lumo::HANDLE __real_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access, lumo::DWORD share_mode,
                                      void *security, lumo::DWORD creation, lumo::DWORD attributes,
@@ -73,7 +102,7 @@ lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access
                                      void *security, lumo::DWORD creation, lumo::DWORD attributes,
                                      lumo::HANDLE model) {
   ++traffic.opens;
-  if (refused_opens > 0 && Refuses(RefusedOpen(), name)) {
+  if (Refuses(RefusedOpen(), name) && open_is_refused_after-- <= 0 && refused_opens > 0) {
     --refused_opens;
     lumo::lumo_SetLastError(kAccessDenied);
     return INVALID_HANDLE_VALUE;
@@ -129,6 +158,45 @@ lumo::DWORD __wrap_lumo_SetFilePointer(lumo::HANDLE file, lumo::LONG offset, lum
   return __real_lumo_SetFilePointer(file, offset, offset_high, origin);
 }
 
+lumo::BOOL __wrap_lumo_MoveFileW(const lumo::WCHAR *from, const lumo::WCHAR *to) {
+  if (Refuses(RefusedMove(), from)) {
+    lumo::lumo_SetLastError(kAccessDenied);
+    return 0;
+  }
+  return __real_lumo_MoveFileW(from, to);
+}
+
+lumo::BOOL __wrap_lumo_SetEndOfFile(lumo::HANDLE file) {
+  if (IsTurn(&cut_fails_after)) {
+    lumo::lumo_SetLastError(kAccessDenied);
+    return 0;
+  }
+  return __real_lumo_SetEndOfFile(file);
+}
+
+lumo::BOOL __wrap_lumo_FlushFileBuffers(lumo::HANDLE file) {
+  if (IsTurn(&flush_fails_after)) {
+    lumo::lumo_SetLastError(kDiskFull);
+    return 0;
+  }
+  return __real_lumo_FlushFileBuffers(file);
+}
+
+lumo::DWORD __wrap_lumo_GetFileAttributesW(const lumo::WCHAR *name) {
+  if (look_fails_after != kNever && look_fails_after-- <= 0) {
+    look_fails_after = --failing_looks > 0 ? 0 : kNever;
+    lumo::lumo_SetLastError(kAccessDenied);
+    return lumo::INVALID_FILE_ATTRIBUTES;
+  }
+  return __real_lumo_GetFileAttributesW(name);
+}
+
+lumo::BOOL __wrap_lumo_GetFileAttributesExW(const lumo::WCHAR *name, lumo::GET_FILEEX_INFO_LEVELS level,
+                                            void *out_data) {
+  if (WorkBeforeLook()) std::exchange(WorkBeforeLook(), {})();
+  return __real_lumo_GetFileAttributesExW(name, level, out_data);
+}
+
 }  // extern "C"
 
 namespace test {
@@ -144,6 +212,16 @@ FileTraffic CountFileTraffic() {
 void RefuseOpen(const std::string &name, int times) {
   RefusedOpen() = name;
   refused_opens = times;
+  open_is_refused_after = 0;
+}
+
+void RefuseOpenAfter(int opens, const std::string &name) {
+  RefuseOpen(name);
+  open_is_refused_after = opens;
+}
+
+void RefuseMove(const std::string &name) {
+  RefusedMove() = name;
 }
 
 void RefuseDelete(const std::string &name) {
@@ -166,6 +244,23 @@ void FailSeekAfter(int seeks) {
   seek_fails_after = seeks;
 }
 
+void FailCutAfter(int cuts) {
+  cut_fails_after = cuts;
+}
+
+void FailFlushAfter(int flushes) {
+  flush_fails_after = flushes;
+}
+
+void FailLookAfter(int looks, int failing) {
+  look_fails_after = looks;
+  failing_looks = failing;
+}
+
+void BeforeLook(std::function<void()> work) {
+  WorkBeforeLook() = std::move(work);
+}
+
 void ShortenReadAfter(int reads) {
   read_is_short_after = reads;
 }
@@ -173,10 +268,15 @@ void ShortenReadAfter(int reads) {
 void EndFileTrouble() {
   RefuseOpen("");
   RefuseDelete("");
+  RefuseMove("");
   LeaveDiskRoom(UINT64_MAX);
   CutNextWrite(UINT64_MAX);
   FailReadAfter(kNever);
   FailSeekAfter(kNever);
+  FailCutAfter(kNever);
+  FailFlushAfter(kNever);
+  FailLookAfter(kNever);
+  BeforeLook({});
   ShortenReadAfter(kNever);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace test {
@@ -19,10 +20,12 @@ struct FileTraffic {
 void ResetFileTraffic();
 FileTraffic CountFileTraffic();
 
-// From now on an open of this file of the folder, as often as told, and a deletion of this one, fail with
-// ERROR_ACCESS_DENIED; no name refuses none.
+// From now on an open of this file of the folder, as often as told or once so many have gone well, a deletion
+// of this one and a renaming of this one fail with ERROR_ACCESS_DENIED; no name refuses none.
 void RefuseOpen(const std::string &name, int times = INT32_MAX);
+void RefuseOpenAfter(int opens, const std::string &name);
 void RefuseDelete(const std::string &name);
+void RefuseMove(const std::string &name);
 
 // From now on this many bytes can be written in all; the write that does not fit is cut there, and one that
 // finds no room fails with ERROR_DISK_FULL.
@@ -31,9 +34,16 @@ void LeaveDiskRoom(uint64_t bytes);
 // The next write takes no more than this many bytes.
 void CutNextWrite(uint64_t bytes);
 
-// After so many more that go well, one read, or one change of the position, fails.
+// After so many more that go well, one read, one change of the position, one cut or one flush fails, or so
+// many looks at a file's attributes.
 void FailReadAfter(int reads);
 void FailSeekAfter(int seeks);
+void FailCutAfter(int cuts);
+void FailFlushAfter(int flushes);
+void FailLookAfter(int looks, int failing = 1);
+
+// Is done in front of the next look at a file's size and time.
+void BeforeLook(std::function<void()> work);
 
 // After so many more, one read takes a single byte.
 void ShortenReadAfter(int reads);

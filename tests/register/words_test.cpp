@@ -1,4 +1,8 @@
 // What holds for the whole command line.
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
 #include "register/till.h"
 
 namespace {
@@ -33,6 +37,28 @@ TEST_F(CommandLine, ComplainsAboutWhatItDoesNotUnderstand) {
     EXPECT_NE(run.err, "");
     EXPECT_EQ(run.out, "");
   }
+}
+
+// Every command and option of the help, down to the last command.
+TEST_F(CommandLine, HasADocumentOfEveryCommandAndOption) {
+  std::ifstream file(REGISTER_SOURCE_DIR "/docs/register.md", std::ios::binary);
+  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  ASSERT_FALSE(document.empty());
+  std::istringstream help(Run({"--help"}).out);
+  bool is_command = false;
+  int commands = 0;
+  for (std::string line; std::getline(help, line);) {
+    is_command = line == "Subcommands:" || (is_command && !line.empty());
+    if (line.rfind("  --", 0) == 0 || line.rfind("  -l,", 0) == 0) {
+      const std::string option =
+          line.substr(line.find("--"), line.find(' ', line.find("--")) - line.find("--"));
+      EXPECT_THAT(document, HasSubstr("| `" + option));
+    }
+    if (!is_command || line.rfind("  ", 0) != 0 || line[2] == ' ') continue;
+    ++commands;
+    EXPECT_THAT(document, HasSubstr("`" + line.substr(2, line.find(' ', 2) - 2))) << line;
+  }
+  EXPECT_GT(commands, 15);
 }
 
 }  // namespace

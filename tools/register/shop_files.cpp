@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "amount.h"
+#include "utf8.h"
 
 namespace reg {
 namespace {
@@ -60,7 +61,7 @@ int Flagged(const Json &object, const char *key) {
 Record ReadRecord(const std::string &line) {
   Record record;
   record.line = line;
-  const Json json = Json::parse(line, nullptr, false);
+  const Json json = Json::parse(Mended(line), nullptr, false);
   const Json *request = json.is_object() ? Part(json, "request") : nullptr;
   if (request == nullptr) return record;
   record.readable = true;
@@ -114,7 +115,7 @@ ShiftState ReadState(const std::filesystem::path &file) {
   ShiftState state;
   state.present = std::filesystem::exists(file);
   if (!state.present) return state;
-  const Json json = Json::parse(ReadWhole(file), nullptr, false);
+  const Json json = Json::parse(Mended(ReadWhole(file)), nullptr, false);
   state.readable = json.is_object();
   if (!state.readable) return state;
   state.requestId = Text(json, "reqId");

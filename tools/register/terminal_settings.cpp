@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "shop_files.h"
+#include "utf8.h"
 
 namespace reg {
 namespace {
@@ -34,12 +35,6 @@ constexpr const char *kKeys[] = {
     "sslMode",
     "sslKey",
 };
-
-// Bytes of 128 and more pass the library, whatever they are. A dump replaces those that are no UTF-8.
-std::string Mended(const std::string &text) {
-  const std::string dumped = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-  return Json::parse(dumped).get<std::string>();
-}
 
 std::string TextOf(const Json &value) {
   if (value.is_string()) return value.get<std::string>();
@@ -103,6 +98,22 @@ int32_t TerminalSettings::Number(const char *key) const {
   const int64_t value = std::strtoll(Text(key).c_str(), nullptr, 10);
   return static_cast<int32_t>(
       std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
+}
+
+bool IsNumberSetting(const std::string &key) {
+  constexpr const char *kNumbers[] = {
+      "timeout",       "offlineMode", "shiftMode", "localBonusOffline", "globalBonusOffline",
+      "orgFeeOffline", "logSize",     "sslMode"};
+  return std::find(std::begin(kNumbers), std::end(kNumbers), key) != std::end(kNumbers);
+}
+
+bool StopsLibrary(const std::string &state) {
+  const std::string text = Mended(state);
+  try {
+    return !Json::parse(text).is_object();
+  } catch (const Json::parse_error &error) {
+    return error.byte > text.size();  // cut short, which is no syntax error to the library
+  }
 }
 
 TerminalSettings ReadTerminalSettings(const std::filesystem::path &folder) {

@@ -25,6 +25,11 @@ struct TerminalSettings {
   int32_t Number(const char *key) const;
 };
 
+bool IsNumberSetting(const std::string &key);
+
+// Whether the library refuses to start with such a STATE. It makes a new one of one with a syntax error.
+bool StopsLibrary(const std::string &state);
+
 TerminalSettings ReadTerminalSettings(const std::filesystem::path &folder);
 
 struct ServerAddress {

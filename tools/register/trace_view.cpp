@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "utf8.h"
+
 namespace reg {
 namespace {
 
@@ -105,30 +107,16 @@ size_t Depth(std::string_view document) {
   return deepest;
 }
 
-// How many bytes at `at` are a character; 0: none.
-size_t CharacterBytes(std::string_view text, size_t at) {
-  const auto lead = static_cast<unsigned char>(text[at]);
-  if (lead < 0x80) return lead >= 0x20 && lead != 0x7F ? 1 : 0;
-  const size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
-                        : lead >= 0xE0 && lead < 0xF0 ? 3
-                        : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                      : 0;
-  if (length == 0 || at + length > text.size()) return 0;
-  const auto next = static_cast<unsigned char>(text[at + 1]);
-  if ((lead == 0xC2 && next < 0xA0) || (lead == 0xE0 && next < 0xA0) || (lead == 0xED && next > 0x9F) ||
-      (lead == 0xF0 && next < 0x90) || (lead == 0xF4 && next > 0x8F))
-    return 0;
-  for (size_t i = 1; i < length; ++i)
-    if ((static_cast<unsigned char>(text[at + i]) & 0xC0) != 0x80) return 0;
-  return length;
-}
-
 }  // namespace
 
 std::string Showable(std::string_view text) {
   std::string shown;
   for (size_t at = 0; at < text.size();) {
-    const size_t length = text[at] == '\n' ? 1 : CharacterBytes(text, at);
+    const auto byte = static_cast<unsigned char>(text[at]);
+    const bool steers =
+        (byte < 0x20 && byte != '\n') || byte == 0x7F ||
+        (byte == 0xC2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0);
+    const size_t length = steers ? 0 : CharacterBytes(text, at);
     shown.append(length != 0 ? text.substr(at, length) : "?");
     at += std::max<size_t>(length, 1);
   }

@@ -143,10 +143,12 @@ TEST_F(HeldFile, TraceStopsNothing) {
   {
     const Held held(shop, "TRACE.TXT");
     EXPECT_EQ(shop.ExchangeProc("t"), 0);
-    shop.ClearTrace();
   }
-  const Held held(shop, "TRACE.TXT");
-  EXPECT_STREQ(shop.GetErrorMessage(1), "Неизвестная ошибка 1");
+  shop.ClearTrace();
+  {
+    const Held held(shop, "TRACE.TXT");
+    EXPECT_STREQ(shop.GetErrorMessage(1), "Неизвестная ошибка 1");
+  }
   EXPECT_EQ(shop.Trace(), kTraced);
 }
 

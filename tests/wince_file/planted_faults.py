@@ -97,8 +97,7 @@ def header_faults():
     """What every file may have."""
     yield "another machine", "machine 0x166, not", lambda f: f.put(f.header + 4, 0x166, HALF)
     yield "another subsystem", "subsystem 2, not", lambda f: f.put(f.optional + 68, 2, HALF)
-    yield "another version of the system", "for version 10.0 of the system", lambda f: f.put(
-        f.optional + 48, 10, HALF)
+    yield "another version of the system", "for version 10.0 of the system", lambda f: f.put(f.optional + 48, 10)
     yield "no entry point", "has no entry point", lambda f: f.put(f.optional + 16, 0)
     yield "relocations gone", "its relocations are gone", lambda f: f.put(
         f.header + 22, f.get(f.header + 22, HALF) | 1, HALF)

@@ -1,4 +1,4 @@
-// How the register ends when it is interrupted, and when the library ends the process.
+// How the register ends when it is interrupted, and when the library crashes.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,7 +11,6 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 class End : public test::Till {
  protected:
@@ -63,27 +62,6 @@ TEST_F(End, ComesAtOnceWhenNothingRuns) {
   EXPECT_EQ(run.status, 143);
   EXPECT_EQ(run.err, "");
   EXPECT_THAT(Read("TRACE.TXT"), EndsWith("LUMOClean()\n"));
-}
-
-TEST_F(End, OfALibraryThatEndsTheProcessIsTold) {
-  Configure();
-  const test::Outcome run = Run({"balance", "--card", std::string(1100, '7')});
-  EXPECT_EQ(run.status, 4);
-  EXPECT_THAT(run.err, HasSubstr("register: the library ended the process inside CreateTransaction\n"
-                                 "  the trace ends: ERROR: ASSERT IN "));
-  EXPECT_THAT(run.err, HasSubstr("look at the card number"));
-  EXPECT_THAT(Read("TRACE.TXT"), Not(HasSubstr("LUMOClean")));
-}
-
-TEST_F(End, AtABreakIntoTheDebuggerIsTold) {
-  Configure();
-  Write("LOG", R"({"request":{"type":"ACTIVATION","requestDate":"2012-12-05T10:00:00Z","cardNum":"7"},)"
-               R"("activation":{"activationType":"NONE"}})"
-               "\n");
-  const test::Outcome run = Run({"report", "detailed", "--all"});
-  EXPECT_EQ(run.status, 4);
-  EXPECT_THAT(run.err, HasSubstr("inside GenerateReport\n"));
-  EXPECT_THAT(run.err, HasSubstr("take its line out of LOG"));
 }
 
 TEST_F(End, OfACrashIsTold) {

@@ -23,9 +23,14 @@ constexpr char kInFile[] = "stdin";
 constexpr char kOutFile[] = "stdout";
 constexpr char kErrFile[] = "stderr";
 
-std::string ReadFileText(const std::filesystem::path &file) {
+// With line ends as everywhere.
+std::string ReadOutput(const std::filesystem::path &file) {
   std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+#ifdef _WIN32
+  for (size_t at; (at = text.find("\r\n")) != std::string::npos;) text.erase(at, 1);
+#endif
+  return text;
 }
 
 #ifdef _WIN32
@@ -49,9 +54,15 @@ Process::Process(const std::filesystem::path &program, const std::vector<std::st
                  const std::filesystem::path &folder, const std::string &input)
     : folder_(folder) {
   std::ofstream(folder / kInFile, std::ios::binary) << input;
-  // No word of a test has a quotation mark.
   std::wstring line = L"\"" + program.wstring() + L"\"";
-  for (const std::string &word : words) line += L" \"" + std::filesystem::u8path(word).wstring() + L"\"";
+  for (const std::string &word : words) {
+    line += L" \"";
+    for (const wchar_t letter : std::filesystem::u8path(word).wstring()) {
+      if (letter == L'"') line += L'\\';  // no word of a test has a backslash before one
+      line += letter;
+    }
+    line += L"\"";
+  }
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
@@ -141,11 +152,11 @@ Outcome Process::Wait() {
 #endif
 
 std::string Process::Out() const {
-  return ReadFileText(folder_ / kOutFile);
+  return ReadOutput(folder_ / kOutFile);
 }
 
 std::string Process::Err() const {
-  return ReadFileText(folder_ / kErrFile);
+  return ReadOutput(folder_ / kErrFile);
 }
 
 bool Eventually(const std::function<bool()> &is_so) {

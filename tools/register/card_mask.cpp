@@ -19,8 +19,9 @@ bool IsWordByte(char byte) {
 std::string Masked(std::string_view card) {
   const size_t shown = card.size() >= kTelling && std::all_of(card.begin(), card.end(), IsWordByte) ? 4 : 0;
   std::string text;
-  for (const char byte : card.substr(0, card.size() - shown))
+  for (const char byte : card.substr(0, card.size() - shown)) {
     if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) text += '*';
+  }
   return text.append(card.substr(card.size() - shown));
 }
 
@@ -44,8 +45,9 @@ size_t SkipBlanks(std::string_view text, size_t at) {
 std::string_view ScalarAt(std::string_view text, size_t begin) {
   size_t end = begin;
   if (begin < text.size() && text[begin] == '"') {
-    for (end = ++begin; end < text.size() && text[end] != '"'; ++end)
+    for (end = ++begin; end < text.size() && text[end] != '"'; ++end) {
       if (text[end] == '\\') ++end;
+    }
   } else {
     while (end < text.size() && (IsWordByte(text[end]) || text[end] == '.' || text[end] == '-')) ++end;
   }
@@ -62,8 +64,9 @@ void ForEachCard(std::string_view text, const std::function<void(std::string_vie
         NamesCard(text.substr(open + 1, std::min<size_t>(quote - open - 1, 100)))) {
       const std::string_view value = ScalarAt(text, SkipBlanks(text, colon + 1));
       if (std::any_of(value.begin(), value.end(), [](char byte) { return byte >= '0' && byte <= '9'; }) ||
-          text.substr(open + 1, quote - open - 1) == "cardNum")
+          text.substr(open + 1, quote - open - 1) == "cardNum") {
         take(value);
+      }
     }
     open = quote;
     quote = text.find('"', quote + 1);
@@ -90,8 +93,9 @@ std::string Unescaped(std::string_view text) {
 void ReplaceAll(std::string &text, const std::string &old_text, const std::string &new_text) {
   std::string result;
   size_t at = 0;
-  for (size_t found; (found = text.find(old_text, at)) != std::string::npos; at = found + old_text.size())
+  for (size_t found; (found = text.find(old_text, at)) != std::string::npos; at = found + old_text.size()) {
     result.append(text, at, found - at).append(new_text);
+  }
   if (at != 0) text = result.append(text, at, std::string::npos);
 }
 
@@ -113,13 +117,14 @@ void CardMask::Learn(const std::vector<std::string> &cards, const std::vector<st
     });
   }
   torn_.clear();
-  for (const std::string_view document : documents)
+  for (const std::string_view document : documents) {
     for (const std::string &card : cards_)
       for (size_t length = card.size() - 1; length >= kShortest; --length)
         if (EndsWith(document, std::string_view(card).substr(0, length))) {
           torn_.push_back(card.substr(0, length));
           break;
         }
+  }
   std::sort(cards_.begin(), cards_.end(), [](const std::string &a, const std::string &b) {
     return a.size() != b.size() ? a.size() > b.size() : a < b;
   });

@@ -10,8 +10,9 @@ namespace {
 // What may follow the words of `path`: the commands below it and its options.
 void PrintChoices(const CLI::App &app, const std::string &path) {
   std::string words;
-  for (const CLI::Option *option : app.get_options())
+  for (const CLI::Option *option : app.get_options()) {
     for (const std::string &name : option->get_lnames()) words += " --" + name;
+  }
   const auto commands = app.get_subcommands([](const CLI::App *) { return true; });
   for (const CLI::App *command : commands) words += " " + command->get_name();
   std::cout << "    '" << path << "') words='" << (words.empty() ? "" : words.substr(1)) << "' ;;\n";

@@ -14,8 +14,9 @@ struct Member {
 
 // The library takes bytes of any coding. What counts here is where they stand.
 std::string Plain(std::string text) {
-  for (char &byte : text)
+  for (char &byte : text) {
     if (static_cast<unsigned char>(byte) >= 128) byte = '?';
+  }
   return text;
 }
 
@@ -50,8 +51,9 @@ class Walker {
  private:
   void Skip() { at_ = text_.find_first_not_of(" \t\r\n", at_); }
   void PassString() {
-    for (++at_; text_[at_] != '"'; ++at_)
+    for (++at_; text_[at_] != '"'; ++at_) {
       if (text_[at_] == '\\') ++at_;
+    }
     ++at_;
   }
   void PassValue() {
@@ -108,8 +110,9 @@ std::optional<std::string> SetMembers(const std::string &text, const std::vector
     const std::vector<Member> members = Walker(plain).Members();
     // A key that is the beginning of a setting's name may count as that setting, and of two the last counts.
     const Member *found = nullptr;
-    for (const Member &member : members)
+    for (const Member &member : members) {
       if (setting.first.compare(0, member.key.size(), member.key) == 0) found = &member;
+    }
     if (found != nullptr && found->key == setting.first) {
       edited.replace(found->value, found->end - found->value, setting.second);
     } else {

@@ -131,8 +131,9 @@ void Configure(Till &till, const ConfigureOptions &options) {
   const std::filesystem::path file = till.Folder() / (old.isDelivered || is_new ? "CONFIG.JSN" : "CONFIG");
   std::vector<Setting> settings = named;
   if (is_new) {
-    if (!options.server || !options.terminal)
+    if (!options.server || !options.terminal) {
       throw Failure(kBadWords, "a new terminal needs --server and --terminal");
+    }
     // What a terminal must not be without.
     if (!options.protocol) settings.push_back(TextSetting("protocolVersion", "1.0"));
     if (!options.timeout) settings.push_back(NumberSetting("timeout", 10));
@@ -149,8 +150,9 @@ void Configure(Till &till, const ConfigureOptions &options) {
   Facts values;
   for (const Setting &setting : settings) values.AddJson(setting.first.c_str(), setting.second);
   till.Show(Facts().Add("file", file.u8string()).Add("settings", values), [&] {
-    for (const Setting &setting : settings)
+    for (const Setting &setting : settings) {
       std::cout << "  " << setting.first << " " << setting.second << '\n';
+    }
     std::cout << "  written: " << file.u8string() << '\n';
   });
 }

@@ -60,9 +60,10 @@ void JudgeLibrary(const Terminal &terminal, Findings &findings) {
 
 void JudgeAddress(const TerminalSettings &settings, const char *key, Findings &findings) {
   const std::string address = settings.Text(key);
-  if (!address.empty() && !ParseServerAddress(address))
+  if (!address.empty() && !ParseServerAddress(address)) {
     findings.Trouble("settings", std::string(key) + " cannot be used: " + address,
                      "http://a.b.c.d:port/path: the address dotted, with its port and the path's /");
+  }
 }
 
 void JudgeOfflineRates(const TerminalSettings &settings, Findings &findings) {
@@ -91,12 +92,14 @@ void JudgeSettings(const Terminal &terminal, Findings &findings) {
     return;
   }
   const size_t before = findings.list().size();
-  if (settings.isDelivered && settings.file == "CONFIG")
+  if (settings.isDelivered && settings.file == "CONFIG") {
     findings.Warn("settings", "CONFIG.JSN cannot be read; CONFIG is in force",
                   "correct CONFIG.JSN, or remove it");
-  if (settings.file == "CONFIG.JSN" && settings.isKept)
+  }
+  if (settings.file == "CONFIG.JSN" && settings.isKept) {
     findings.Warn("settings", "CONFIG.JSN is read at every start, since it never replaces a CONFIG",
                   "remove CONFIG, and the next start puts CONFIG.JSN in its place");
+  }
   const std::string id = settings.Text("terminalId");
   const auto is_plain = [](char byte) {
     return (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
@@ -112,28 +115,35 @@ void JudgeSettings(const Terminal &terminal, Findings &findings) {
                      "terminalId begins with other characters than digits and Latin letters: " + id,
                      "correct terminalId");
   }
-  if (settings.Text("protocolVersion").empty())
+  if (settings.Text("protocolVersion").empty()) {
     findings.Trouble("settings", "there is no protocolVersion: the server refuses everything",
                      "set protocolVersion");
-  if (settings.Text("serverAddr").empty() && settings.Text("serverAltAddr").empty())
+  }
+  if (settings.Text("serverAddr").empty() && settings.Text("serverAltAddr").empty()) {
     findings.Trouble("settings", "there is no serverAddr: the server is always away", "set serverAddr");
+  }
   JudgeAddress(settings, "serverAddr", findings);
   JudgeAddress(settings, "serverAltAddr", findings);
-  if (settings.Number("timeout") <= 0)
+  if (settings.Number("timeout") <= 0) {
     findings.Trouble("settings", "there is no timeout: the register hangs when an answer does not come",
                      "set timeout, in seconds");
-  if (settings.Number("logSize") < 3)
+  }
+  if (settings.Number("logSize") < 3) {
     findings.Warn(
         "settings",
         "there is no logSize of 3 or more: LOG grows without bound, and every operation becomes slower",
         "set logSize, 3000 say");
+  }
   JudgeOfflineRates(settings, findings);
-  for (const std::string &key : settings.truths)
+  for (const std::string &key : settings.truths) {
     findings.Warn("settings", key + " is true or false, which reads as 0", "1 or 0");
-  for (const std::string &key : settings.unknown)
+  }
+  for (const std::string &key : settings.unknown) {
     findings.Warn("settings", "no setting is named " + key, "correct its name, or remove it");
-  if (settings.hasForeignBytes)
+  }
+  if (settings.hasForeignBytes) {
     findings.Warn("settings", "there are bytes that are no UTF-8", "save " + settings.file + " as UTF-8");
+  }
   if (findings.list().size() == before) findings.Ok("settings", settings.file + " is good");
 }
 
@@ -150,8 +160,9 @@ const char *RefusalCure(const std::string &code) {
       {"INTERNAL_ERROR", "look into the server's log"},
       {"INCORRECT_REQUEST", "correct the path of the address: another server, or another path, answers"},
   };
-  for (const Row &row : kRows)
+  for (const Row &row : kRows) {
     if (code == row.code) return row.cure;
+  }
   return "see the state codes in docs/terminal.md";
 }
 
@@ -168,9 +179,10 @@ void JudgeServers(const Terminal &terminal, Findings &findings) {
     if (answer.code == 0) {
       findings.Ok("server", name + ", answers after " + std::to_string(answer.milliseconds) + " ms");
       const int64_t its_time = Seconds(answer.date);
-      if (its_time >= 0 && std::abs(its_time - Seconds(terminal.now)) > kClocksApart)
+      if (its_time >= 0 && std::abs(its_time - Seconds(terminal.now)) > kClocksApart) {
         findings.Warn("clock", "the server's says " + answer.date + ", this one " + terminal.now,
                       "set the clock that is wrong, in UTC");
+      }
       continue;
     }
     const bool away = answer.code == -501;
@@ -184,9 +196,10 @@ void JudgeServers(const Terminal &terminal, Findings &findings) {
       findings.Warn("server", text, cure);
       continue;
     }
-    if (away)
+    if (away) {
       text += terminal.settings.Number("offlineMode") == 1 ? ". Sales are completed offline"
                                                            : ". No sale without it: offlineMode is off";
+    }
     findings.Trouble("server", text, cure);
   }
 }
@@ -209,12 +222,13 @@ void JudgeState(const Terminal &terminal, Findings &findings) {
         "remove STATE while no register runs; the next operation asks the server for the last number");
     return;
   }
-  if (terminal.settings.Number("shiftMode") > 0 && state.shiftState == 0)
+  if (terminal.settings.Number("shiftMode") > 0 && state.shiftState == 0) {
     findings.Warn("shift", "none is open, and shiftMode wants one", "register shift open");
-  else
+  } else
     findings.Ok("shift", state.shiftState == 0 ? "none is open" : "open since " + state.openDate);
-  if (state.update != 0)
+  if (state.update != 0) {
     findings.Warn("update", "the server announced one", "bring the register's software up to date");
+  }
 }
 
 void JudgeNumbers(const Terminal &terminal, Findings &findings) {
@@ -225,10 +239,10 @@ void JudgeNumbers(const Terminal &terminal, Findings &findings) {
   if (number.empty()) {
     const std::string text =
         "there is none: a sale without the server would have no number, and its record be refused for ever";
-    if (answered)
+    if (answered) {
       findings.Warn("number", text,
                     "register balance, or any operation that reaches the server, before the first sale");
-    else
+    } else
       findings.Trouble("number", text,
                        "reach the server once; or see docs/terminal.md, Before the server ever answered");
     return;
@@ -239,11 +253,12 @@ void JudgeNumbers(const Terminal &terminal, Findings &findings) {
     return;
   }
   const size_t before = findings.list().size();
-  if (const std::string day = number.substr(kTerminalColumns, 6); day > ShortDay(terminal.now))
+  if (const std::string day = number.substr(kTerminalColumns, 6); day > ShortDay(terminal.now)) {
     findings.Trouble("clock",
                      "it says " + terminal.now + ", and the last number is of a later day: " + number +
                          ". No operation gets a number",
                      "set the clock; or, when it is right, see docs/terminal.md, A clock that is behind");
+  }
   const std::string id = terminal.settings.Text("terminalId").substr(0, kTerminalColumns);
   const std::string padded = std::string(kTerminalColumns - id.size(), '0') + id;
   if (!id.empty() && number.compare(0, kTerminalColumns, padded) != 0) {
@@ -254,18 +269,20 @@ void JudgeNumbers(const Terminal &terminal, Findings &findings) {
   const auto is_later = [&](const std::string &other) {
     return IsNumber(other) && other.compare(0, kTerminalColumns, padded) == 0 && other > number;
   };
-  if (const std::string recorded = LastRecorded(terminal); is_later(recorded))
+  if (const std::string recorded = LastRecorded(terminal); is_later(recorded)) {
     findings.Trouble(
         "number",
         "the last record has " + recorded + ", STATE only " + number + ": numbers are used a second time",
         "put " + recorded + " into STATE as reqId while no register runs");
-  for (const ServerAnswer &answer : terminal.servers)
+  }
+  for (const ServerAnswer &answer : terminal.servers) {
     if (is_later(answer.lastNumber))
       findings.Trouble(
           "number",
           "the server knows " + answer.lastNumber + ", STATE only " + number +
               ": numbers are used a second time",
           "is another register in use with this terminalId? Otherwise put the server's into STATE as reqId");
+  }
   if (findings.list().size() == before) findings.Ok("number", "the last one is " + number);
 }
 
@@ -284,21 +301,25 @@ void JudgeClock(const Terminal &terminal, Findings &findings) {
 
 void JudgeQueue(const Terminal &terminal, Findings &findings) {
   const Journal &queue = terminal.offline;
-  if (queue.unreadable > 0)
+  if (queue.unreadable > 0) {
     findings.Warn(
         "queue", Count(queue.unreadable, "line") + " of OFFLINE no replay can send",
         "register queue list shows them, register queue drop takes them out while no other register runs");
-  if (queue.unnumbered > 0)
+  }
+  if (queue.unnumbered > 0) {
     findings.Warn(
         "queue",
         Count(queue.unnumbered, "record") + " of OFFLINE without a number, which the server refuses for ever",
         "take them out while no register runs");
-  if (const size_t waiting = queue.records - queue.unreadable - queue.unnumbered; waiting > 0)
+  }
+  if (const size_t waiting = queue.records - queue.unreadable - queue.unnumbered; waiting > 0) {
     findings.Warn("queue", Count(waiting, "record") + " to be sent to the server", "register queue replay");
+  }
   if (queue.records == 0) findings.Ok("queue", "nothing waits");
-  if (terminal.log.unreadable > 0)
+  if (terminal.log.unreadable > 0) {
     findings.Warn("log", Count(terminal.log.unreadable, "line") + " of LOG that no report can read",
                   "nothing: they go with the oldest third");
+  }
 }
 
 void JudgeFolder(const Terminal &terminal, Findings &findings) {
@@ -314,13 +335,15 @@ void JudgeFolder(const Terminal &terminal, Findings &findings) {
   } else {
     findings.Ok("disk", free);
   }
-  if (terminal.trace_bytes > 100 * kMegabyte)
+  if (terminal.trace_bytes > 100 * kMegabyte) {
     findings.Warn("trace", std::to_string(terminal.trace_bytes / kMegabyte) + " MB",
                   "remove or rename it, also while the register runs");
-  for (const std::string &name : terminal.leftovers)
+  }
+  for (const std::string &name : terminal.leftovers) {
     findings.Warn("leftovers", name + " is there: a process ended in the middle of something",
                   name == "STATE.new" ? "nothing: it is written over when STATE is made"
                                       : "nothing: the next LUMOInit finishes it. Do not remove it");
+  }
   for (const Holder &holder : terminal.holders) {
     const std::string program = holder.program.empty() ? "another program" : holder.program;
     if (holder.excludes) {

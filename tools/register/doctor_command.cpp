@@ -37,8 +37,9 @@ void PrintDoctor(const Terminal &terminal, const Findings &findings) {
     std::cout << "  " << label.append(width - std::min(width, label.size()), ' ') << " " << Showable(text)
               << '\n';
   };
-  if (!terminal.settings.file.empty())
+  if (!terminal.settings.file.empty()) {
     std::cout << "Settings in force, of " << terminal.settings.file << '\n';
+  }
   for (const auto &[key, value] : terminal.settings.values) line(key, 18, value);
   std::cout << "Findings\n";
   for (const Finding &finding : findings.list()) {

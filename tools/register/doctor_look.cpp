@@ -45,8 +45,9 @@ Journal LookAtJournal(const fs::path &file) {
 // Makes a file, writes, renames and deletes it, and opens those that are there.
 std::vector<std::string> TryRights(const fs::path &folder) {
   std::vector<std::string> problems;
-  if ((folder / "OFFLINE_TMP").u16string().size() > kLongestPath)
+  if ((folder / "OFFLINE_TMP").u16string().size() > kLongestPath) {
     problems.push_back("the folder's path is too long for the library: 259 characters with a file's name");
+  }
   const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
   const fs::path probe = folder / ("register-doctor-" + std::to_string(ticks));
   fs::path renamed = probe;
@@ -71,8 +72,9 @@ std::vector<std::string> TryRights(const fs::path &folder) {
   for (const char *name : {"CONFIG.JSN", "CONFIG", "STATE", "LOG", "OFFLINE", "OFFLINE_TMP", "TRACE.TXT"}) {
     if (!fs::exists(folder / name, error)) continue;
     const std::fstream stream(folder / name, std::ios::binary | std::ios::in | std::ios::out);
-    if (!stream.is_open())
+    if (!stream.is_open()) {
       problems.push_back(std::string(name) + " cannot be opened for reading and writing");
+    }
   }
   return problems;
 }
@@ -90,23 +92,26 @@ Terminal LookAt(const fs::path &library_file) {
   terminal.log = LookAtJournal(terminal.folder / "LOG");
   terminal.offline = LookAtJournal(terminal.folder / "OFFLINE");
   std::error_code error;
-  for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"})
+  for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"}) {
     if (fs::exists(terminal.folder / name, error)) terminal.leftovers.push_back(name);
+  }
   terminal.holders = FindHolders(
       file, {"CONFIG.JSN", "CONFIG", "STATE", "LOG", "OFFLINE", "OFFLINE_TMP", "LOG.old", "LOG.new"});
   const fs::space_info space = fs::space(terminal.folder, error);
   terminal.free_bytes = error ? 0 : space.available;
-  for (const auto &entry : fs::directory_iterator(terminal.folder, error))
+  for (const auto &entry : fs::directory_iterator(terminal.folder, error)) {
     if (const std::string name = entry.path().filename().u8string(); name.compare(0, 5, "TRACE") == 0)
       terminal.trace_bytes =
           std::max(terminal.trace_bytes, entry.is_regular_file(error) ? entry.file_size(error) : 0);
+  }
   terminal.rights = TryRights(terminal.folder);
   terminal.library_problem = TryLibrary(file, &terminal.library_version);
   const int timeout = terminal.settings.Number("timeout");
-  for (const char *key : {"serverAddr", "serverAltAddr"})
+  for (const char *key : {"serverAddr", "serverAltAddr"}) {
     if (const auto address = ParseServerAddress(terminal.settings.Text(key)))
       terminal.servers.push_back(AskServer(*address, terminal.settings, terminal.now,
                                            timeout > 0 ? std::min(timeout, kPatience) : kPatience / 3));
+  }
   return terminal;
 }
 

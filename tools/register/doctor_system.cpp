@@ -115,8 +115,9 @@ std::string Apart(const std::function<std::string()> &what) {
   close(ends[1]);
   std::string said;
   char piece[1000];
-  for (ssize_t count; child > 0 && (count = read(ends[0], piece, sizeof piece)) > 0;)
+  for (ssize_t count; child > 0 && (count = read(ends[0], piece, sizeof piece)) > 0;) {
     said.append(piece, static_cast<size_t>(count));
+  }
   close(ends[0]);
   if (child < 0) return "it cannot be tried: no process";
   int status = 0;
@@ -139,10 +140,11 @@ std::string ProcessName(const std::string &number) {
 
 bool Maps(const std::string &number, const std::string &file) {
   std::ifstream maps("/proc/" + number + "/maps");
-  for (std::string line; std::getline(maps, line);)
+  for (std::string line; std::getline(maps, line);) {
     if (line.size() > file.size() && line.compare(line.size() - file.size(), file.size(), file) == 0 &&
         line[line.size() - file.size() - 1] == ' ')
       return true;
+  }
   return false;
 }
 
@@ -221,8 +223,9 @@ std::vector<Holder> FindHolders(const fs::path &library_file, const std::vector<
   for (const auto &process : fs::directory_iterator("/proc", error)) {
     const std::string number = ProcessNumber(process.path());
     if (number.empty() || number == std::to_string(getpid())) continue;
-    if (own && Maps(number, library))
+    if (own && Maps(number, library)) {
       holders.push_back({ProcessName(number), library_file.filename().string(), false});
+    }
     std::error_code unseen;
     for (const auto &open : fs::directory_iterator(process.path() / "fd", unseen)) {
       const auto file = files.find(fs::read_symlink(open.path(), unseen).string());

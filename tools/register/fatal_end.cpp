@@ -24,17 +24,17 @@ using Letter = wchar_t;
 int Open(const Letter *path) {
   return _wopen(path, _O_RDONLY | _O_BINARY);
 }
-constexpr auto Read = _read;
-constexpr auto Write = _write;
-constexpr auto Seek = _lseek;
+constexpr auto kRead = _read;
+constexpr auto kWrite = _write;
+constexpr auto kSeek = _lseek;
 #else
 using Letter = char;
 int Open(const Letter *path) {
   return open(path, O_RDONLY);
 }
-constexpr auto Read = read;
-constexpr auto Write = write;
-constexpr auto Seek = lseek;
+constexpr auto kRead = read;
+constexpr auto kWrite = write;
+constexpr auto kSeek = lseek;
 #endif
 
 enum class Cause { kExit, kBreak, kCrash };
@@ -45,7 +45,7 @@ Letter trace_path[4096];
 
 void Say(const char *text) {
   // Nobody is left to tell that it cannot be said.
-  if (Write(2, text, static_cast<unsigned>(std::strlen(text))) < 0) return;
+  if (kWrite(2, text, static_cast<unsigned>(std::strlen(text))) < 0) return;
 }
 
 // "" without one.
@@ -53,9 +53,9 @@ const char *LastLineOfTrace() {
   static char tail[2048 + 1];
   const int file = Open(trace_path);
   if (file < 0) return "";
-  const auto size = Seek(file, 0, 2);
-  Seek(file, size > 2048 ? size - 2048 : 0, 0);
-  const auto count = Read(file, tail, 2048);
+  const auto size = kSeek(file, 0, 2);
+  kSeek(file, size > 2048 ? size - 2048 : 0, 0);
+  const auto count = kRead(file, tail, 2048);
   if (count <= 0) return "";
   char *end = tail + count;
   while (end != tail && (end[-1] == '\n' || end[-1] == '\r')) --end;
@@ -135,8 +135,9 @@ void WatchForFatalEnds(const std::filesystem::path &trace_file) {
   struct sigaction action = {};
   action.sa_handler = OnSignal;
   action.sa_flags = SA_ONSTACK | SA_NODEFER;
-  for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP})
+  for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP}) {
     sigaction(signal, &action, nullptr);
+  }
 #endif
 }
 

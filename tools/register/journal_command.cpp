@@ -21,8 +21,9 @@ struct JournalOptions {
 CLI::Validator Day() {
   return {[](const std::string &text) {
             bool is_day = text.size() == 10;
-            for (size_t i = 0; i < text.size() && is_day; ++i)
+            for (size_t i = 0; i < text.size() && is_day; ++i) {
               is_day = i == 4 || i == 7 ? text[i] == '-' : text[i] >= '0' && text[i] <= '9';
+            }
             return std::string(is_day ? "" : "not a day as 2012-12-05: " + text);
           },
           "DAY"};

@@ -1,5 +1,6 @@
 // A cash register on the command line: drives the library file through lumo.h, as a shop's register does.
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -35,10 +36,7 @@ std::vector<std::string> TakeWords(int count, char **words) {
 }
 #endif
 
-}  // namespace
-
-int main(int argc, char **argv) {
-  std::vector<std::string> words = TakeWords(argc, argv);
+int Run(std::vector<std::string> words) {
   // Never destroyed: an interrupt may come at any moment.
   reg::Till &till = *new reg::Till;
   till.libraryFile = std::filesystem::u8path(words[0]).parent_path() / kLibraryName;
@@ -56,4 +54,15 @@ int main(int argc, char **argv) {
   std::reverse(words.begin(), words.end());  // as CLI11 takes them
   const int status = reg::Parse(app, till, [&] { app.parse(words); });
   reg::EndProcess(status);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    return Run(TakeWords(argc, argv));
+  } catch (...) {
+    std::fputs("register: it cannot go on\n", stderr);
+    return reg::kNoFile;
+  }
 }

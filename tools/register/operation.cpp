@@ -105,8 +105,9 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
   if (ending.code < 0) {
     facts.Add("mayBeDone", IsLost(ending.code));
     if (!till.asJson) std::cout << TextOf(ending) << '\n';
-    if (!till.asJson && IsLost(ending.code))
+    if (!till.asJson && IsLost(ending.code)) {
       std::cout << "  The server may have done it or not: ask by the RRN, as after a lost answer.\n";
+    }
     throw Refused{ending.code, library.GetErrorMessage(ending.code), facts};
   }
   const std::string slip = operation.hasSlip ? Slip(library) : "";

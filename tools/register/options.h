@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): its own name
 class App;
 }
 

@@ -80,13 +80,15 @@ void Progress::Follow() {
   while (!done_) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const auto now = steady_clock::now();
-    if (now - shown < (shown == begin || !is_renewed_ ? seconds(1) : std::chrono::milliseconds(200)))
+    if (now - shown < (shown == begin || !is_renewed_ ? seconds(1) : std::chrono::milliseconds(200))) {
       continue;
+    }
     shown = now;
     Read();
     std::string text = "  " + std::to_string(std::chrono::duration_cast<seconds>(now - begin).count()) + " s";
-    if (total_ != 0)
+    if (total_ != 0) {
       text += "  " + std::to_string(std::min(count_, total_)) + " of " + std::to_string(total_) + " records";
+    }
     if (!step_.empty()) text += "  " + step_;
     std::fprintf(stderr, is_renewed_ ? "\r%-78s" : "%s\n", text.c_str());
     std::fflush(stderr);

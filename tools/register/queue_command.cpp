@@ -39,8 +39,9 @@ std::map<std::string, std::string> ReadAttempts(const std::filesystem::path &tra
   TraceFile file(trace);
   std::string bytes;
   for (auto news = file.Read(bytes); news == TraceFile::News::kMore || news == TraceFile::News::kAnew;
-       news = file.Read(bytes))
+       news = file.Read(bytes)) {
     reader.Feed(bytes);
+  }
   reader.Finish();
   return ends;
 }
@@ -104,8 +105,9 @@ std::string WithoutLine(const std::string &bytes, size_t number, std::string *ou
   size_t begin = 0;
   for (size_t left = number;; --left) {
     const size_t end = bytes.find('\n', begin);
-    if (left == 0 || end == std::string::npos)
+    if (left == 0 || end == std::string::npos) {
       throw Failure(kBadWords, "there is no record number " + std::to_string(number));
+    }
     if (left == 1) {
       *out_line = bytes.substr(begin, end - begin);
       return bytes.substr(0, begin) + bytes.substr(end + 1);

@@ -24,8 +24,9 @@ void Sums::Add(const Record &record) {
 
 Facts Sums::AsFacts() const {
   Facts by_type;
-  for (const auto &[type, kind] : kinds)
+  for (const auto &[type, kind] : kinds) {
     by_type.Add(type.c_str(), Facts().Add("count", kind.count).Add("amount", kind.amount));
+  }
   return Facts()
       .Add("types", by_type)
       .Add("unreadable", unreadable)

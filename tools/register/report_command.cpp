@@ -21,8 +21,9 @@ struct ReportOptions {
 // before what was sold in that second, and after the second before.
 std::string BeforeOpening(const Till &till) {
   const ShiftState state = ReadState(till.Folder() / "STATE");
-  if (state.shiftState == 0 || state.openDate.empty())
+  if (state.shiftState == 0 || state.openDate.empty()) {
     throw Failure(kBadWords, "no shift is open: say --all, or --from and --to");
+  }
   return state.openDate.substr(0, state.openDate.size() - 1);
 }
 

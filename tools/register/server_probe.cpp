@@ -97,33 +97,40 @@ void Fail(ServerAnswer *answer, int code, const std::string &problem) {
 }
 
 void ReadAnswer(const std::string &text, ServerAnswer *answer) {
-  for (const char *status : {"400", "500"})
+  for (const char *status : {"400", "500"}) {
     if (text.find(std::string("HTTP Status ") + status) != std::string::npos)
       return Fail(answer, *status == '4' ? -406 : -407, std::string("it says HTTP Status ") + status);
+  }
   const Json json = Json::parse(text, nullptr, false);
   if (json.is_discarded()) {
-    if (text.compare(0, 5, "HTTP/") == 0)
+    if (text.compare(0, 5, "HTTP/") == 0) {
       return Fail(answer, -303, "it answers as a web server, with a head");
+    }
     if (text[text.find_first_not_of(" \t\r\n") == std::string::npos ? 0
                                                                     : text.find_first_not_of(" \t\r\n")] ==
-        '{')
+        '{') {
       return Fail(answer, -402, "its answer is cut off, or no JSON");
+    }
     return Fail(answer, -303, "its answer is no JSON");
   }
-  if (!json.is_object() || json.empty() || !json.front().is_object())
+  if (!json.is_object() || json.empty() || !json.front().is_object()) {
     return Fail(answer, -402, "its answer is none of this protocol");
-  if (json.begin().key() != "getLastRrnResponse")
+  }
+  if (json.begin().key() != "getLastRrnResponse") {
     return Fail(answer, -403, "it answers another question: " + json.begin().key());
+  }
   const Json &parts = json.front();
-  if (!parts.contains("response") || !parts["response"].is_object())
+  if (!parts.contains("response") || !parts["response"].is_object()) {
     return Fail(answer, -404, "its answer has no response");
+  }
   const Json &response = parts["response"];
   answer->state = Member(response, "requestState");
   answer->stateCode = Member(response, "requestStateCode");
   answer->message = Member(response, "message");
   answer->date = Member(response, "responseDate");
-  if (answer->state != "SUCCESS")
+  if (answer->state != "SUCCESS") {
     return Fail(answer, -405, "it refuses: " + answer->state + " " + answer->stateCode);
+  }
   if (!parts.contains("rrn") || !parts["rrn"].is_object()) return Fail(answer, -404, "its answer has no rrn");
   answer->lastNumber = Member(parts["rrn"], "rrNumber");
 }

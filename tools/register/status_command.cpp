@@ -37,8 +37,9 @@ ServerView Look(const TerminalSettings &settings, const char *key) {
 }
 
 std::string ShiftText(const ShiftState &state) {
-  if (state.shiftState != 0)
+  if (state.shiftState != 0) {
     return "open since " + std::string(OrDash(state.openDate)) + ", id " + OrDash(state.shiftId);
+  }
   return state.closeDate.empty() ? "closed" : "closed at " + state.closeDate;
 }
 

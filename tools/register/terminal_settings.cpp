@@ -89,8 +89,9 @@ bool IsDotted(const std::string &host) {
 }  // namespace
 
 std::string TerminalSettings::Text(const char *key) const {
-  for (const auto &[name, value] : values)
+  for (const auto &[name, value] : values) {
     if (name == key) return value;
+  }
   return "";
 }
 
@@ -135,8 +136,9 @@ std::optional<ServerAddress> ParseServerAddress(const std::string &address) {
   const std::string port = address.substr(colon + 1, slash - colon - 1);
   parsed.port = std::atoi(port.substr(0, 8).c_str());
   parsed.path = address.substr(slash);
-  if (parsed.path.size() > 1 && (parsed.path.back() == '/' || parsed.path.back() == '\\'))
+  if (parsed.path.size() > 1 && (parsed.path.back() == '/' || parsed.path.back() == '\\')) {
     parsed.path.pop_back();
+  }
   if (!IsDotted(parsed.host) || parsed.port <= 0 || parsed.port > 65535) return std::nullopt;
   return parsed;
 }

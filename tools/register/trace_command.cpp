@@ -17,7 +17,7 @@ struct TraceOptions {
   uint64_t exchange = 0;  // 0: all
   size_t last = 0;        // 0: all
   bool follows = false;
-  bool shows_cards = false;
+  bool showsCards = false;
 };
 
 // "TRACE_2.TXT is here too: --tag 2"
@@ -28,8 +28,9 @@ std::string OtherTraces(const std::filesystem::path &folder) {
     const std::string name = entry.path().filename().u8string();
     constexpr std::string_view kStart = "TRACE_", kEnd = ".TXT";
     if (name.size() <= kStart.size() + kEnd.size() || name.compare(0, kStart.size(), kStart) != 0 ||
-        name.compare(name.size() - kEnd.size(), kEnd.size(), kEnd) != 0)
+        name.compare(name.size() - kEnd.size(), kEnd.size(), kEnd) != 0) {
       continue;
+    }
     text += text.empty() ? "; there is --tag " : ", --tag ";
     text += name.substr(kStart.size(), name.size() - kStart.size() - kEnd.size());
   }
@@ -63,7 +64,7 @@ class TracePrinter {
 void ShowTrace(const Till &till, const TraceOptions &options) {
   const std::filesystem::path path =
       options.file.empty() ? till.TraceFile() : std::filesystem::u8path(options.file);
-  CardMask mask(options.shows_cards);
+  CardMask mask(options.showsCards);
   TracePrinter printer(options.last);
   uint64_t count = 0;
   bool found = false;
@@ -84,28 +85,32 @@ void ShowTrace(const Till &till, const TraceOptions &options) {
   std::string bytes;
   TraceFile::News news = file.Read(bytes);
   if (std::filesystem::is_directory(path)) throw Failure(kNoFile, path.u8string() + " is a folder");
-  if (news == TraceFile::News::kMissing && !options.follows)
+  if (news == TraceFile::News::kMissing && !options.follows) {
     throw Failure(kNoFile, "there is no " + path.u8string() + ", or it cannot be read" +
                                OtherTraces(path.parent_path()));
+  }
   if (!till.asJson && options.exchange == 0) std::cout << TraceHeading();
   for (bool was_missing = false;; news = file.Read(bytes)) {
-    if (news == TraceFile::News::kAnew && !std::exchange(was_missing, false))
+    if (news == TraceFile::News::kAnew && !std::exchange(was_missing, false)) {
       std::cerr << "register: a new trace\n";
+    }
     if (news == TraceFile::News::kAnew) reader.Restart();
     reader.Feed(bytes);
     if (options.exchange != 0 && found) return;
     if (news == TraceFile::News::kMore || news == TraceFile::News::kAnew) continue;
     if (!options.follows) break;
-    if (news == TraceFile::News::kMissing && !std::exchange(was_missing, true))
+    if (news == TraceFile::News::kMissing && !std::exchange(was_missing, true)) {
       std::cerr << "register: there is no trace; waiting\n";
+    }
     reader.Settle();
     printer.Release();
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
   reader.Finish();
   printer.Release();
-  if (options.exchange != 0 && !found)
+  if (options.exchange != 0 && !found) {
     throw Failure(kRefused, "the trace has " + std::to_string(count) + " exchanges");
+  }
 }
 
 }  // namespace
@@ -123,7 +128,7 @@ void AddTraceCommand(CLI::App &app, Till &till) {
                           ->check(CLI::PositiveNumber);
   CLI::Option *follow =
       trace->add_flag("-f,--follow", options->follows, "Go on as the trace grows, until interrupted");
-  trace->add_flag("--show-cards", options->shows_cards, "Do not hide the numbers of cards");
+  trace->add_flag("--show-cards", options->showsCards, "Do not hide the numbers of cards");
   one->excludes(last)->excludes(follow);
   trace->callback([options, &till] { ShowTrace(till, *options); });
 }

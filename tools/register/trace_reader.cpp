@@ -298,8 +298,9 @@ void TraceReader::TakeError(std::string_view line) {
   if (StartsWith(line, "ERROR: Organizer fee is greater")) exchange_.offline = Offline::kRefused;
   // A confirmation that no server heard goes into the journals; an append leaves this line.
   if (exchange_.code == -501 && exchange_.operation == "PAYMENT_CONFIRM" && !exchange_.replayed &&
-      !after_bom_ && StartsWith(line, "ERROR: SetFilePointer function failed"))
+      !after_bom_ && StartsWith(line, "ERROR: SetFilePointer function failed")) {
     exchange_.offline = Offline::kRecorded;
+  }
   if (!IsNoise(line)) Add(exchange_.problems, line);
 }
 

@@ -14,10 +14,12 @@ size_t CharacterBytes(std::string_view text, size_t at) {
   if (length == 0 || at + length > text.size()) return 0;
   const auto next = static_cast<unsigned char>(text[at + 1]);
   if ((lead == 0xE0 && next < 0xA0) || (lead == 0xED && next > 0x9F) || (lead == 0xF0 && next < 0x90) ||
-      (lead == 0xF4 && next > 0x8F))
+      (lead == 0xF4 && next > 0x8F)) {
     return 0;
-  for (size_t i = 1; i < length; ++i)
+  }
+  for (size_t i = 1; i < length; ++i) {
     if ((static_cast<unsigned char>(text[at + i]) & 0xC0) != 0x80) return 0;
+  }
   return length;
 }
 

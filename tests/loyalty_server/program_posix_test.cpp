@@ -301,7 +301,7 @@ TEST_F(KeptData, HasEveryAnsweredPaymentAfterAKill) {
     Running server(Arguments());
     const std::string last = server.Command("last 12345");
     ASSERT_TRUE(last == Id(answered) + "\n" || last == Id(answered + 1) + "\n" ||
-                (round == 0 && last == "none\n"))
+                (answered == 0 && last == "none\n"))
         << last << answered;
     if (last == Id(answered + 1) + "\n") ++answered;
     ASSERT_EQ(server.Command("card 1000000002"), Card(answered));

@@ -22,9 +22,9 @@
  *   Lengths     A path has at most 259 UTF-16 units. A line of a slip has at most 1023 bytes. An answer has
  *               at most 4 MiB. A date that lumo reads keeps 31 bytes, in STATE 29. Other texts may have any
  *               length. The server may set limits of its own.
- *   Fatal       Memory that runs out, or a text that makes a line of a slip or report 1024 bytes or longer
- *               (a card number, the shop's name). The host process then ends with status -1, after a line
- *               in the trace.
+ *   Fatal       Two things end the host process, with status -1 and after a line in the trace. Memory runs
+ *               out. Or a text, such as a card number or the shop's name, makes a line of a slip or report
+ *               1024 bytes or longer.
  *
  * A SALE
  *

@@ -2,13 +2,15 @@
 //
 // Every call has the name and the meaning that lumo.h gives it, in the namespace lumo. What differs:
 //
-//   Results    A call that returns a code of LumoResult returns a Result, which the compiler does not let you
-//   ignore.
-//              A call that returns a number, and a negative code when something is wrong, returns an int;
+//   Results    A call that returns a code of LumoResult returns a Result here, and the compiler does not
+//              let you ignore it.
+//              A call that returns a number, and a negative code when something is wrong, returns an int.
 //              Result(number).message() has the text of such a code.
 //   Texts in   A Text is made of a std::string, of a literal, or of nullptr where lumo.h gives null a
-//   meaning. UTF-8. Texts out  A std::string of your own, whatever lumo.h says of the text's life. Null
-//   becomes the empty text. Scopes     ShiftScope and TransactionScope close what they have opened.
+//              meaning. Texts are UTF-8.
+//   Texts out  A std::string of your own, whatever lumo.h says of the text's life. Null becomes
+//              the empty text.
+//   Scopes     ShiftScope and TransactionScope close what they have opened.
 //
 // Nothing here throws but std::string, when memory runs out; it compiles without exceptions and RTTI.
 #ifndef LUMO_HPP

@@ -14,7 +14,7 @@ int LUMOInit(void) {
   lumo::RecoverJournals();
   if (lumo::LoadState() != 0) return ERR_STATE_LOAD;
   lumo::SetLogSize(lumo::Settings().logSize);
-  // Deliberate: a transaction still open is forgotten, not freed. The register may hold its texts.
+  // Note: a transaction still open is forgotten, not freed. The register may hold its texts.
   lumo::current_transaction = nullptr;
   return 0;
 }

@@ -156,7 +156,7 @@ const char *getResponseStateCode(void) {
   return lumo::TextOrEmpty(lumo::RequestStateCodeToString(current_transaction->response.requestStateCode));
 }
 
-// Deliberate: always empty. The register takes its messages from GetErrorMessage and the receipts.
+// Note: always empty. The register takes its messages from GetErrorMessage and the receipts.
 const char *getResponseMessage(void) {
   Trace("getResponseMessage()\n");
   return "";

@@ -190,7 +190,7 @@ const SettingsRecord &Settings() {
 int LoadNewConfig() {
   Trace("LoadNewConfig\n");
   const int result = LoadConfigFile(kNewConfigFile);
-  // Deliberate: an existing CONFIG is not replaced, and CONFIG.JSN is then read again at every start.
+  // Note: an existing CONFIG is not replaced, and CONFIG.JSN is then read again at every start.
   if (result == 0 && FileMove(kNewConfigFile, kConfigFile) != 0) TraceError("Cant save new config!\n");
   return result;
 }

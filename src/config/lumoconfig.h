@@ -1,5 +1,4 @@
-// config/lumoconfig.h: the settings of CONFIG.JSN and CONFIG. They change only when LUMOInit loads them
-// again.
+// config/lumoconfig.h: the settings of CONFIG.JSN and CONFIG. They change only when LUMOInit loads anew.
 #pragma once
 
 #include <cstdint>

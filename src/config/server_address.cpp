@@ -27,10 +27,10 @@ int32_t PortBetween(const char *begin, const char *end) {
 
 }  // namespace
 
-int ParseAddress(const char *address, char *host, int32_t *port, char *path) {
-  host[0] = 0;
-  path[0] = 0;
-  *port = 0;
+int ParseAddress(const char *address, char *out_host, int32_t *out_port, char *out_path) {
+  out_host[0] = 0;
+  out_path[0] = 0;
+  *out_port = 0;
   if (address == nullptr || std::strncmp(address, kScheme, kSchemeLength) != 0) return ERR_SERVER_ADDRESS;
   const char *host_begin = address + kSchemeLength;
   const char *colon = std::strchr(host_begin, ':');
@@ -41,9 +41,9 @@ int ParseAddress(const char *address, char *host, int32_t *port, char *path) {
   const bool ends_with_separator = end[-1] == '/' || end[-1] == '\\';
   if (end - slash > 1 && ends_with_separator) --end;
 
-  CopyRange(host, host_begin, colon);
-  *port = PortBetween(colon + 1, slash);
-  CopyRange(path, slash, end);
+  CopyRange(out_host, host_begin, colon);
+  *out_port = PortBetween(colon + 1, slash);
+  CopyRange(out_path, slash, end);
   return 0;
 }
 

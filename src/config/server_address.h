@@ -5,9 +5,9 @@
 
 namespace lumo {
 
-// `host` and `path` have room for the address's length + 1 bytes each. Returns 0, or ERR_SERVER_ADDRESS with
-// both empty and the port 0: no "http://" at the start, no ":" after the host, no "/" after the port, or a
-// null address.
-int ParseAddress(const char *address, char *host, int32_t *port, char *path);
+// Host and path have room for the address's length + 1 bytes each. Returns 0, or ERR_SERVER_ADDRESS with both
+// empty and the port 0: the address is null, does not begin with "http://", has no ":" after the host, or
+// has no "/" after the port.
+int ParseAddress(const char *address, char *out_host, int32_t *out_port, char *out_path);
 
 }  // namespace lumo

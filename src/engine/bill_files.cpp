@@ -64,7 +64,7 @@ int CashbackParse(Transaction *transaction, const char *path) {
   const ScopedReader reader(JsonReaderCreate());
   Trace("CashbackParse\n");
   if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
-  // Deliberate: a return list, too, starts from an empty bill.
+  // Note: a return list, too, starts from an empty bill.
   transaction->bill = BillBlock{};
   int result = ParseJsonFile(reader.get(), path);
   Trace("Cashback File Parse Finished\n");

@@ -116,7 +116,7 @@ int LinkCardProcess(Transaction *transaction, const char *card_num) {
   int result = StartOperation(transaction, REQUEST_LINK);
   if (result != 0) return result;
   TransactionCopyText(transaction, &transaction->linkedCardNum, card_num);
-  // Deliberate: the server is asked for a record completed offline and not for an ordinary one.
+  // Note: the server is asked for a record completed offline and not for an ordinary one.
   if (IsOffline(transaction)) {
     result = TransactionProcess(transaction);
     if (result != 0) return result;

@@ -19,7 +19,7 @@ int WriteTransactionRecord(const Transaction *transaction) {
   if (result != 0) return result;
   const char *text = StringGetText(record.get());
   const int log_result = AppendLogRecord(text);
-  // Deliberate: the offline journal's result takes the place of the log's.
+  // Note: the offline journal's result takes the place of the log's.
   return IsOffline(transaction) ? AppendOfflineRecord(text) : log_result;
 }
 

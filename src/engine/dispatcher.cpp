@@ -16,8 +16,7 @@ bool IsServiceRequest(RequestType type) {
   return type == REQUEST_LAST_RRN || type == REQUEST_AD;
 }
 
-// The persistent state is read from its file each time it is asked, so it is asked only when the result may
-// change it.
+// Each look at the persistent state reads its file, so nobody looks unless the result may change the state.
 void SwitchOfflineState(int result) {
   if (result == ERR_CONNECT && GetOfflineState() == 0) {
     SetOfflineState(1);

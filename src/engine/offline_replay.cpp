@@ -24,7 +24,7 @@ int LoadWaitingRecord(Transaction *transaction, const char *record) {
 int ReplayRecord(Transaction *transaction, const char *record) {
   int result = LoadWaitingRecord(transaction, record);
   if (result != 0) {
-    // Note: this line alone has no end.
+    // Note: this line alone has no line feed.
     TraceError("LoadLogRecord returned %d", result);
     return result;
   }

@@ -21,7 +21,7 @@ bool FallsBackOffline(int result) {
   return result == ERR_CONNECT && Settings().offlineMode == 1;
 }
 
-// Fills the bill from the register's file. What the customer asks to spend is stored whatever came of it.
+// Fills the bill from the register's file. What the customer asks to spend is stored even when that fails.
 int TakeBill(Transaction *transaction, int32_t spend, const char *bill_path) {
   const int result = BillParse(transaction, bill_path, 0);
   transaction->bill.spendAmount = spend;
@@ -37,7 +37,7 @@ int Pay(Transaction *transaction, const char *bill_path) {
                                    settings.orgFeeOffline);
   }
   if (result != 0) return result;
-  // Deliberate: whether the record could be kept does not matter to the register; the bill's file does.
+  // Note: whether the record could be kept does not matter to the register; the bill's file does.
   WriteTransactionRecord(transaction);
   result = BillModify(transaction, bill_path);
   transaction->completedOperations |= COMPLETED_PAYMENT;
@@ -77,7 +77,7 @@ int PaymentAndConfirmProcess(Transaction *transaction, int32_t spend, const char
   if (result != 0) return result;
   result = TakeBill(transaction, spend, bill_path);
   if (result != 0) {
-    // Deliberate: unlike the plain payment, the bill's own code goes to the register.
+    // Note: unlike the plain payment, the bill's own code goes to the register.
     TraceError("BillParse res [%d]\n", result);
     return result;
   }

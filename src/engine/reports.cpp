@@ -239,15 +239,11 @@ void PrintActivationBlock(const Transaction *record) {
   EndBlock();
 }
 
-// Deliberate: these lines, unlike the summary's, carry the blank flag.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat"
 void PrintBonusLines(const PaymentAmounts &amounts) {
   ReceiptPrintf(report_buffer, "Потрачено бнс:%10s\n", FormatAmount(amounts.spent));
   ReceiptPrintf(report_buffer, "Начислено бнс:%10s\n", FormatAmount(amounts.earned));
   ReceiptPrintf(report_buffer, "Скидка бнс:%10s\n", FormatAmount(amounts.discount));
 }
-#pragma GCC diagnostic pop
 
 void PrintPaymentBlock(const char *title, const Transaction *record) {
   BeginBlock(title, record);

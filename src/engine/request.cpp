@@ -114,7 +114,7 @@ int GenerateRRN(Transaction *transaction, const char *last) {
     const int result = GetLastRrnProcess(transaction);
     if (result != 0 || transaction->rrNumber == nullptr) {
       TraceError("GetLastRrnProcess error %d\n", result);
-      // Deliberate: traced, not stored. The operation goes on with the id the record holds.
+      // Note: traced, not stored. The operation goes on with the id the record holds.
       BuildFirstRrn(transaction, rrn);
       return 0;
     }
@@ -129,7 +129,7 @@ int GenerateRRN(Transaction *transaction, const char *last) {
     const int order = CompareDates(parsed.date, date);
     if (order > 0) {
       TraceError("Date compare error - old rrn date[%s] request date[%s]\n", parsed.date, date);
-      // Deliberate: not stored, as above.
+      // Note: not stored, as above.
       BuildFirstRrn(transaction, rrn);
       return 0;
     }

@@ -1,5 +1,5 @@
-// engine/request.h: what every request carries: type, date and the RRN, the terminal's own number for the
-// operation.
+// engine/request.h: what every request carries: its type, its date, and the RRN, which is the terminal's own
+// number for the operation.
 //
 //   columns 1-5    the terminal id, cut or padded with zero digits on the left
 //   columns 6-11   the request's date, YYMMDD
@@ -25,10 +25,10 @@ int FillRequest(Transaction *transaction, RequestType type);
 // The first two steps of every operation: refuses a null record, then FillRequest, whose failure is traced.
 int StartOperation(Transaction *transaction, RequestType type);
 
-// Makes the id that follows `last`, the previous one; without a usable one the server is asked. 0 or
-// ERR_NO_TRANSACTION.
-// Deliberate: 0 with `requestId` as it was when the server cannot tell, and when the clock is behind the
-// previous id's date.
+// Makes the id that follows `last`, the previous one; without a usable one it asks the server. Returns
+// 0 or ERR_NO_TRANSACTION.
+// Note: when the server cannot tell, and when the clock is behind the previous id's date, it returns 0 and
+// leaves `requestId` as it was.
 int GenerateRRN(Transaction *transaction, const char *last);
 
 int GetLastRrnProcess(Transaction *transaction);  // asks the server; the answer lands in rrNumber

@@ -46,7 +46,7 @@ BalanceTotals SumBalance(const BalanceBlock &balance) {
         AddAmount(&totals.availableLocal, account.availableAmount);
         break;
       case ACCOUNT_DISCOUNT:
-        // Deliberate: a discount account's amount counts as available local bonuses; the slip's earned
+        // Note: a discount account's amount counts as available local bonuses; the slip's earned
         // discount line shows that total.
         AddAmount(&totals.availableLocal, account.amount);
         AddAmount(&totals.availableDiscount, account.availableAmount);
@@ -180,7 +180,7 @@ void PrintDeposit(Transaction *transaction, int32_t amount) {
   PrintRrn(transaction);
   if (amount != 0) {
     ReceiptPrintf(transaction->body, "Зачислено (бнс.):\n");
-    // Deliberate: no line end.
+    // Note: no line end.
     ReceiptPrintf(transaction->body, "%24s", FormatAmount(amount));
   }
 }
@@ -213,7 +213,7 @@ void PrintPayment(Transaction *transaction) {
 }
 
 void PrintConfirm(Transaction *transaction) {
-  // Deliberate: a confirmation prints the slip of a cancellation.
+  // Note: a confirmation prints the slip of a cancellation.
   ReceiptPrintf(transaction->body, "**** ОТМЕНА ПОКУПКИ ****\n");
   PrintRrn(transaction);
   ReceiptPrintf(transaction->body, "    ПОКУПКА ОТМЕНЕНА    \n");

@@ -13,8 +13,8 @@ struct Transaction;
 void PrintSlipHeader(Transaction *transaction, const char *card_num);
 void PrintSlipFooter(Transaction *transaction);
 
-// The lines of an operation that succeeded, behind those of earlier ones in the body.
-// Of a gift card: `amount`, as it was sent.
+// The lines of an operation that succeeded, behind those of earlier ones in the body. PrintActivation shows
+// `amount`, as it was sent, for a gift card alone.
 void PrintActivation(Transaction *transaction, ActivationType type, int32_t amount);
 void PrintBalance(Transaction *transaction);
 void PrintLink(Transaction *transaction);

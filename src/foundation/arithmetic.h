@@ -1,5 +1,5 @@
-// foundation/arithmetic.h: 32-bit amounts without undefined behaviour. Sums and products wrap as two's
-// complement.
+// foundation/arithmetic.h: 32-bit amounts without undefined behaviour. Sums and products wrap
+// as two's complement.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ inline int32_t WrapMultiply(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
 
-// Leading white space, a sign and decimal digits, as atoi reads them; clamped to 32 bits. No digits, or null:
-// 0.
+// Leading white space, a sign and decimal digits, as atoi reads them; clamped to 32 bits. No digits,
+// or null: 0.
 int32_t ParseInt32(const char *text);
 
 }  // namespace lumo

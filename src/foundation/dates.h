@@ -6,7 +6,7 @@ namespace lumo {
 
 const char *IsoTimestamp();      // "2012-12-05T10:00:00Z"
 const char *ReceiptTimestamp();  // "2012/12/05      10:00:00", 24 columns
-const char *DateToYYMMDD(
-    const char *date);  // "121205" for the first form; "000000" for a text of another form or null
+// "121205" for "2012-12-05T10:00:00Z"; "000000" for a text of another form, and for null.
+const char *DateToYYMMDD(const char *date);
 
 }  // namespace lumo

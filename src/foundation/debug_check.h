@@ -3,8 +3,8 @@
 
 namespace lumo {
 
-// Prints the check's line on the system's debug output and breaks into the debugger; without one the process
-// ends.
+// Prints the check's line on the system's debug output and breaks into the debugger; without one
+// the process ends.
 void DebugCheckFailed(const char *file, int line);
 
 }  // namespace lumo

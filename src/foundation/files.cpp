@@ -16,7 +16,7 @@ struct OpenMode {
 };
 
 // The first row whose letters begin the mode text decides.
-// Deliberate: "a+" cannot read, and neither "a" form moves to the end.
+// Note: "a+" cannot read, and neither "a" form moves to the end.
 constexpr OpenMode kOpenModes[] = {
     {"w+", GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS},
     {"w", GENERIC_WRITE, CREATE_ALWAYS},
@@ -57,8 +57,8 @@ bool TryPatiently(bool is_patient, Call call) {
   }
 }
 
-// A name that makes no path is not refused here or below: the empty path lets the system's call fail, with
-// its error number.
+// A name that makes no path is not refused here or below: with the empty path the system's call fails, and
+// has an error number for it.
 HANDLE OpenPath(const char *name, DWORD access, DWORD creation) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);
@@ -70,7 +70,7 @@ HANDLE OpenPath(const char *name, DWORD access, DWORD creation) {
   return file;
 }
 
-// A null name is a missing file.
+// A null name counts as a missing file.
 void TraceOpenFailure(const char *name) {
   const DWORD error = name != nullptr ? GetLastError() : ERROR_FILE_NOT_FOUND;
   TraceError("CreateFile function failed with error %d\n", static_cast<int>(error));

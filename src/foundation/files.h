@@ -18,10 +18,9 @@ HANDLE FileOpen(const char *name, const char *mode);
 HANDLE FileOpenShared(const char *name, bool *out_held);
 bool FileIsValid(HANDLE file);
 int FileClose(HANDLE file);
-uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count,
-                   HANDLE file);  // bytes written; 0 on failure
-uint32_t FileRead(void *buffer, uint32_t size, uint32_t count,
-                  HANDLE file);  // bytes read; 0 on failure or end
+// The bytes written or read: size * count, or fewer. 0 after a failure, and at the end of the file.
+uint32_t FileWrite(const void *buffer, uint32_t size, uint32_t count, HANDLE file);
+uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file);
 
 // Reads up to `capacity` bytes; *out_read is 0 at the end of the file alone. False when the read failed.
 bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_read);
@@ -37,7 +36,7 @@ int FileSeek(HANDLE file, int32_t offset, uint32_t origin, bool *out_moved = nul
 bool FileMoveTo(HANDLE file, uint32_t position);
 bool FileMoveToEnd(HANDLE file, uint32_t *out_length);
 bool FileCut(HANDLE file, uint32_t length);  // the position is then the end
-bool FileFlush(HANDLE file);                 // to the disk, so that it survives the power
+bool FileFlush(HANDLE file);                 // to the disk, so that it survives a power cut
 
 // What tells one content of a file from another.
 struct FileStamp {
@@ -52,11 +51,11 @@ bool ReadFileStamp(const char *name, FileStamp *out_stamp);  // false when there
 enum class Replaced { kDone, kNotOpened, kNotWritten };
 Replaced FileReplace(const char *name, const char *text, uint32_t length);
 
-// 0 or the system's error number.
+// These three return 0 or the system's error number.
 int FileDelete(const char *name);
 int FileMove(const char *from, const char *to);  // never replaces an existing file
 int FileCopy(const char *from, const char *to);  // replaces an existing file
-bool FileExists(const char *name);               // folders too
+bool FileExists(const char *name);               // a file or a folder
 bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 
 // A file that is closed, if it is one, at the end of the scope.

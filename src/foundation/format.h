@@ -12,7 +12,7 @@
 namespace lumo {
 
 // printf with what the library's formats use, the same on every system: %d, %x, %X, %s and %%, each with a
-// width (in bytes; zeros before it fill up with zeros), %s also with a precision; both may be "*". A null
+// width (in bytes; a 0 before it fills up with zeros), %s also with a precision; both may be "*". A null
 // text prints as "(null)". Writes what fits, without a terminator, and returns the length of the whole text.
 size_t FormatText(char *out, size_t size, const char *format, va_list arguments) LUMO_PRINTF(3, 0);
 
@@ -35,8 +35,8 @@ const char *IntToText(int32_t value);
 // characters. A null text gives zeros only.
 const char *ZeroPadLeft(const char *text, int32_t width);
 
-// Hundredths as units, a point and two digits: 12345 is "123.45". The sign is not handled: -50 is "-.50", -5
-// is "0.-5".
+// Hundredths as units, a point and two digits: 12345 is "123.45". The sign is not handled: -50 is "-.50",
+// -5 is "0.-5".
 const char *FormatAmount(int32_t amount);
 
 // A null text prints as the empty text, wherever a customer or the server would read it.

@@ -81,8 +81,7 @@ int StringAppend(String *string, const char *text) {
 
 int StringAppendN(String *string, const char *bytes, uint32_t count) {
   if (bytes == nullptr) return 0;
-  // Deliberate: unlike StringAppend, an append that fills the text exactly to its capacity takes one more
-  // step.
+  // Note: unlike StringAppend, an append that fills the text exactly to its capacity takes one more step.
   const uint64_t needed = static_cast<uint64_t>(string->length) + count;
   if (needed >= string->capacity) SetCapacity(string, RoundUp(needed + 1));
   const void *zero = std::memchr(bytes, 0, count);

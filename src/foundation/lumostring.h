@@ -20,9 +20,9 @@ void StringFree(String *string);
 void StringReserve(String *string, uint32_t count);  // room for so many more bytes, in one step
 int StringAppend(String *string, const char *text);  // a null text appends nothing
 int StringAppendN(String *string, const char *bytes, uint32_t count);  // stops copying at a zero byte
-void StringSink(void *string, const char *bytes, uint32_t count);      // fits JsonSink
-int StringAppendFormat(String *string, const char *format, ...)
-    LUMO_PRINTF(2, 3);                            // 1024 bytes or more: fatal
+void StringSink(void *string, const char *bytes, uint32_t count);      // the same, as a JsonSink
+// A formatted text of 1024 bytes or more is fatal.
+int StringAppendFormat(String *string, const char *format, ...) LUMO_PRINTF(2, 3);
 const char *StringGetText(const String *string);  // until the next append or StringFree
 uint32_t StringGetLength(const String *string);
 

@@ -1,5 +1,5 @@
-// foundation/memory.h: allocation that never fails towards the caller. Out of memory is traced and ends the
-// host process. Pass LUMO_HERE as the last two arguments.
+// foundation/memory.h: allocation that never fails for the caller: out of memory is traced and ends the host
+// process. Pass LUMO_HERE as the last two arguments.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,8 @@
 // foundation/trace.h: the library's diary, one text file beside the library file. Each call opens the file,
 // appends and closes it, so that a crash loses nothing. Nothing is added to a line; formats carry their own
-// "\n". A trace file that cannot be opened loses the line and nothing else; so does the end of a line of more
-// than 1 KB for which there is no memory. A null text prints as "(null)". Formats are those of FormatText.
+// "\n". When the trace file cannot be opened, the line is lost and nothing else. Of a line of more than 1 KB
+// for which there is no memory, the first 1 KB is written. A null text prints as "(null)". Formats are
+// those of FormatText.
 #pragma once
 
 #include "foundation/format.h"
@@ -12,8 +13,8 @@ void Trace(const char *format, ...) LUMO_PRINTF(1, 2);
 void TraceWarning(const char *format, ...) LUMO_PRINTF(1, 2);  // the line begins "WARNING: "
 void TraceError(const char *format, ...) LUMO_PRINTF(1, 2);    // the line begins "ERROR: "
 
-// While one lives nothing is traced but a fatal error: for steps beside an operation's own, which leave no
-// line.
+// While one lives nothing is traced but a fatal error: for steps beside an operation's own, which
+// leave no line.
 class QuietTrace {
  public:
   QuietTrace();

@@ -160,8 +160,8 @@ bool CutOfflineTmp(uint32_t length) {
   return FileIsValid(file.get()) && FileCut(file.get(), length);
 }
 
-// What the journal holds is then on the disk and survives the power. A failure is met by whoever reads the
-// file.
+// What the journal holds is then on the disk and survives a power cut. A failure shows when somebody
+// reads the file.
 void FlushOfflineTmp() {
   const QuietTrace quiet;
   const ScopedFile file(FileOpen(kOfflineTmp, "r+"));

@@ -1,5 +1,5 @@
-// json/json_dom.h: turns the parser's events into calls that build a tree, whatever the tree is made
-// of.
+// json/json_dom.h: turns the parser's events into calls that build a tree. What the tree is made of is
+// the caller's choice.
 #pragma once
 
 #include "foundation/memory.h"
@@ -11,12 +11,13 @@ namespace lumo {
 // The tree's side. It is a type and not a record of pointers, so that building costs one call an event and
 // not three. A Tree has
 //   Structure, Value                                  handles; may be copied
-//   bool CreateStructure(depth, is_object, Structure *created)   false: cannot be made; depth counts from 0
-//   bool CreateValue(type, text, length, Value *created)         false: no memory
-//   Value CloseStructure(structure)                              all its items have been appended
-//   int Append(structure, key, key_length, value)                key is null and 0 in an array; 0 or an error
-//   const char *CopyKey(key, length)                                   the tree owns the copy; null: no
-//   memory
+//   bool CreateStructure(depth, is_object, Structure *out_created)
+//                                                     false: cannot be made; depth counts from 0
+//   bool CreateValue(type, text, length, Value *out_created)
+//                                                     false: no memory
+//   Value CloseStructure(structure)                   all its items have been appended
+//   int Append(structure, key, key_length, value)     in an array the key is null, of length 0; 0 or an error
+//   const char *CopyKey(key, length)                  the tree owns the copy; null: no memory
 template <class Tree>
 struct JsonDomBuilder {
   struct Level {

@@ -108,27 +108,28 @@ int GrowBuffer(JsonParser *parser) {
   return kJsonNoError;
 }
 
-// Appends to the token piece by piece. On failure *taken tells how many bytes found room.
-int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
-  *taken = 0;
+// Appends to the token piece by piece. On failure *out_taken tells how many bytes found room.
+int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *out_taken) {
+  *out_taken = 0;
   for (;;) {
     const uint32_t room = parser->bufferSize - 1 - parser->bufferFill;
-    const uint32_t rest = length - *taken;
+    const uint32_t rest = length - *out_taken;
     const uint32_t count = rest < room ? rest : room;
-    JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *taken, count);
+    JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *out_taken, count);
     parser->bufferFill += count;
-    *taken += count;
-    if (*taken == length) return kJsonNoError;
+    *out_taken += count;
+    if (*out_taken == length) return kJsonNoError;
     const int error = GrowBuffer(parser);
     if (error != kJsonNoError) return error;
   }
 }
 
-inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *taken) {
-  if (length >= parser->bufferSize - parser->bufferFill) return AppendAndGrow(parser, bytes, length, taken);
+inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *out_taken) {
+  if (length >= parser->bufferSize - parser->bufferFill)
+    return AppendAndGrow(parser, bytes, length, out_taken);
   JsonCopyBytes(parser->buffer + parser->bufferFill, bytes, length);
   parser->bufferFill += length;
-  *taken = length;
+  *out_taken = length;
   return kJsonNoError;
 }
 
@@ -196,12 +197,12 @@ char EscapedByte(char letter) {
 }
 
 // Takes a complete \u escape and says what may follow it.
-int TakeCodeUnit(JsonParser *parser, State *next) {
+int TakeCodeUnit(JsonParser *parser, State *out_next) {
   const uint32_t unit = parser->codeUnit;
   const uint32_t high = parser->highSurrogate;
   const bool is_high = unit >= 0xD800 && unit <= 0xDBFF;
   const bool is_low = unit >= 0xDC00 && unit <= 0xDFFF;
-  *next = kString;
+  *out_next = kString;
   if (high != 0) {
     if (!is_low) return kJsonHighSurrogateAlone;
     parser->highSurrogate = 0;
@@ -210,7 +211,7 @@ int TakeCodeUnit(JsonParser *parser, State *next) {
   if (is_low) return kJsonLowSurrogateAlone;
   if (is_high) {
     parser->highSurrogate = static_cast<uint16_t>(unit);
-    *next = kSecondEscape;
+    *out_next = kSecondEscape;
     return kJsonNoError;
   }
   return AppendCodePoint(parser, unit);
@@ -405,8 +406,8 @@ Step TakeSecondEscapeU(Feed *feed, char letter) {
   return EscapedByte(letter) != 0 ? Stop(feed, kJsonHighSurrogateAlone) : kUnexpected;
 }
 
-// Moves the number's bytes up to `at` into the buffer; on failure `at` goes back to the one that found no
-// room.
+// Moves the number's bytes up to `at` into the buffer; on failure `at` goes back to the one that
+// found no room.
 inline int AppendNumber(Feed *feed) {
   uint32_t taken;
   const auto length = static_cast<uint32_t>(feed->at - feed->number);
@@ -562,10 +563,10 @@ int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallb
   return kJsonNoError;
 }
 
-int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *processed) {
+int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *out_processed) {
   const char *at = bytes;
   if (parser->error == kJsonNoError && length != 0) parser->error = Parse(parser, &at, bytes + length);
-  if (processed != nullptr) *processed = static_cast<uint32_t>(at - bytes);
+  if (out_processed != nullptr) *out_processed = static_cast<uint32_t>(at - bytes);
   return parser->error;
 }
 

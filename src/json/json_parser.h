@@ -58,13 +58,13 @@ struct JsonParser {
 // null callback only checks the grammar. After 0 the parser must be given to JsonParserFree.
 int JsonParserInit(JsonParser *parser, const JsonParserConfig *config, JsonCallback callback, void *user);
 
-// Takes the next piece of a document. Returns 0, a JsonError, or what the callback returned; *processed (may
-// be null) is the number of bytes taken before the one that failed. The first error stays: later feeds return
-// it and take nothing. Events and errors do not depend on where the pieces are cut. An opening bracket is
-// reported before it counts as open and a closing one before it is checked, so that a closing bracket that
+// Takes the next piece of a document. Returns 0, a JsonError, or what the callback returned; *out_processed
+// (may be null) is the number of bytes taken before the one that failed. The first error stays: later feeds
+// return it and take nothing. Events and errors do not depend on where the pieces are cut. An opening bracket
+// is reported before it counts as open and a closing one before it is checked, so that a closing bracket that
 // fails has been reported too. The end of the input is not seen: a document left open is no error, and a
 // number at top level is reported only when a byte after it ends it.
-int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *processed);
+int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *out_processed);
 
 void JsonParserFree(JsonParser *parser);
 

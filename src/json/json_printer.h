@@ -24,14 +24,13 @@ struct JsonPrinter {
   char buffer[kJsonPrinterBuffer];
 };
 
-// C linkage: tests put a failing one in its place.
-extern "C" int JsonPrinterInit(JsonPrinter *printer, JsonSink sink,
-                               void *user);  // 0, or 1 when there is no printer or sink
+// Returns 0, or 1 when there is no printer or sink. C linkage: tests put a failing one in its place.
+extern "C" int JsonPrinterInit(JsonPrinter *printer, JsonSink sink, void *user);
 
-// Writes one event. `data` is used by numbers, strings and keys only; null is the empty text. Returns 0.
-int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);  // compact
-int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data,
-                      uint32_t length);  // one tab a level
+// Write one event: Raw as compact text, Pretty on lines of their own, with one tab a level. `data` is used by
+// numbers, strings and keys only; null is the empty text. Return 0.
+int JsonPrinterRaw(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);
+int JsonPrinterPretty(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);
 
 using JsonPrinterFunction = int (*)(JsonPrinter *printer, JsonEvent event, const char *data, uint32_t length);
 
@@ -39,6 +38,7 @@ using JsonPrinterFunction = int (*)(JsonPrinter *printer, JsonEvent event, const
 // data are followed by a const char * and a uint32_t. Returns the first result that is not 0.
 int JsonPrinterPrint(JsonPrinter *printer, JsonPrinterFunction print, ...);
 
-int JsonPrinterFree(JsonPrinter *printer);  // 0; hands on what a document left open has in the buffer
+// Hands the sink what is still in the buffer of a document left open. Returns 0.
+int JsonPrinterFree(JsonPrinter *printer);
 
 }  // namespace lumo

@@ -10,9 +10,9 @@
 
 namespace lumo {
 
-// Copies bytes that stand for themselves, at most `limit` of them, and returns how many they are: the next
-// byte ends the run, unless the result is `limit`. What lies in `to` behind them, within `limit`, is
-// undefined.
+// Copies bytes that stand for themselves, at most `limit` of them, and returns how many they are: the
+// next byte ends the run, unless the result is `limit`. What lies in `to` behind them, within
+// `limit`, is undefined.
 inline uint32_t JsonCopyRun(char *to, const char *from, uint32_t limit) {
   uint32_t at = 0;
   if (limit >= 16) {

@@ -14,8 +14,8 @@
 
 namespace lumo {
 
-// The tree lies in few blocks: nodes grow from a block's low end, where they stay aligned, texts from its
-// high end.
+// The tree lies in few blocks: nodes grow from a block's low end, where they stay aligned, texts from
+// its high end.
 struct JsonBlock {
   JsonBlock *next;
 };
@@ -97,16 +97,16 @@ struct NodeTree {
   size_t itemsSize;
   size_t itemsFill;
 
-  bool CreateStructure(uint32_t, bool is_object, Structure *created) {
-    created->type = is_object ? JSON_OBJECT_BEGIN : JSON_ARRAY_BEGIN;
-    created->start = itemsFill;
+  bool CreateStructure(uint32_t, bool is_object, Structure *out_created) {
+    out_created->type = is_object ? JSON_OBJECT_BEGIN : JSON_ARRAY_BEGIN;
+    out_created->start = itemsFill;
     return true;
   }
 
-  bool CreateValue(JsonEvent type, const char *text, uint32_t length, JsonNode *created) {
-    created->type = type;
-    created->count = length;
-    created->text = length != 0 ? CopyText(reader, text, length) : "";
+  bool CreateValue(JsonEvent type, const char *text, uint32_t length, JsonNode *out_created) {
+    out_created->type = type;
+    out_created->count = length;
+    out_created->text = length != 0 ? CopyText(reader, text, length) : "";
     return true;
   }
 

@@ -1,5 +1,5 @@
-// json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns the
-// whole tree.
+// json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns
+// the whole tree.
 #pragma once
 
 #include "foundation/scoped.h"
@@ -72,7 +72,7 @@ inline JsonItems<JsonNode> JsonElements(const JsonNode &node) {
   return has_elements ? JsonItems<JsonNode>{node.elements, node.count} : JsonItems<JsonNode>{nullptr, 0};
 }
 
-// True when the first `keyLength` bytes of `name` equal the member's key. Deliberate: a key that is the
+// True when the first `keyLength` bytes of `name` equal the member's key. Note: a key that is the
 // beginning of a known name, the empty key included, is taken as that name. A key with a zero byte compares
 // up to it.
 bool KeyIsPrefixOf(const JsonMember &member, const char *name);
@@ -89,8 +89,8 @@ int WriteStringMember(JsonPrinter *printer, const char *key, const char *text); 
 int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag);
 void WriteKey(JsonPrinter *printer, const char *key);
 
-// The process-wide flag handed on by the member writers. Kept for callers that set it; it changes nothing in
-// the text.
+// The process-wide flag of the member writers. Kept for callers that set it: the text is the same with
+// it and without.
 int SetPrinterFlag(int value);
 
 }  // namespace lumo

@@ -1,6 +1,6 @@
-// platform/byte_scan.h: the part of looking at many bytes at once that differs between processors. The quote,
-// the backslash and the control characters end a run of bytes; the rest are copied. Where there is SSE2 a
-// block of sixteen bytes is one step, elsewhere it is two words of eight.
+// platform/byte_scan.h: how many bytes are looked at in one step, which differs between processors. The
+// quote, the backslash and the control characters end a run of bytes; all others are copied. With SSE2 a
+// block of sixteen bytes is one step, without it the block is two words of eight.
 #pragma once
 
 #include <cstdint>
@@ -38,8 +38,8 @@ inline uint32_t FirstMark(uint32_t marks) {
   return static_cast<uint32_t>(__builtin_ctz(marks)) / 8;
 }
 
-// Copies one word at `at` and moves `at` behind it, or to the byte in it that ends the run; true for the
-// latter.
+// Copies the word at *at. False when no byte of it ends the run: *at is then behind the word. True when one
+// does: *at is then the place of that byte.
 template <class Word>
 inline bool CopyRunWord(char *to, const char *from, uint32_t *at) {
   Word bytes;

@@ -15,9 +15,9 @@
 //   kPathSeparator              WCHAR that ends moduleDirectory
 //   LUMO_WIDE("text")           a text of WCHAR
 //   FileName                    where a file is, in the form in which the system takes it
-//   MakeFileName(name, &out)    from WCHARs; empty, which no file is, when that cannot be
+//   MakeFileName(name, &out)    makes one of WCHARs; an empty one, which no file has, when it cannot be made
 //   AppendToFile(&name, text, length)
-//                               opens the file or makes it, appends the text, ends lines as text files of the
-//                               system do, and closes it; not 0 when all of it was written. The last error
-//                               is not told.
+//                               opens or makes the file, appends the text with the line ends of the system's
+//                               text files, and closes it. Not 0 when all of it was written. The last error
+//                               is undefined.
 //   PlatformExit(status)        ends the host process after its exit handlers

@@ -105,7 +105,8 @@ int SendRequest(const Transaction *transaction, const Server &server) {
   return 0;
 }
 
-// Appends the answer to `answer`. The last pass's result: below the piece's size, negative for an error.
+// Appends the answer to `answer`. Returns the last call's result: less than a full piece, negative after an
+// error that ended it.
 int ReceiveAnswer(String *answer) {
   char piece[kPieceBytes + 1];
   int received = 0;
@@ -117,7 +118,7 @@ int ReceiveAnswer(String *answer) {
     if (total > kLargestAnswer) return -1;
     if (received > 0) {
       Trace("%s\n", piece);
-      // Deliberate: as a text, so that what follows a zero byte in a piece is lost.
+      // Note: appended as a text, so what follows a zero byte in a piece is lost.
       StringAppend(answer, piece);
     } else {
       TraceError("LUMO_Receive res %d\n", received);
@@ -156,7 +157,7 @@ int TransactionProcessJson(Transaction *transaction) {
   if (result == 0) result = ReadAnswer(transaction);
   FreeServer(&server);
   if (result == ERR_CONNECT || result == ERR_SERVER_ADDRESS) return ERR_CONNECT;
-  // Deliberate: also when Winsock did not start, where closing fails as well.
+  // Note: also when Winsock did not start, where closing fails as well.
   if (SocketClose() < 0) TraceError("LUMO_Disconnect error: %d\n", result);
   return result;
 }

@@ -56,7 +56,7 @@ constexpr Member<CashBackBlock> kCashBackMembers[] = {
     {"cashBackType", "cashback.cashBackType", &CashBackBlock::cashBackType},
     {"requestId", "cashback.requestId", &CashBackBlock::requestId}};
 
-// Deliberate: sum and cnt bear another part's label.
+// Note: sum and cnt bear another part's label.
 constexpr Member<CashBackGood> kCashBackGoodMembers[] = {{"pos", "cbgood.pos", &CashBackGood::pos},
                                                          {"sum", "activation.sum", &CashBackGood::sum},
                                                          {"cnt", "activation.cnt", &CashBackGood::cnt}};

@@ -37,7 +37,7 @@ bool KeyEquals(const JsonMember &member, const char *name) {
 }
 
 bool KeyMatches(Style style, const JsonMember &member, const char *name) {
-  // Deliberate: bills alone are read by whole names.
+  // Note: bills alone are read by whole names.
   return style == Style::kBill || style == Style::kGood ? KeyEquals(member, name)
                                                         : KeyIsPrefixOf(member, name);
 }
@@ -148,8 +148,7 @@ void WarnUnknown(const char *subject, const JsonMember &member) {
                member.key);
 }
 
-// Loads the members of an object that the list knows, with a warning for each other; returns how many it
-// knows.
+// Loads the members of an object that the list knows, and warns of each other. Returns how many were loaded.
 template <typename Block, size_t kCount>
 uint32_t LoadObject(Transaction *transaction, Block *block, const Member<Block> (&members)[kCount],
                     const char *subject, const JsonNode *node, Style style = Style::kPart) {
@@ -372,7 +371,7 @@ int LoadCashBack(Transaction *transaction, const JsonNode *node) {
     if (IsList(member, "cashBackGood")) {
       LoadCashBackGoods(transaction, member.value);
     } else if (!LoadMember(transaction, &cash_back, Style::kPart, kCashBackMembers, member)) {
-      WarnUnknown("Activation", member);  // deliberate: another part's name
+      WarnUnknown("Activation", member);  // note: another part's name
     }
   }
   return 0;
@@ -412,7 +411,7 @@ int LoadLastRrn(Transaction *transaction, const JsonNode *node) {
 }
 
 int LoadAdvertising(Transaction *transaction, const JsonNode *node) {
-  // Deliberate: another part's name.
+  // Note: another part's name.
   if (LoadObject(transaction, transaction, kAdvertisingMembers, "Last Rrn", node) == 0) {
     Trace("ad.ad = (null)\n");
   }

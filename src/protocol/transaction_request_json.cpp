@@ -51,7 +51,7 @@ struct OperationForm {
   const PartWriter *recordParts[2];  // after "request" in the journal record
 };
 
-// Deliberate: of a return, a link and an exchange the journal keeps the request part alone.
+// Note: of a return, a link and an exchange the journal keeps the request part alone.
 constexpr OperationForm kOperations[] = {
     {"cardActivationRequest", "activate", &kActivation, {&kActivation, &kActivationResult}},
     {"putPaymentRequest", "payment", &kBill, {&kBill, nullptr}},

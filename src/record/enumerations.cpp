@@ -8,8 +8,8 @@
 namespace lumo {
 namespace {
 
-// The tables are the protocol: values are kept in records and compared by number, so order and letters never
-// change.
+// The tables are the protocol: values are kept in records and compared by number, so order and
+// letters never change.
 constexpr const char *kActivationTypes[] = {"SIMPLE_ACTIVATION", "GIFT_CARD", "REFER_A_FRIEND"};
 
 constexpr const char *kRequestTypes[] = {

@@ -16,8 +16,8 @@ struct ReceiptBuffer {
 
 ReceiptBuffer *ReceiptCreate();
 int ReceiptFree(ReceiptBuffer *receipt);  // returns 0
-int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...)
-    LUMO_PRINTF(2, 3);                                     // 1024 bytes or more: fatal
+// A formatted text of 1024 bytes or more is fatal.
+int ReceiptPrintf(ReceiptBuffer *receipt, const char *format, ...) LUMO_PRINTF(2, 3);
 const char *ReceiptGetText(const ReceiptBuffer *receipt);  // until the next print or ReceiptFree
 uint32_t ReceiptGetLength(const ReceiptBuffer *receipt);   // bytes, terminator excluded
 

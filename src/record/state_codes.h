@@ -2,7 +2,7 @@
 // knows them is made from this list.
 #pragma once
 
-// The formatter moves these at every run.
+// The formatter would move these at every run.
 // clang-format off
 #define LUMO_STATE_CODES(CODE)                                                                        \
   CODE(OK) CODE(INTERNAL_ERROR) CODE(REQUEST_NOT_FOUND) CODE(REQUEST_PARSING_ERROR)                   \

@@ -204,7 +204,7 @@ TEST_F(Files, CloseOfAClosedHandleFails) {
   EXPECT_EQ(lumo::FileClose(file), 0);
 }
 
-// Deliberate: what every seek leaves behind.
+// Note: what every seek leaves behind.
 TEST_F(Files, SeekToTheStartReturns1AndLeavesAnErrorLine) {
   folder.Write("F", "text");
   lumo::HANDLE file = lumo::FileOpen("F", "r");

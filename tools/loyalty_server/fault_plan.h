@@ -1,5 +1,5 @@
-// loyalty_server/fault_plan.h: which fault strikes which request: one for all, one after another, or by
-// chance.
+// loyalty_server/fault_plan.h: which fault strikes which request: one for all, one after another,
+// or by chance.
 #pragma once
 
 #include <cstdint>

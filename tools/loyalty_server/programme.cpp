@@ -303,8 +303,8 @@ void Programme::CheckRequestId(const OperationNames &operation, const Request &r
   if (ledger_.state().acceptedIds.count(request.id) != 0) Refuse(Code::kDuplicateRequestId);
 }
 
-// What a terminal goes on from after a replay. The request's own id counts also when it was refused before it
-// was judged.
+// What a terminal goes on from after a replay. The request's own id counts also when it was refused before
+// it was judged.
 std::string Programme::HighestId(const Request &request) const {
   std::string last = LastRequestId(request.terminal);
   if (last.empty() || (IsRequestId(request.id) && IsEarlier(last, request.id))) return request.id;
@@ -421,8 +421,8 @@ std::vector<Position> Programme::ReadPositions(const json &bill, int64_t total_s
 }
 
 // Position by position: bonuses pay up to the limit, from the shop's own account first; what is left to pay
-// in money earns. The organiser's fee is charged against the local earning first, the rest of it against the
-// global one.
+// in money earns. The organiser's fee is charged against the local earning first, the rest of it against
+// the global one.
 void Programme::CountBonuses(bool is_spending, Purses purses, std::vector<Position> *positions) const {
   constexpr std::array<AccountType, kAccountTypes> kSpendingOrder = {
       AccountType::kLocal, AccountType::kGlobal, AccountType::kDiscount};

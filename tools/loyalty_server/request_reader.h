@@ -1,5 +1,5 @@
-// loyalty_server/request_reader.h: takes the bytes of a connection as they come and finds the request in
-// them.
+// loyalty_server/request_reader.h: takes the bytes of a connection as they come and finds the
+// request in them.
 #pragma once
 
 #include <cstddef>

@@ -61,9 +61,8 @@ class Server {
   uint16_t port() const;
   std::string address() const;  // "127.0.0.1:54321"
 
-  // In force when the call returns; also closes or opens the listening socket, as the fault asks.
-  // Throws std::system_error when the port is gone, and std::invalid_argument for a fault that this system
-  // has not.
+  // In force when the call returns; also closes or opens the listening socket, as the fault asks. Throws
+  // std::system_error when the port is gone, and std::invalid_argument for a fault that this system has not.
   void SetFaults(FaultPlan faults);
   void SetFault(Fault fault) { SetFaults(FaultPlan(std::move(fault))); }
   FaultPlan faults() const;

@@ -15,8 +15,8 @@ enum class CardState { kSold, kActive, kLocked };
 const char *CardStateName(CardState state);
 bool FindCardState(std::string_view name, CardState *out_state);
 
-// What terminals are told of a new version of their software: nothing, that there is one, or that they must
-// have it.
+// What terminals are told of a new version of their software: nothing, that there is one, or that they
+// must have it.
 enum class Update { kNone, kOffered, kRequired };
 const char *UpdateName(Update update);
 bool FindUpdate(std::string_view name, Update *out_update);
@@ -64,8 +64,8 @@ struct Shop {
 // The shop of a server that is given no file: a card of every state, for demonstrations.
 Shop BuiltInShop();
 
-// Reads the text of a shop file over an empty shop. Throws std::invalid_argument, naming the member that is
-// wrong.
+// Reads the text of a shop file over an empty shop. Throws std::invalid_argument, naming the member
+// that is wrong.
 Shop ShopFromJson(const std::string &text);
 
 }  // namespace loyalty

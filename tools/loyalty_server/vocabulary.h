@@ -1,5 +1,5 @@
-// loyalty_server/vocabulary.h: the words of the protocol and what they are called on each side of an
-// exchange.
+// loyalty_server/vocabulary.h: the words of the protocol and what they are called on each side
+// of an exchange.
 #pragma once
 
 #include <array>
@@ -111,8 +111,8 @@ std::string AmountText(long long amount);
 // Seconds since 1970 as "2012-12-05T10:20:30Z".
 std::string DateText(long long unix_seconds);
 
-// Text from a client made fit for a line of a log: control characters become "?", and at most `limit` bytes
-// stay.
+// Text from a client made fit for a line of a log: control characters become "?", and at most
+// `limit` bytes stay.
 std::string Printable(std::string_view text, size_t limit = 40);
 
 }  // namespace loyalty

@@ -1,5 +1,5 @@
-// wince_file/linked_image.h: what the linker made: a program of ARM or x86 in ELF, linked with --emit-relocs
-// by file.ld.
+// wince_file/linked_image.h: what the linker made: a program of ARM or x86 in ELF, linked with
+// --emit-relocs by file.ld.
 #pragma once
 
 #include <cstdint>

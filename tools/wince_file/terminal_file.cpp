@@ -62,8 +62,8 @@ void Append(Bytes *bytes, uint32_t number, size_t size) {
   for (size_t i = 0; i < size; ++i) bytes->push_back(static_cast<unsigned char>(number >> 8 * i));
 }
 
-// Page by page: its address, the size of its list, two bytes for each place in it, and a filler to end on a
-// word.
+// Page by page: its address, the size of its list, two bytes for each place in it, and a filler to end
+// on a word.
 Bytes RelocationTable(const std::vector<uint32_t> &addresses) {
   Bytes table;
   for (size_t first = 0, last = 0; first < addresses.size(); first = last) {

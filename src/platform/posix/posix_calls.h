@@ -1,7 +1,7 @@
-// platform/posix/posix_calls.h: the system calls the library is written against, as this platform implements
-// them: types, and each call as lumo_ and its name, so that inside these files a bare name is always the
-// operating system's own. The code above takes them from posix_platform.h, by their names. Tests put their
-// own functions in front of them at the link.
+// platform/posix/posix_calls.h: the system calls that the library is written against, as this platform
+// implements them: their types, and each call under the name lumo_ and its own. So a bare name inside this
+// folder is always the operating system's. The layers above take the calls from posix_platform.h, under their
+// own names. Tests put functions of theirs in front of them at the link.
 #pragma once
 
 #include <cstdarg>

@@ -10,13 +10,13 @@
 #include "platform/posix/posix_internal.h"
 
 // Exclusive opens are flock locks: they hold between descriptors of one process too, end with the descriptor
-// and leave nothing behind after a crash. Share mode 0 takes the exclusive lock; everything else that touches
-// a file's contents or its name takes a lock as well, so it meets the sharing violation it would meet there.
+// and leave nothing behind after a crash. Share mode 0 takes the exclusive lock. Whatever else touches a
+// file's contents or its name takes a lock as well, and so meets the same sharing violation as on Windows.
 
 namespace lumo {
 namespace {
 
-// A descriptor is one more than itself as a handle, since 0 is never a handle there.
+// A handle is the descriptor's number plus one, since on Windows 0 is never a handle.
 HANDLE HandleOf(int descriptor) {
   return reinterpret_cast<HANDLE>(static_cast<intptr_t>(descriptor) + 1);
 }
@@ -30,7 +30,7 @@ BOOL Fail(DWORD error) {
   return 0;
 }
 
-// `rest` is the answer to what has no number of its own.
+// `rest` is the answer to an error that has no number of its own here.
 DWORD ErrorOf(int error, DWORD rest = ERROR_GEN_FAILURE) {
   switch (error) {
     case ENOENT:
@@ -108,9 +108,9 @@ constexpr int kTries = 20;
 enum Missing { kFail, kCreate };
 enum Existing { kKeep, kTruncate, kRefuse };
 
-// Opens and locks a file. -1, with the error set, when it cannot be had; *out_created tells a new file from
-// an old one. The file is cut only once it is locked: a refused open must not have emptied what another
-// holds.
+// Opens and locks a file. -1, with the error set, when it cannot be had; *out_created tells a new
+// file from an old one. The file is cut only once it is locked: a refused open must not have emptied
+// what another holds.
 int OpenLocked(const Name &name, int access, Missing missing, Existing existing, int lock, mode_t mode,
                bool *out_created) {
   for (int tries = 1;; ++tries) {
@@ -141,8 +141,8 @@ int OpenLocked(const Name &name, int access, Missing missing, Existing existing,
       return -1;
     }
     // Between the open and the lock the file may have been deleted or moved: then this is not the file of
-    // that name. (Some file systems never give a file the same number twice; with those it is taken as it
-    // is.)
+    // that name. (On a file system that gives a file another number at each look, the last try takes it
+    // as it is.)
     if (tries < kTries &&
         (stat(name, &named) != 0 || named.st_ino != opened.st_ino || named.st_dev != opened.st_dev)) {
       close(descriptor);
@@ -159,8 +159,8 @@ int OpenLocked(const Name &name, int access, Missing missing, Existing existing,
   }
 }
 
-// A file's name is about to change or go: nobody may have the file open. -1, with the error set, when
-// somebody has.
+// A file's name is about to change or go: nobody may have the file open. -1, with the error set,
+// when somebody has.
 int LockName(const Name &name, bool folders) {
   for (;;) {
     const int descriptor = OpenAgain(name, O_RDONLY | O_NONBLOCK, 0);
@@ -386,7 +386,7 @@ void lumo_MakeFileName(const WCHAR *name, FileName *out_name) {
   if (!Convert(name, out_name->bytes)) out_name->bytes[0] = 0;
 }
 
-// Deliberate: no lock is taken and none is met.
+// Note: it takes no lock and heeds none.
 BOOL lumo_AppendToFile(const FileName *name, const char *text, size_t length) {
   const int descriptor = OpenAgain(name->bytes, O_WRONLY | O_APPEND | O_CREAT, 0666);
   if (descriptor < 0) return 0;

@@ -6,8 +6,8 @@
 
 namespace lumo {
 
-// The file that holds the library's own code, as an absolute UTF-8 path; an empty text when it cannot be
-// told.
+// The absolute path, UTF-8, of the file that holds the library's own code; the empty text when nobody
+// can tell it.
 const char *LibraryFile();
 
 // errno as a socket error.

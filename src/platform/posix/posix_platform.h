@@ -1,6 +1,6 @@
 // platform/posix/posix_platform.h: the library's system calls, implemented over POSIX with the results and
-// error numbers of the system they come from. Names are UTF-16; "\" in a name stands for "/". The calls live
-// in namespace lumo, so that send, connect and the like are not mistaken for the C library's.
+// error numbers of the system they come from. Names are UTF-16; "\" in a name stands for "/". The names
+// are those of namespace lumo, so that nobody mistakes send, connect and the like for the C library's.
 #pragma once
 
 #include "platform/posix/posix_calls.h"

@@ -14,14 +14,13 @@ namespace {
 
 thread_local DWORD last_error;
 
-// Found once, at the first question, which the loader's notification asks: later the host may have another
-// current folder.
+// Found once, when the loader's notification asks for it: later the host may have changed its current folder.
 char library_file[PATH_MAX];
 
 void WriteWide(FILE *out, const WCHAR *wide, int length) {
   char bytes[3];
   for (int i = 0; i < length; ++i) {
-    // A pair goes together; half of one comes out as U+FFFD.
+    // A surrogate pair is written together; half of one comes out as U+FFFD.
     char pair[4];
     const bool lead = wide[i] >= 0xD800 && wide[i] <= 0xDBFF && i + 1 < length;
     int count =

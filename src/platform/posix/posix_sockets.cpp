@@ -38,7 +38,7 @@ int64_t Milliseconds() {
   return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
-// When a call that began then has waited long enough; -1 means never.
+// When a call that began at `begin` has waited long enough; -1 means never.
 int64_t Deadline(int descriptor, int option, int64_t begin) {
   timeval time = {};
   socklen_t length = sizeof time;
@@ -47,8 +47,9 @@ int64_t Deadline(int descriptor, int option, int64_t begin) {
   return wait == 0 ? -1 : begin + wait;
 }
 
-// Waits for the socket whatever signals come in between, as long as the option says of a call that began
-// then. The option is asked for here, since most calls need not wait. Returns 0 or an errno value.
+// Waits for the socket, whatever signals come in between, until a call that began at `begin` has used
+// up the option's time. The option is asked for here alone, since most calls need not wait. Returns 0
+// or an errno value.
 int WaitFor(int descriptor, short events, int option, int64_t begin) {
   const int64_t deadline = Deadline(descriptor, option, begin);
   for (;;) {
@@ -230,13 +231,12 @@ int lumo_recv(SOCKET socket, char *buffer, int capacity, int) {
 
 int lumo_shutdown(SOCKET socket, int how) {
   if (!IsStarted()) return SOCKET_ERROR;
-  // Receiving, sending and both have the same numbers on either side.
+  // Receiving, sending and both have the same numbers on Windows and here.
   return shutdown(DescriptorOf(socket), how) == 0 ? 0 : Fail(SocketErrorOf(errno));
 }
 
 int lumo_closesocket(SOCKET socket) {
-  // On Windows the last WSACleanup has closed the sockets. Here the descriptor goes now, with the same
-  // answer.
+  // On Windows the last WSACleanup has closed the sockets. Here it is done now, and the result is the same.
   const int result = close(DescriptorOf(socket));
   const int error = result == 0 || errno == EINTR ? 0 : errno;
   if (!IsStarted()) return SOCKET_ERROR;

@@ -1,5 +1,5 @@
-// What the processor cannot do at once, such as dividing, and no library that could be linked does either:
-// the routines that the compiler calls for it, by the names and registers of each target's convention. The
+// The routines that the compiler calls for what the processor has no instruction for, such as dividing. No
+// library that could be linked has them. Names and registers are those of each target's convention; the
 // dividend comes first.
 #include <stdint.h>
 
@@ -28,8 +28,8 @@ Division<Unsigned> Divide(Unsigned dividend, Unsigned divisor) {
   return result;
 }
 
-// The remainder has the dividend's sign. Everything is done unsigned, so that the smallest number has its
-// negative too.
+// The remainder has the dividend's sign. Everything is computed unsigned, so that the smallest number too
+// has its negative.
 template <typename Unsigned>
 Division<Unsigned> DivideSigned(Unsigned dividend, Unsigned divisor) {
   constexpr int kSign = 8 * static_cast<int>(sizeof dividend) - 1;
@@ -49,7 +49,7 @@ uint64_t TwoRegisters(uint32_t lower, uint32_t upper) {
 
 extern "C" {
 
-// Shifts by 0 to 63, out of 32-bit ones: a 64-bit one would be a call of these.
+// Shifts by 0 to 63, made of 32-bit shifts: a 64-bit one would call these very functions.
 uint64_t __ashldi3(uint64_t value, int count) {
   const auto lower = static_cast<uint32_t>(value), upper = static_cast<uint32_t>(value >> 32);
   if (count == 0) return value;
@@ -127,8 +127,8 @@ void LumoDivideSigned64(uint64_t dividend, uint64_t divisor, Division<uint64_t> 
   *out_division = DivideSigned(dividend, divisor);
 }
 
-// Four registers, which no function of this language returns: the worker leaves its results on the stack. Its
-// fifth argument, where to, lies at the top of the stack.
+// The results go back in four registers, which no C++ function can do. So the worker leaves them on the
+// stack, at the address that is its fifth argument, which lies at the top of the stack.
 #define LUMO_DIVIDE_64(worker)   \
   __asm__(                       \
       "push {r4, lr}\n\t"        \

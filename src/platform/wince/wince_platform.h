@@ -1,7 +1,7 @@
 // platform/wince/wince_platform.h: the library's system calls on Windows CE, as coredll.dll and ws2.dll
 // export them. What is not declared here cannot be used; coredll.def and ws2.def name what the file imports.
-// Every call is __cdecl, which is the compiler's own convention. The C library's part comes from the standard
-// headers.
+// Every call is __cdecl, which is the compiler's own convention. What belongs to the C library comes from
+// the standard headers.
 #pragma once
 
 #include <cstdarg>

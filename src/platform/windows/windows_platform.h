@@ -8,10 +8,10 @@
 #define NOMINMAX
 #endif
 #ifndef NOGDI
-#define NOGDI  // its ERROR is a word of ours
+#define NOGDI  // it would define ERROR, which is a word of ours
 #endif
 #include <winsock2.h>
-// After winsock2.h, which it would otherwise replace by its older self.
+// After winsock2.h: included first it would bring the older winsock.h.
 #include <windows.h>
 
 #include <cstdarg>

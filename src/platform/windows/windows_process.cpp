@@ -20,8 +20,8 @@ void NKDbgPrintfW(const WCHAR *format, ...) {
   std::fflush(stderr);
 }
 
-// The exception that the system's own call causes, but raised and not run into: the 32-bit side of some
-// systems loses the instruction and ends the process with status 0.
+// Raises the exception that the system's own DebugBreak causes by an instruction. Under some systems a 32-bit
+// process that runs into that instruction ends with status 0.
 void DebugBreak() {
   RaiseException(static_cast<DWORD>(EXCEPTION_BREAKPOINT), 0, 0, nullptr);
 }

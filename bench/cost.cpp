@@ -34,8 +34,9 @@ uint64_t CountStops(pid_t child) {
   for (int signal = 0;;) {
     int status = 0;
     ptrace(PTRACE_SYSCALL, child, nullptr, signal);
-    if (waitpid(child, &status, 0) != child || !WIFSTOPPED(status))
+    if (waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) {
       throw std::runtime_error("the child died");
+    }
     signal = 0;
     if (WSTOPSIG(status) == SIGSTOP) return stops;
     if (WSTOPSIG(status) == kSystemCall) {

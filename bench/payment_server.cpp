@@ -45,8 +45,9 @@ std::string Receive(int client) {
     head = head != std::string::npos ? head + 4 : request.find("\n\n") + 2;
     if (head < 4) continue;
     if (request.size() - head >=
-        std::strtoul(Between(request, "Content-Length: ", '\n').c_str(), nullptr, 10))
+        std::strtoul(Between(request, "Content-Length: ", '\n').c_str(), nullptr, 10)) {
       return request;
+    }
   }
 }
 

@@ -27,8 +27,9 @@ bool LoadAndWrite(const std::string &text, std::string *out_record) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::EmptyFolder();
   std::string written, again;
-  if (!LoadAndWrite(std::string(reinterpret_cast<const char *>(data), size), &written) || written.empty())
+  if (!LoadAndWrite(std::string(reinterpret_cast<const char *>(data), size), &written) || written.empty()) {
     return 0;
+  }
   fuzz::Promise(written.find('\n') == std::string::npos, "a record of one line");
   fuzz::Promise(LoadAndWrite(written, &again), "a written record loads");
   fuzz::Promise(again == written, "a record that stays the same");

@@ -125,8 +125,9 @@ int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32
 }
 
 inline int AppendBytes(JsonParser *parser, const char *bytes, uint32_t length, uint32_t *out_taken) {
-  if (length >= parser->bufferSize - parser->bufferFill)
+  if (length >= parser->bufferSize - parser->bufferFill) {
     return AppendAndGrow(parser, bytes, length, out_taken);
+  }
   JsonCopyBytes(parser->buffer + parser->bufferFill, bytes, length);
   parser->bufferFill += length;
   *out_taken = length;

@@ -28,8 +28,9 @@ uint64_t NumberIn(const ApiCall &call, const char *name, uint64_t otherwise) {
   uint64_t number = 0;
   const char *end = value->second.data() + value->second.size();
   const auto result = std::from_chars(value->second.data(), end, number);
-  if (result.ec != std::errc() || result.ptr != end)
+  if (result.ec != std::errc() || result.ptr != end) {
     Refuse(400, std::string(name) + ": a number is expected");
+  }
   return number;
 }
 
@@ -214,8 +215,9 @@ class Api {
   ordered_json Card() {
     if (is_change_) {
       CardState state;
-      if (!FindCardState(TextIn(call_, "state"), &state))
+      if (!FindCardState(TextIn(call_, "state"), &state)) {
         Refuse(400, "state: sold, active or locked is expected");
+      }
       server_->Visit([&](Programme &programme) { programme.SetCardState(name_, state); });
     }
     ordered_json object;

@@ -11,7 +11,7 @@ namespace {
 
 // --- The program's options
 
-const char *kCards =
+constexpr const char *kCards =
     "\nWithout --shop there are these cards (any terminal but 99999, which is locked, may use them):\n"
     "  1000000001 active, with 500.00 GLOBAL, 200.00 LOCAL, 50.00 DISCOUNT\n"
     "  1000000002 active and empty\n"
@@ -19,17 +19,18 @@ const char *kCards =
     "  1000000006 locked\n"
     "  1000000007 sold; the token TOKEN7 exchanges another card for it\n";
 
-const char *kExits =
+constexpr const char *kExits =
     "\nExit status: 0 ended by quit or an interrupt, 1 failed, 2 an option or a file it names cannot be "
     "used,\n"
     "3 an address cannot be listened on, 4 the data file cannot be used.\n";
 
-const char *kCommands = "\nCommands are read from standard input; \"help\" lists them.\n";
+constexpr const char *kCommands = "\nCommands are read from standard input; \"help\" lists them.\n";
 
 #if !LOYALTY_DATA_AND_PAGE
-const char *kWithout = "\nThis build has no --data and no --page: all is in memory, and there is no page.\n";
+constexpr const char *kWithout =
+    "\nThis build has no --data and no --page: all is in memory, and there is no page.\n";
 #else
-const char *kWithout = "";
+constexpr const char *kWithout = "";
 #endif
 
 std::string ReadFile(const std::string &name) {

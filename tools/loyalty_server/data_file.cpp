@@ -226,8 +226,9 @@ void DataFile::Keep(const State &state, const Changes &changes) {
     Run("COMMIT");
   } catch (...) {
     // A full disk has ended the transaction already.
-    if (sqlite3_get_autocommit(connection_) == 0)
+    if (sqlite3_get_autocommit(connection_) == 0) {
       sqlite3_exec(connection_, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
     throw;
   }
 }

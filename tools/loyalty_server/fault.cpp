@@ -183,7 +183,7 @@ void TakeRandom(Words *words, Fault *fault) {
 }  // namespace
 
 const std::vector<FaultForm> &FaultForms() {
-  static const std::vector<FaultForm> kForms = {
+  static const std::vector<FaultForm> forms = {
       {FaultKind::kOff, "off", "", "behave"},
       {FaultKind::kRefuse, "refuse", "", "stop listening, so that connections are refused"},
       {FaultKind::kBlackHole, "blackhole", "", "let connections neither open nor fail (Linux)"},
@@ -204,7 +204,7 @@ const std::vector<FaultForm> &FaultForms() {
       {FaultKind::kRandom, "random", "PERCENT [seed N] [among FAULT,...]",
        "one of them, so often, by chance"},
   };
-  return kForms;
+  return forms;
 }
 
 std::string FaultHelp() {

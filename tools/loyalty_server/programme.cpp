@@ -231,8 +231,9 @@ void Programme::Judge(const OperationNames &operation, std::string_view document
                       Request *request, Reply *reply, Parts *parts) {
   const json root = json::parse(document, nullptr, false);
   // The parser takes a zero byte for the end of the text.
-  if (root.is_discarded() || document.find('\0') != std::string_view::npos)
+  if (root.is_discarded() || document.find('\0') != std::string_view::npos) {
     Refuse(Code::kRequestParsingError);
+  }
   if (!root.is_object() || root.size() != 1 || root.begin().key() != operation.request) {
     Refuse(Code::kIncorrectRequest, operation.request);
   }
@@ -409,8 +410,9 @@ std::vector<Position> Programme::ReadPositions(const json &bill, int64_t total_s
     position.count = NumberOf(good, "cnt", Code::kIncorrectBill);
     sum += position.cost;
     if (shop_.isBillChecked && position.count < 1) Refuse(Code::kIncorrectBill, "cnt");
-    if (!numbers.insert(position.number).second && shop_.isBillChecked)
+    if (!numbers.insert(position.number).second && shop_.isBillChecked) {
       Refuse(Code::kIncorrectBill, "orderNum");
+    }
     positions.push_back(position);
   }
   if (shop_.isBillChecked && sum != total_sum) Refuse(Code::kIncorrectBill, "totalSum");

@@ -94,7 +94,7 @@ class Programme {
   bool IsLocked(const std::string &terminal) const;
   void JoinAccounts(size_t from, size_t to);
   std::vector<Position> ReadPositions(const json &bill, int64_t total_sum) const;
-  void CountBonuses(bool is_spending, Purses available, std::vector<Position> *positions) const;
+  void CountBonuses(bool is_spending, Purses purses, std::vector<Position> *positions) const;
   void Settle(const std::string &request_id);
 
   Shop shop_;

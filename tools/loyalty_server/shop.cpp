@@ -77,8 +77,9 @@ CardSetup CardOf(const json &object, const std::string &where) {
              {{"number", [&](const json &v, const std::string &w) { card.number = TextOf(v, w); }},
               {"state",
                [&](const json &v, const std::string &w) {
-                 if (!FindCardState(TextOf(v, w), &card.state))
+                 if (!FindCardState(TextOf(v, w), &card.state)) {
                    Wrong(w, "sold, active or locked is expected");
+                 }
                }},
               {"global", [&](const json &v, const std::string &w) { card.balance[0] = AmountOf(v, w); }},
               {"local", [&](const json &v, const std::string &w) { card.balance[1] = AmountOf(v, w); }},
@@ -105,9 +106,9 @@ Reader RewardReader(Reward *reward) {
   };
 }
 
-template <size_t N, typename Enum>
-bool FindName(const std::array<const char *, N> &names, std::string_view name, Enum *out) {
-  for (size_t i = 0; i < N; ++i) {
+template <size_t kCount, typename Enum>
+bool FindName(const std::array<const char *, kCount> &names, std::string_view name, Enum *out) {
+  for (size_t i = 0; i < kCount; ++i) {
     if (name == names[i]) {
       *out = static_cast<Enum>(i);
       return true;
@@ -176,15 +177,17 @@ Shop ShopFromJson(const std::string &text) {
         [&](const json &v, const std::string &w) {
           ReadArray(v, w, [&](const json &e, const std::string &ew) {
             shop.cards.push_back(CardOf(e, ew));
-            if (!card_numbers.emplace(shop.cards.back().number, true).second)
+            if (!card_numbers.emplace(shop.cards.back().number, true).second) {
               Wrong(ew, "the card is listed twice");
+            }
           });
         }},
        {"tokens",
         [&](const json &v, const std::string &w) {
           if (!v.is_object()) Wrong(w, "an object of token and card number is expected");
-          for (const auto &token : v.items())
+          for (const auto &token : v.items()) {
             shop.tokens[token.key()] = TextOf(token.value(), w + "." + token.key());
+          }
         }},
        {"rates",
         [&](const json &v, const std::string &w) {

@@ -86,8 +86,9 @@ DWORD folder_size = 0;
 
 bool FindFolder() {
   const DWORD length = GetModuleFileNameW(nullptr, folder.units, 260);
-  for (folder_size = length < 260 ? length : 0; folder_size > 0 && folder.units[folder_size - 1] != L'\\';)
+  for (folder_size = length < 260 ? length : 0; folder_size > 0 && folder.units[folder_size - 1] != L'\\';) {
     --folder_size;
+  }
   folder.units[folder_size] = 0;
   return folder_size != 0;
 }
@@ -135,10 +136,11 @@ class Check {
 
   template <typename... Parts>
   void Result(int code, const Parts &...parts) {
-    if (code == 0)
+    if (code == 0) {
       report_.Step(true, parts..., ": 0");
-    else
+    } else {
       report_.Step(false, parts..., ": ", code, " ", lumo_.GetErrorMessage(code));
+    }
   }
 
   Report report_;
@@ -174,8 +176,9 @@ bool Check::Begin() {
 HMODULE Check::Load(const WCHAR *path, const WCHAR *shown) {
   const HMODULE module = LoadLibraryW(path);
   const DWORD error = GetLastError();
-  if (module == nullptr)
+  if (module == nullptr) {
     report_.Step(false, shown, ": not loaded, error ", static_cast<unsigned long>(error));
+  }
   return module;
 }
 
@@ -469,8 +472,9 @@ void Check::TrySales() {
   const int code = lumo_.OpenShift("1");
   if (code != ERR_SHIFT_ALREADY_OPEN) Result(code, "OpenShift");
   SendWaiting();
-  if (const int created = lumo_.CreateTransaction("1000000001", "7"); created != 0)
+  if (const int created = lumo_.CreateTransaction("1000000001", "7"); created != 0) {
     return Result(created, "CreateTransaction");
+  }
   const int balance = lumo_.BalanceProc();
   Result(balance, "BalanceProc");
   if (balance == 0) report_.Note("on the card: ", lumo_.GetBalance());
@@ -487,8 +491,9 @@ void Check::TrySilence() {
   if (!has_server_) return;
   SOCKET socket;
   int error = 0;
-  if (!Connect(lumo_.getPingAddress(), lumo_.getPingPort(), &socket, &error))
+  if (!Connect(lumo_.getPingAddress(), lumo_.getPingPort(), &socket, &error)) {
     return report_.Step(false, "connected to the server: error ", error);
+  }
   const int limit = 1000;
   const int refused =
       sockets_.setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char *>(&limit), 4);

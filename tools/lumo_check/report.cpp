@@ -35,8 +35,9 @@ Text &Text::Put(const char *text) {
 Text &Text::Put(const WCHAR *text) {
   for (; *text != 0; ++text) {
     unsigned long code_point = *text;
-    if (code_point >= 0xD800 && code_point < 0xDC00 && text[1] >= 0xDC00 && text[1] < 0xE000)
+    if (code_point >= 0xD800 && code_point < 0xDC00 && text[1] >= 0xDC00 && text[1] < 0xE000) {
       code_point = 0x10000 + ((code_point - 0xD800) << 10) + (*++text - 0xDC00U);
+    }
     PutCharacter(code_point);
   }
   return *this;

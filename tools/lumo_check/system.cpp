@@ -36,8 +36,9 @@ void Tell(HMODULE core_library, const char *text) {
 
 // This number always means the calling process.
 void End(int status) {
-  for (;;)
+  for (;;) {
     TerminateProcess(reinterpret_cast<HANDLE>(static_cast<uintptr_t>(0x42)), static_cast<DWORD>(status));
+  }
 }
 
 #else

@@ -60,8 +60,9 @@ class Reader {
   template <typename Record>
   Record At(size_t offset) const {
     Record record;
-    if (offset > file_.size() || sizeof record > file_.size() - offset)
+    if (offset > file_.size() || sizeof record > file_.size() - offset) {
       throw std::runtime_error("the linked file is cut off");
+    }
     std::memcpy(&record, file_.data() + offset, sizeof record);
     return record;
   }
@@ -96,8 +97,9 @@ void Reader::ReadPart(const Elf32_Shdr &section) {
                section.sh_type == SHT_NOBITS,
                {}};
   if (!part.is_empty) {
-    if (section.sh_offset > file_.size() || section.sh_size > file_.size() - section.sh_offset)
+    if (section.sh_offset > file_.size() || section.sh_size > file_.size() - section.sh_offset) {
       throw std::runtime_error("the linked file is cut off");
+    }
     const auto begin = file_.begin() + section.sh_offset;
     part.bytes.assign(begin, begin + section.sh_size);
   }
@@ -106,11 +108,13 @@ void Reader::ReadPart(const Elf32_Shdr &section) {
 
 void Reader::TakeAddress(Part *part, uint32_t address) {
   const uint32_t at = address - part->address;
-  if (address < part->address || part->bytes.size() < 4 || at > part->bytes.size() - 4)
+  if (address < part->address || part->bytes.size() < 4 || at > part->bytes.size() - 4) {
     throw std::runtime_error(part->name + " holds an address beyond its bytes");
+  }
   // An instruction of x86 may hold one anywhere.
-  if (!image_.is_x86 && address % 4 != 0)
+  if (!image_.is_x86 && address % 4 != 0) {
     throw std::runtime_error(part->name + " holds an address that does not lie on a word");
+  }
   if (!IsTable(part->name)) {
     image_.addresses.push_back(address);
     return;
@@ -122,8 +126,9 @@ void Reader::TakeAddress(Part *part, uint32_t address) {
 }
 
 void Reader::ReadAddresses(const Elf32_Shdr &relocations) {
-  if (relocations.sh_info >= sections_.size() || relocations.sh_link >= sections_.size())
+  if (relocations.sh_info >= sections_.size() || relocations.sh_link >= sections_.size()) {
     throw std::runtime_error("the linked file is damaged");
+  }
   const Elf32_Shdr &target = sections_[relocations.sh_info];
   if ((target.sh_flags & SHF_ALLOC) == 0 || target.sh_size == 0) return;
   const std::string name = NameOf(target);
@@ -134,9 +139,10 @@ void Reader::ReadAddresses(const Elf32_Shdr &relocations) {
     const uint32_t kind = ELF32_R_TYPE(entry.r_info);
     const Meaning meaning = image_.is_x86 ? MeaningOnX86(kind) : MeaningOnArm(kind);
     if (meaning == Meaning::kDistance) continue;
-    if (meaning == Meaning::kOther)
+    if (meaning == Meaning::kOther) {
       throw std::runtime_error(
           name + " holds half an address, or a relocation of another kind: " + std::to_string(kind));
+    }
     if (!IsMoved(sections_[relocations.sh_link], ELF32_R_SYM(entry.r_info))) continue;
     TakeAddress(&*part, entry.r_offset - image_.linked_for);
   }
@@ -150,8 +156,9 @@ LinkedImage Reader::Read() {
     throw std::runtime_error("is no linked program of ARM or x86");
   }
   image_.is_x86 = header.e_machine == EM_386;
-  for (uint32_t i = 0; i < header.e_shnum; ++i)
+  for (uint32_t i = 0; i < header.e_shnum; ++i) {
     sections_.push_back(At<Elf32_Shdr>(header.e_shoff + sizeof(Elf32_Shdr) * i));
+  }
   names_ = sections_.at(header.e_shstrndx).sh_offset;
 
   // The first page is the headers'.
@@ -162,8 +169,9 @@ LinkedImage Reader::Read() {
   std::stable_sort(loaded.begin(), loaded.end(), [](const Elf32_Shdr &left, const Elf32_Shdr &right) {
     return left.sh_addr < right.sh_addr;
   });
-  if (loaded.empty() || loaded[0].sh_addr % kPlaceStep != kPage)
+  if (loaded.empty() || loaded[0].sh_addr % kPlaceStep != kPage) {
     throw std::runtime_error("is not linked for a place that a file can have");
+  }
   image_.linked_for = loaded[0].sh_addr - kPage;
   image_.entry_point = header.e_entry - image_.linked_for;
   for (const Elf32_Shdr &section : loaded) ReadPart(section);

@@ -46,8 +46,9 @@ Section Gather(const LinkedImage &image, const SectionPlan &plan, uint32_t addre
   for (const std::string &name : plan.parts) {
     const Part *const part = FindPart(image, name);
     if (part == nullptr) continue;
-    if (part->address < address + section.size || (section.size == 0 && part->address != address))
+    if (part->address < address + section.size || (section.size == 0 && part->address != address)) {
       throw std::runtime_error(name + " was linked to the wrong place");
+    }
     const uint32_t at = part->address - address;
     section.size = at + part->size;
     if (part->is_empty) continue;
@@ -112,15 +113,16 @@ const Flavour &FindFlavour(const std::string &name) {
 
 Bytes MakeTerminalFile(const Flavour &flavour, const LinkedImage &image) {
   // An instruction of x86 lies anywhere.
-  if (image.is_x86 != flavour.is_x86 || (!image.is_x86 && (image.entry_point % 2 != 0) != flavour.is_thumb))
+  if (image.is_x86 != flavour.is_x86 || (!image.is_x86 && (image.entry_point % 2 != 0) != flavour.is_thumb)) {
     throw std::runtime_error("holds code of another instruction set");
+  }
   std::vector<Section> sections;
   uint32_t next = kPage;
   size_t part_count = 0;
   for (const SectionPlan *const plan : {&kText, &kReadOnly, &kData}) {
     sections.push_back(Gather(image, *plan, next));
     next = RoundUp(next + sections.back().size, kPage);
-    for (const std::string &name : plan->parts) part_count += FindPart(image, name) != nullptr;
+    for (const std::string &name : plan->parts) part_count += FindPart(image, name) != nullptr ? 1 : 0;
   }
   if (part_count != image.parts.size()) throw std::runtime_error("has parts that the file has no place for");
   Bytes table = RelocationTable(image.addresses);

@@ -375,7 +375,7 @@ RecordEntry *ListRecords(const char *file_name, bool *out_whole) {
   LineReader reader;
   LineReaderInit(&reader, file.get());
   while (LineReaderNext(&reader)) {
-    RecordEntry *entry = static_cast<RecordEntry *>(MemCalloc(1, sizeof(RecordEntry), LUMO_HERE));
+    auto *entry = static_cast<RecordEntry *>(MemCalloc(1, sizeof(RecordEntry), LUMO_HERE));
     entry->offset = reader.lineOffset;
     entry->length = reader.lineLength;
     *link = entry;

@@ -122,7 +122,9 @@ Bytes MakeTerminalFile(const Flavour &flavour, const LinkedImage &image) {
   for (const SectionPlan *const plan : {&kText, &kReadOnly, &kData}) {
     sections.push_back(Gather(image, *plan, next));
     next = RoundUp(next + sections.back().size, kPage);
-    for (const std::string &name : plan->parts) part_count += FindPart(image, name) != nullptr ? 1 : 0;
+    for (const std::string &name : plan->parts) {
+      if (FindPart(image, name) != nullptr) ++part_count;
+    }
   }
   if (part_count != image.parts.size()) throw std::runtime_error("has parts that the file has no place for");
   Bytes table = RelocationTable(image.addresses);

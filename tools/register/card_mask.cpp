@@ -118,12 +118,14 @@ void CardMask::Learn(const std::vector<std::string> &cards, const std::vector<st
   }
   torn_.clear();
   for (const std::string_view document : documents) {
-    for (const std::string &card : cards_)
-      for (size_t length = card.size() - 1; length >= kShortest; --length)
+    for (const std::string &card : cards_) {
+      for (size_t length = card.size() - 1; length >= kShortest; --length) {
         if (EndsWith(document, std::string_view(card).substr(0, length))) {
           torn_.push_back(card.substr(0, length));
           break;
         }
+      }
+    }
   }
   std::sort(cards_.begin(), cards_.end(), [](const std::string &a, const std::string &b) {
     return a.size() != b.size() ? a.size() > b.size() : a < b;

@@ -224,8 +224,9 @@ void JudgeState(const Terminal &terminal, Findings &findings) {
   }
   if (terminal.settings.Number("shiftMode") > 0 && state.shiftState == 0) {
     findings.Warn("shift", "none is open, and shiftMode wants one", "register shift open");
-  } else
+  } else {
     findings.Ok("shift", state.shiftState == 0 ? "none is open" : "open since " + state.openDate);
+  }
   if (state.update != 0) {
     findings.Warn("update", "the server announced one", "bring the register's software up to date");
   }
@@ -242,9 +243,10 @@ void JudgeNumbers(const Terminal &terminal, Findings &findings) {
     if (answered) {
       findings.Warn("number", text,
                     "register balance, or any operation that reaches the server, before the first sale");
-    } else
+    } else {
       findings.Trouble("number", text,
                        "reach the server once; or see docs/terminal.md, Before the server ever answered");
+    }
     return;
   }
   if (!IsNumber(number)) {
@@ -276,12 +278,13 @@ void JudgeNumbers(const Terminal &terminal, Findings &findings) {
         "put " + recorded + " into STATE as reqId while no register runs");
   }
   for (const ServerAnswer &answer : terminal.servers) {
-    if (is_later(answer.lastNumber))
+    if (is_later(answer.lastNumber)) {
       findings.Trouble(
           "number",
           "the server knows " + answer.lastNumber + ", STATE only " + number +
               ": numbers are used a second time",
           "is another register in use with this terminalId? Otherwise put the server's into STATE as reqId");
+    }
   }
   if (findings.list().size() == before) findings.Ok("number", "the last one is " + number);
 }

@@ -100,17 +100,19 @@ Terminal LookAt(const fs::path &library_file) {
   const fs::space_info space = fs::space(terminal.folder, error);
   terminal.free_bytes = error ? 0 : space.available;
   for (const auto &entry : fs::directory_iterator(terminal.folder, error)) {
-    if (const std::string name = entry.path().filename().u8string(); name.compare(0, 5, "TRACE") == 0)
+    if (const std::string name = entry.path().filename().u8string(); name.compare(0, 5, "TRACE") == 0) {
       terminal.trace_bytes =
           std::max(terminal.trace_bytes, entry.is_regular_file(error) ? entry.file_size(error) : 0);
+    }
   }
   terminal.rights = TryRights(terminal.folder);
   terminal.library_problem = TryLibrary(file, &terminal.library_version);
   const int timeout = terminal.settings.Number("timeout");
   for (const char *key : {"serverAddr", "serverAltAddr"}) {
-    if (const auto address = ParseServerAddress(terminal.settings.Text(key)))
+    if (const auto address = ParseServerAddress(terminal.settings.Text(key))) {
       terminal.servers.push_back(AskServer(*address, terminal.settings, terminal.now,
                                            timeout > 0 ? std::min(timeout, kPatience) : kPatience / 3));
+    }
   }
   return terminal;
 }

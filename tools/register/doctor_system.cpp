@@ -142,8 +142,9 @@ bool Maps(const std::string &number, const std::string &file) {
   std::ifstream maps("/proc/" + number + "/maps");
   for (std::string line; std::getline(maps, line);) {
     if (line.size() > file.size() && line.compare(line.size() - file.size(), file.size(), file) == 0 &&
-        line[line.size() - file.size() - 1] == ' ')
+        line[line.size() - file.size() - 1] == ' ') {
       return true;
+    }
   }
   return false;
 }

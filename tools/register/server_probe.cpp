@@ -98,8 +98,9 @@ void Fail(ServerAnswer *answer, int code, const std::string &problem) {
 
 void ReadAnswer(const std::string &text, ServerAnswer *answer) {
   for (const char *status : {"400", "500"}) {
-    if (text.find(std::string("HTTP Status ") + status) != std::string::npos)
+    if (text.find(std::string("HTTP Status ") + status) != std::string::npos) {
       return Fail(answer, *status == '4' ? -406 : -407, std::string("it says HTTP Status ") + status);
+    }
   }
   const Json json = Json::parse(text, nullptr, false);
   if (json.is_discarded()) {

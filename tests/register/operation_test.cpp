@@ -1,12 +1,19 @@
 // What a cashier does: cards, sales, shifts, reports.
+#include <regex>
+
 #include "register/till.h"
 
 namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::Not;
+using testing::StartsWith;
+
+// A star in the place of each number of this terminal.
+std::string Masked(const std::string &text) {
+  return std::regex_replace(text, std::regex("12345[0-9]{11}"), "*");
+}
 
 class Operation : public test::Till {
  protected:
@@ -39,7 +46,7 @@ const nlohmann::json kSuccess = {{"state", "SUCCESS"}, {"code", "OK"}};
 TEST_F(Operation, BalanceShowsTheSlipAndTheServersAnswer) {
   const test::Outcome run = Run({"balance", "--card", test::kRichCard});
   EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_THAT(run.out, testing::StartsWith("    ┌──"));
+  EXPECT_THAT(run.out, StartsWith("    ┌──"));
   EXPECT_THAT(run.out, EndsWith("\n  balance 700.00\n"));
   EXPECT_THAT(run.out, HasSubstr("  server SUCCESS / OK, RRN 12345"));
   const nlohmann::json facts = Do({"balance"});
@@ -47,8 +54,8 @@ TEST_F(Operation, BalanceShowsTheSlipAndTheServersAnswer) {
   EXPECT_EQ(facts["balance"], 70000);
   EXPECT_EQ(facts["offline"], false);
   EXPECT_EQ(facts["server"], kSuccess);
-  EXPECT_THAT(facts["slip"].get<std::string>(), testing::StartsWith("Магазин\n"));
-  EXPECT_THAT(facts["rrn"].get<std::string>(), MatchesRegex("12345[0-9]{11}"));
+  EXPECT_THAT(facts["slip"].get<std::string>(), StartsWith("Магазин\n"));
+  EXPECT_EQ(Masked(facts["rrn"]), "*");
 }
 
 TEST_F(Operation, ActivationsAreOfThreeKinds) {
@@ -94,7 +101,7 @@ TEST_F(Operation, PaymentIsConfirmedWithoutASlip) {
   EXPECT_EQ(StateOf(rrn), "held");
   const test::Outcome run = Run({"confirm", rrn, "--card", test::kRichCard});
   EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_THAT(run.out, MatchesRegex("  server SUCCESS / OK, RRN [0-9]{16}\n"));
+  EXPECT_EQ(Masked(run.out), "  server SUCCESS / OK, RRN *\n");
   EXPECT_EQ(StateOf(rrn), "confirmed");
   EXPECT_EQ(Do({"confirm", rrn}, 1)["server"]["code"], "BILL_INCORRECT_STATE");
   EXPECT_EQ(Run({"confirm", "--card", "1"}).status, 2);
@@ -145,7 +152,7 @@ TEST_F(Operation, ThatNoServerAnsweredShowsNoState) {
   EXPECT_EQ(away["server"], nullptr);
   EXPECT_EQ(away["mayBeDone"], false);
   const test::Outcome run = Run({"balance", "--card", test::kRichCard});
-  EXPECT_THAT(run.out, MatchesRegex("  no server answered, RRN [0-9]{16}\n"));
+  EXPECT_EQ(Masked(run.out), "  no server answered, RRN *\n");
   EXPECT_EQ(run.err, "error -501: Ошибка соединения с сервером\n");
 }
 
@@ -155,8 +162,8 @@ TEST_F(Operation, WhoseAnswerWasLostSaysThatItMayBeDone) {
   server.SetFault(loyalty::ParseFault("cut 5"));
   const test::Outcome run = Run({"pay", "--card", test::kRichCard});
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.out, MatchesRegex("  no server answered, RRN [0-9]{16}\n"
-                                    "  The server may have done it or not: .*\n"));
+  EXPECT_THAT(Masked(run.out), StartsWith("  no server answered, RRN *\n"
+                                          "  The server may have done it or not: "));
   EXPECT_EQ(Do({"deposit", "1"}, 1)["mayBeDone"], true);
 }
 

@@ -35,8 +35,8 @@ Terminal Healthy() {
   terminal.log.last.readable = true;
   terminal.log.last.rrn = "1234526030100007";
   terminal.log.last.date = "2026-03-01T09:59:00Z";
-  terminal.free_bytes = 1000 * kMegabyte;
-  terminal.library_version = "1.1.0";
+  terminal.freeBytes = 1000 * kMegabyte;
+  terminal.libraryVersion = "1.1.0";
   reg::ServerAnswer answer;
   answer.lastNumber = "1234526030100007";
   answer.date = "2026-03-01T10:00:10Z";
@@ -85,9 +85,9 @@ struct FindingCase {
 
 TEST(DoctorJudges, NamesWhatIsWrong) {
   const FindingCase cases[] = {
-      {"LibraryMissing", [](Terminal &t) { t.library_problem = "there is no liblumo.so"; },
+      {"LibraryMissing", [](Terminal &t) { t.libraryProblem = "there is no liblumo.so"; },
        "trouble library: there is no liblumo.so | put the library file"},
-      {"LibraryOlder", [](Terminal &t) { t.library_version = "1.0.0"; },
+      {"LibraryOlder", [](Terminal &t) { t.libraryVersion = "1.0.0"; },
        "warning library: it is of version 1.0.0, this register of 1.1.0 | take both"},
       {"NoSettings",
        [](Terminal &t) {
@@ -206,7 +206,7 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
       {"ClockBehindLastNumber", [](Terminal &t) { t.state.requestId = "1234526030200000"; },
        "trouble clock: it says 2026-03-01T10:00:00Z, and the last number is of a later day: "
        "1234526030200000. No operation gets a number | set"},
-      {"StateCut", [](Terminal &t) { t.state.readable = t.state_is_whole = false; },
+      {"StateCut", [](Terminal &t) { t.state.readable = t.stateIsWhole = false; },
        "trouble state: STATE is empty or cut short: LUMOInit returns -108 | remove STATE"},
       {"StateDamaged", [](Terminal &t) { t.state.readable = false; },
        "trouble state: STATE is damaged: the shift counts as closed, and the last number is lost | remove "
@@ -241,11 +241,11 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
        "warning log: 1 line of LOG that no report can read | nothing"},
       {"NoRights", [](Terminal &t) { t.rights = {"no file can be made in /x"}; },
        "trouble folder: no file can be made in /x | give"},
-      {"DiskFull", [](Terminal &t) { t.free_bytes = kMegabyte - 1; },
+      {"DiskFull", [](Terminal &t) { t.freeBytes = kMegabyte - 1; },
        "trouble disk: it is full: records and state cannot be kept | make room"},
-      {"DiskNearlyFull", [](Terminal &t) { t.free_bytes = 50 * kMegabyte - 1; },
+      {"DiskNearlyFull", [](Terminal &t) { t.freeBytes = 50 * kMegabyte - 1; },
        "warning disk: 49 MB are free | make room"},
-      {"LargeTrace", [](Terminal &t) { t.trace_bytes = 101 * kMegabyte; },
+      {"LargeTrace", [](Terminal &t) { t.traceBytes = 101 * kMegabyte; },
        "warning trace: 101 MB | remove or rename"},
       {"Leftover", [](Terminal &t) { t.leftovers = {"LOG.old"}; },
        "warning leftovers: LOG.old is there: a process ended in the middle of something | nothing: the next "

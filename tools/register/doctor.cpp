@@ -45,13 +45,13 @@ int64_t Seconds(const std::string &time) {
 void JudgeLibrary(const Terminal &terminal, Findings &findings) {
   const std::string ours = std::to_string(LUMO_VERSION_MAJOR) + "." + std::to_string(LUMO_VERSION_MINOR) +
                            "." + std::to_string(LUMO_VERSION_PATCH);
-  if (!terminal.library_problem.empty()) {
-    findings.Trouble("library", terminal.library_problem,
+  if (!terminal.libraryProblem.empty()) {
+    findings.Trouble("library", terminal.libraryProblem,
                      "put the library file of this system's package into the folder");
-  } else if (terminal.library_version.empty()) {
+  } else if (terminal.libraryVersion.empty()) {
     findings.Ok("library", "loads; its version cannot be asked without a trace of it");
-  } else if (terminal.library_version != ours) {
-    findings.Warn("library", "it is of version " + terminal.library_version + ", this register of " + ours,
+  } else if (terminal.libraryVersion != ours) {
+    findings.Warn("library", "it is of version " + terminal.libraryVersion + ", this register of " + ours,
                   "take both out of one package");
   } else {
     findings.Ok("library", "loads, version " + ours);
@@ -217,8 +217,8 @@ void JudgeState(const Terminal &terminal, Findings &findings) {
   if (state.present && !state.readable) {
     findings.Trouble(
         "state",
-        terminal.state_is_whole ? "STATE is damaged: the shift counts as closed, and the last number is lost"
-                                : "STATE is empty or cut short: LUMOInit returns -108",
+        terminal.stateIsWhole ? "STATE is damaged: the shift counts as closed, and the last number is lost"
+                              : "STATE is empty or cut short: LUMOInit returns -108",
         "remove STATE while no register runs; the next operation asks the server for the last number");
     return;
   }
@@ -330,16 +330,16 @@ void JudgeFolder(const Terminal &terminal, Findings &findings) {
       "give the register's user the right to read, write, create, rename and delete there";
   for (const std::string &right : terminal.rights) findings.Trouble("folder", right, kAsk);
   if (terminal.rights.empty()) findings.Ok("folder", "files can be made, written, renamed and deleted");
-  const std::string free = std::to_string(terminal.free_bytes / kMegabyte) + " MB are free";
-  if (terminal.free_bytes < kMegabyte) {
+  const std::string free = std::to_string(terminal.freeBytes / kMegabyte) + " MB are free";
+  if (terminal.freeBytes < kMegabyte) {
     findings.Trouble("disk", "it is full: records and state cannot be kept", "make room");
-  } else if (terminal.free_bytes < 50 * kMegabyte) {
+  } else if (terminal.freeBytes < 50 * kMegabyte) {
     findings.Warn("disk", free, "make room: an hour of a hundred sales takes half a megabyte of trace");
   } else {
     findings.Ok("disk", free);
   }
-  if (terminal.trace_bytes > 100 * kMegabyte) {
-    findings.Warn("trace", std::to_string(terminal.trace_bytes / kMegabyte) + " MB",
+  if (terminal.traceBytes > 100 * kMegabyte) {
+    findings.Warn("trace", std::to_string(terminal.traceBytes / kMegabyte) + " MB",
                   "remove or rename it, also while the register runs");
   }
   for (const std::string &name : terminal.leftovers) {

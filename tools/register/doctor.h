@@ -63,16 +63,16 @@ struct Terminal {
   std::string now;  // UTC, "2012-12-05T10:00:00Z"
   TerminalSettings settings;
   ShiftState state;
-  bool state_is_whole = true;  // it can be read at all, though perhaps it is no JSON
+  bool stateIsWhole = true;  // it can be read at all, though perhaps it is no JSON
   Journal log;
   Journal offline;
   std::vector<std::string> leftovers;
   std::vector<Holder> holders;
-  uintmax_t free_bytes = 0;
-  uintmax_t trace_bytes = 0;
+  uintmax_t freeBytes = 0;
+  uintmax_t traceBytes = 0;
   std::vector<std::string> rights;  // what may not be done in the folder
-  std::string library_problem;
-  std::string library_version;  // empty: unknown
+  std::string libraryProblem;
+  std::string libraryVersion;  // empty: unknown
   std::vector<ServerAnswer>
       servers;  // of the addresses that can be used: the server's, then the alternate one's
 };

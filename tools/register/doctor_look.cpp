@@ -88,7 +88,7 @@ Terminal LookAt(const fs::path &library_file) {
   terminal.now = Now();
   terminal.settings = ReadTerminalSettings(terminal.folder);
   terminal.state = ReadState(terminal.folder / "STATE");
-  terminal.state_is_whole = !terminal.state.present || !StopsLibrary(ReadWhole(terminal.folder / "STATE"));
+  terminal.stateIsWhole = !terminal.state.present || !StopsLibrary(ReadWhole(terminal.folder / "STATE"));
   terminal.log = LookAtJournal(terminal.folder / "LOG");
   terminal.offline = LookAtJournal(terminal.folder / "OFFLINE");
   std::error_code error;
@@ -98,15 +98,15 @@ Terminal LookAt(const fs::path &library_file) {
   terminal.holders = FindHolders(
       file, {"CONFIG.JSN", "CONFIG", "STATE", "LOG", "OFFLINE", "OFFLINE_TMP", "LOG.old", "LOG.new"});
   const fs::space_info space = fs::space(terminal.folder, error);
-  terminal.free_bytes = error ? 0 : space.available;
+  terminal.freeBytes = error ? 0 : space.available;
   for (const auto &entry : fs::directory_iterator(terminal.folder, error)) {
     if (const std::string name = entry.path().filename().u8string(); name.compare(0, 5, "TRACE") == 0) {
-      terminal.trace_bytes =
-          std::max(terminal.trace_bytes, entry.is_regular_file(error) ? entry.file_size(error) : 0);
+      terminal.traceBytes =
+          std::max(terminal.traceBytes, entry.is_regular_file(error) ? entry.file_size(error) : 0);
     }
   }
   terminal.rights = TryRights(terminal.folder);
-  terminal.library_problem = TryLibrary(file, &terminal.library_version);
+  terminal.libraryProblem = TryLibrary(file, &terminal.libraryVersion);
   const int timeout = terminal.settings.Number("timeout");
   for (const char *key : {"serverAddr", "serverAltAddr"}) {
     if (const auto address = ParseServerAddress(terminal.settings.Text(key))) {

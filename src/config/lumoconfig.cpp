@@ -154,10 +154,10 @@ void KeepSettingTexts() {
 
 int LoadConfigFile(const char *file_name) {
   const ScopedReader reader(JsonReaderCreate());
-  if (reader.get() == nullptr) {
+  if (reader.get() == nullptr) {  // GCOVR_EXCL_START: out of memory ends the process
     TraceError("Lumo Json Parser not created!\n");
     return ERR_JSON_MEMORY;
-  }
+  }  // GCOVR_EXCL_STOP
   ClearSettings();
   const int result = ParseJsonFile(reader.get(), file_name);
   if (result != 0) {

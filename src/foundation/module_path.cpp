@@ -57,21 +57,21 @@ const WCHAR *Utf8ToWide(const char *text) {
 bool BuildPath(const char *name, WCHAR (&path)[kPathUnits]) {
   uint32_t length = 0;
   const WCHAR *wide_name = Utf8ToWide(name);
-  if (wide_name != nullptr && Join(path, length, module_directory) && Join(path, length, wide_name)) {
-    return true;
-  }
+  Join(path, length, module_directory);  // always fits
+  if (wide_name != nullptr && Join(path, length, wide_name)) return true;
   path[0] = 0;
   return false;
 }
 
 void BuildTracePath(WCHAR (&path)[kPathUnits]) {
   uint32_t length = 0;
-  bool fits = Join(path, length, module_directory);
+  Join(path, length, module_directory);  // always fits
+  bool fits = false;
   if (trace_tag[0] != 0) {
-    fits = fits && Join(path, length, LUMO_WIDE("TRACE_")) && Join(path, length, trace_tag) &&
+    fits = Join(path, length, LUMO_WIDE("TRACE_")) && Join(path, length, trace_tag) &&
            Join(path, length, LUMO_WIDE(".TXT"));
   } else {
-    fits = fits && Join(path, length, LUMO_WIDE("TRACE.TXT"));
+    fits = Join(path, length, LUMO_WIDE("TRACE.TXT"));
   }
   if (!fits) path[0] = 0;
 }

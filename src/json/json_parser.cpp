@@ -98,7 +98,8 @@ int GrowBuffer(JsonParser *parser) {
   const uint32_t limit = parser->config.maxData;
   uint32_t size = parser->bufferSize;
   if (limit != 0 && size == limit) return kJsonDataLimit;
-  if (size >= kLargestDoubledSize || parser->config.reallocHook == nullptr) return kJsonNoMemory;
+  if (parser->config.reallocHook == nullptr) return kJsonNoMemory;
+  if (size >= kLargestDoubledSize) return kJsonNoMemory;  // GCOVR_EXCL_BR_LINE: a token of 2 GiB
   size *= 2;
   if (limit != 0 && size > limit) size = limit;
   void *buffer = parser->config.reallocHook(parser->buffer, size);
@@ -232,9 +233,8 @@ int Open(JsonParser *parser, uint8_t kind) {
   if (refused != 0) return refused;
   if (parser->stackFill == parser->stackSize) {
     if (parser->config.maxNesting != 0) return kJsonNestingLimit;
-    if (parser->stackSize >= kLargestDoubledSize || parser->config.reallocHook == nullptr) {
-      return kJsonNoMemory;
-    }
+    if (parser->config.reallocHook == nullptr) return kJsonNoMemory;
+    if (parser->stackSize >= kLargestDoubledSize) return kJsonNoMemory;  // GCOVR_EXCL_BR_LINE: 2^31 levels
     void *stack = parser->config.reallocHook(parser->stack, parser->stackSize * size_t{2});
     if (stack == nullptr) return kJsonNoMemory;
     parser->stack = static_cast<uint8_t *>(stack);
@@ -469,7 +469,7 @@ Step TakeComment(Feed *feed, char byte) {
 
 inline Step TakeByte(Feed *feed) {
   const char byte = *feed->at;
-  switch (feed->state) {
+  switch (feed->state) {  // GCOVR_EXCL_BR_LINE: there is no other state
     case kStart:
     case kArrayFirst:
       return IsClosingBracket(byte) ? CloseStructure(feed, byte) : TakeValue(feed, byte);
@@ -514,7 +514,7 @@ inline Step TakeByte(Feed *feed) {
     case kBlockCommentStar:
       return TakeComment(feed, byte);
   }
-  return kUnexpected;
+  return kUnexpected;  // GCOVR_EXCL_LINE: there is no other state
 }
 
 // Reads from *at to `end`. Returns 0 or the error, and leaves in *at the byte that failed.

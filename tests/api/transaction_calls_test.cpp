@@ -545,4 +545,8 @@ TEST_F(TransactionCalls, APaymentCompletedOfflineIsReplayedWithoutATransaction) 
   EXPECT_THAT(server.requests()[0], HasSubstr("\"isOffline\":true"));
 }
 
+TEST_F(TransactionCalls, WithoutATransactionNothingIsOffline) {
+  EXPECT_EQ(lumoIsOffline(), 0);
+}
+
 }  // namespace

@@ -639,5 +639,15 @@ TEST(JsonParser, ReportsMemoryThatCannotBeHad) {
   EXPECT_EQ(outcome.taken, 256U);
 }
 
+TEST(JsonParserMemory, ThereIsNoneForNoParserAndItIsFreedOnce) {
+  const JsonParserConfig config = PlainConfig();
+  EXPECT_EQ(JsonParserInit(nullptr, &config, nullptr, nullptr), 1);
+  JsonParser parser;
+  ASSERT_EQ(JsonParserInit(&parser, &config, nullptr, nullptr), 0);
+  JsonParserFree(&parser);
+  JsonParserFree(&parser);
+  EXPECT_EQ(parser.buffer, nullptr);
+}
+
 }  // namespace
 }  // namespace lumo

@@ -293,5 +293,17 @@ TEST(JsonPrinter, ReadsBackAsTheSameEvents) {
   }
 }
 
+TEST(JsonPrinterEvents, EndAtTheFirstThatIsRefused) {
+  static int printed;
+  printed = 0;
+  const auto refuse = [](JsonPrinter *, JsonEvent, const char *, uint32_t) {
+    ++printed;
+    return 7;
+  };
+  JsonPrinter printer;
+  EXPECT_EQ(JsonPrinterPrint(&printer, refuse, JSON_ARRAY_BEGIN, JSON_ARRAY_END, -1), 7);
+  EXPECT_EQ(printed, 1);
+}
+
 }  // namespace
 }  // namespace lumo

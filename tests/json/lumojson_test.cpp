@@ -384,5 +384,9 @@ TEST(MemberWriters, TheFlagIsHandedBackAndChangesNothing) {
   EXPECT_EQ(SetPrinterFlag(0), 0);
 }
 
+TEST(LumoJsonReader, WithoutOneNoReadHasFailed) {
+  EXPECT_FALSE(JsonReaderReadFailed(nullptr));
+}
+
 }  // namespace
 }  // namespace lumo

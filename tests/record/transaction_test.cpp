@@ -178,4 +178,11 @@ TEST_F(TransactionRecord, OnlyAMissingRecordIsTraced) {
   EXPECT_EQ(folder.Trace(), "ERROR: Pointer \"trans\" is null\n");
 }
 
+TEST(TransactionRecordDeathTest, TheLargestSizesEndTheProcess) {
+  const test::Folder folder;
+  lumo::Transaction *record = lumo::TransactionCreate();
+  EXPECT_EXIT(lumo::TransactionAllocate(record, SIZE_MAX), testing::ExitedWithCode(255), "");
+  lumo::TransactionFree(record);
+}
+
 }  // namespace

@@ -57,10 +57,10 @@ int CreateTransaction(const char *card_num, const char *employee_id) {
     return ERR_TRANSACTION_EXISTS;
   }
   current_transaction = lumo::TransactionCreate();
-  if (current_transaction == nullptr) {
+  if (current_transaction == nullptr) {  // GCOVR_EXCL_START: out of memory ends the process
     lumo::TraceError("new_transaction function failed\n");
     return ERR_NO_TRANSACTION;
-  }
+  }  // GCOVR_EXCL_STOP
   return lumo::FillTransactionHeader(current_transaction, card_num, employee_id);
 }
 

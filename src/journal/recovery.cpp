@@ -71,7 +71,8 @@ Answer IsPieceOf(const char *piece_name, const char *whole_name) {
   return failed ? Answer::kUnknown : Answer::kNo;
 }
 
-// The lines of LOG.old and behind them all of LOG, on the disk. False when that cannot be.
+// The lines of LOG.old and behind them all of LOG, on the disk. False when that cannot be, as with a file
+// that is not open.
 bool CopyBoth(HANDLE old_file, HANDLE file, HANDLE new_file) {
   uint32_t length = 0;
   uint32_t torn = 0;
@@ -84,8 +85,7 @@ bool WriteNewLog() {
   const ScopedFile old_file(FileOpen(kOldLog, "rb"));
   const ScopedFile file(FileOpen(kLog, "rb"));
   const ScopedFile new_file(FileOpen(kNewLog, "wb"));
-  return FileIsValid(old_file.get()) && FileIsValid(file.get()) && FileIsValid(new_file.get()) &&
-         CopyBoth(old_file.get(), file.get(), new_file.get());
+  return CopyBoth(old_file.get(), file.get(), new_file.get());
 }
 
 // LOG.old's records come before LOG's. LOG.old stays until all is under LOG's name: interrupted anywhere, the

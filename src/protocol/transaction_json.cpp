@@ -33,7 +33,7 @@ bool IsBracketed(Style style) {
 }
 
 bool KeyEquals(const JsonMember &member, const char *name) {
-  return member.key != nullptr && std::strcmp(member.key, name) == 0;
+  return std::strcmp(member.key, name) == 0;
 }
 
 bool KeyMatches(Style style, const JsonMember &member, const char *name) {
@@ -301,7 +301,7 @@ const PartLoader *FindPartLoader(const JsonMember &member) {
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source) {
   uint32_t found = 0;
   for (const JsonMember &member : JsonMembers(node)) {
-    if (member.key == nullptr || member.keyLength > kLongestName) return 0;
+    if (member.keyLength > kLongestName) return 0;
     const PartLoader *part = FindPartLoader(member);
     if (part != nullptr) {
       const bool is_answered = source == PartSource::kAnswer && part->loadAnswered != nullptr;

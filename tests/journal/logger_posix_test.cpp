@@ -83,6 +83,13 @@ TEST_F(JournalFaults, AWriteThatComesShortIsCarriedOn) {
   EXPECT_EQ(folder.Read("OFFLINE"), "first\n");
 }
 
+TEST_F(JournalFaults, AWriteOfNothingIsAFailure) {
+  folder.Write("OFFLINE_TMP", "1\n");
+  test::CutNextWrite(0);
+  EXPECT_EQ(lumo::AppendOfflineTmpRecord("2"), -201);
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\n");
+}
+
 // An append goes to the end, reads the last byte, and goes to the end again.
 TEST_F(JournalFaults, NothingIsWrittenWhenTheEndCannotBeFound) {
   for (int seeks = 0; seeks < 3; ++seeks) {

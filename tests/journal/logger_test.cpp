@@ -415,6 +415,16 @@ TEST_F(List, LoadsTheFirstRecordOnly) {
   lumo::FreeRecordList(first);
 }
 
+TEST_F(List, LoadsARecordOnce) {
+  folder.Write("LOG", "first\nsecond\n");
+  lumo::RecordEntry *first = lumo::GetLogRecords();
+  const char *text = lumo::NextLogRecord(first)->text;
+  folder.Remove("LOG");
+  EXPECT_EQ(lumo::NextLogRecord(first)->text, text);
+  EXPECT_STREQ(text, "second");
+  lumo::FreeRecordList(first);
+}
+
 TEST_F(List, TracesEachRecordItLoads) {
   folder.Write("OFFLINE", "first\nsecond\n");
   lumo::RecordEntry *first = OfflineRecords();
@@ -558,6 +568,31 @@ TEST_F(Commit, GivesTheErrorNumberWhenTheRebuiltJournalCannotBeMoved) {
   EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
 }
 
+TEST_F(Commit, ThatSomebodyElseFinishedIsNotMadeAgain) {
+  folder.Write("OFFLINE", "old\n");
+  folder.Write("OFFLINE_TMP", "new\n");
+  lumo::HANDLE open = lumo::FileOpen("OFFLINE_TMP", "r");
+  EXPECT_EQ(lumo::CommitOfflineTmp(), 32);
+  lumo::FileClose(open);
+  folder.Write("OFFLINE", "somebody else's\n");
+  EXPECT_EQ(lumo::CountOfflineRecords(), 1);
+  folder.Remove("OFFLINE");
+  folder.Remove("OFFLINE_TMP");
+  EXPECT_EQ(lumo::CountOfflineRecords(), 0);
+  folder.Write("OFFLINE_TMP", "of another replay\n");
+  EXPECT_EQ(lumo::CountOfflineRecords(), 0);
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
+}
+
+TEST_F(Append, WaitsOnceForAFileThatIsHeld) {
+  lumo::HANDLE open = lumo::FileOpen("OFFLINE", "w");
+  EXPECT_EQ(lumo::AppendOfflineRecord("1"), -201);
+  lumo::FileClose(open);
+  EXPECT_EQ(folder.Trace(),
+            "ERROR: CreateFile function failed with error 32\nERROR: [OFFLINE] file is not opened\n");
+  EXPECT_EQ(folder.Read("OFFLINE"), "");
+}
+
 TEST_F(Commit, IsFinishedBeforeTheRecordsAreCounted) {
   folder.Write("OFFLINE", "old\n");
   folder.Write("OFFLINE_TMP", "new\nnewer\n");
@@ -566,8 +601,11 @@ TEST_F(Commit, IsFinishedBeforeTheRecordsAreCounted) {
   EXPECT_EQ(lumo::CountOfflineRecords(), 0);
   lumo::FileClose(open);
   EXPECT_EQ(lumo::CountOfflineRecords(), 2);
-  folder.Remove("OFFLINE");
+  open = lumo::FileOpen("OFFLINE", "r");
   folder.Write("OFFLINE_TMP", "of another replay\n");
+  EXPECT_EQ(lumo::CommitOfflineTmp(), 32);
+  lumo::FileClose(open);
+  folder.Remove("OFFLINE");
   EXPECT_EQ(lumo::CountOfflineRecords(), 0);
   EXPECT_FALSE(folder.Exists("OFFLINE"));
 }

@@ -142,4 +142,24 @@ TEST_F(RecoveryFaults, AJoinedLogIsNotLostWhileNobodyKnowsOfTheOthers) {
   EXPECT_EQ(folder.Read("LOG"), "1\n");
 }
 
+TEST_F(RecoveryFaults, AJoinedLogWaitsWhileAnOtherCannotBeRead) {
+  for (const char *name : {"LOG.old", "LOG", "LOG.new"}) {
+    folder.Write("LOG.old", "1\n2\n");
+    folder.Write("LOG", "5\n");
+    folder.Write("LOG.new", "1\n2\n3\n4\n");
+    test::RefuseOpen(name);
+    lumo::RecoverJournals();
+    EXPECT_EQ(folder.Read("LOG.old"), "1\n2\n") << name;
+    EXPECT_EQ(folder.Read("LOG"), "5\n") << name;
+    EXPECT_EQ(folder.Read("LOG.new"), "1\n2\n3\n4\n") << name;
+  }
+  test::RefuseOpen("");
+  test::RefuseDelete("LOG.old");
+  lumo::RecoverJournals();
+  EXPECT_EQ(folder.Read("LOG.new"), "1\n2\n3\n4\n");
+  test::EndFileTrouble();
+  lumo::RecoverJournals();
+  EXPECT_EQ(folder.Read("LOG"), "1\n2\n3\n4\n5\n");
+}
+
 }  // namespace

@@ -74,7 +74,7 @@ TEST_F(Recovery, OfLinesLongerThanAChunk) {
 
 // The two logs are joined in a third file, and all three may be found in the middle of that.
 TEST_F(Recovery, OfItsOwnJoining) {
-  for (const char *unfinished : {"", "1\n2", "1\n2\n3\n4\n"}) {
+  for (const char *unfinished : {"", "1\n2", "1\n2\n3", "1\n2\n3\n4\n"}) {
     folder.Write("LOG.old", "1\n2\n");
     folder.Write("LOG", "3\n4\n");
     folder.Write("LOG.new", unfinished);

@@ -50,7 +50,7 @@ class Connection {
   // No bytes: the end.
   std::optional<std::string> Receive(std::string *piece) {
     piece->resize(kPieceBytes);
-    const auto problem = Run([&](const auto &done) { socket_.async_read_some(asio::buffer(*piece), done); });
+    auto problem = Run([&](const auto &done) { socket_.async_read_some(asio::buffer(*piece), done); });
     piece->resize(count_);
     return problem;
   }

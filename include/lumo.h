@@ -24,7 +24,7 @@
  *               length. The server may set limits of its own.
  *   Fatal       Two things end the host process, with status -1 and after a line in the trace. Memory runs
  *               out. Or a text, such as a card number or the shop's name, makes a line of a slip or report
- *               1024 bytes or longer.
+ *               1024 bytes or longer. GenerateReport names a third.
  *
  * A SALE
  *
@@ -556,8 +556,8 @@ LUMO_API const char *LUMO_CALL GetReportPtr(void);
 LUMO_API int LUMO_CALL RunUpdater(const char *package);
 LUMO_API int LUMO_CALL CommitUpdates(void);
 
-/* ---- Beyond the published calls --------------------------------------------------------------------- */
-/* Calls that other libraries of this interface lack. They change nothing in those above. */
+/* ---- Since version 1.1.0 ---------------------------------------------------------------------------- */
+/* They change nothing in the calls above. */
 
 /* The version of the library file, such as "1.1.0". Valid for ever. */
 LUMO_API const char *LUMO_CALL lumoVersion(void);

@@ -242,8 +242,8 @@ inline Result PaymentProc(int amount, Text bill_path) {
 /// PaymentProc that needs no confirmation.
 /// @param amount  as for PaymentProc
 /// @param bill_path  as for PaymentProc
-/// @return as PaymentProc, but for a bad bill ERR_JSON_FILE_OPEN, ERR_JSON_SYNTAX or
-/// ERR_RESPONSE_STRUCTURE.
+/// @return as PaymentProc, but for a bad bill ERR_JSON_FILE_OPEN, ERR_JSON_SYNTAX
+/// or ERR_RESPONSE_STRUCTURE.
 inline Result PaymentAndConfirmProc(int amount, Text bill_path) {
   return ::PaymentAndConfirmProc(amount, bill_path.get());
 }
@@ -429,7 +429,7 @@ inline Result CommitUpdates() {
   return ::CommitUpdates();
 }
 
-// ---- Beyond the published calls ----
+// ---- Since version 1.1.0 ----
 
 /// The version of the library file, such as "1.1.0".
 inline std::string lumoVersion() {

@@ -407,7 +407,7 @@ public static class Lumo
     /// <returns>-1, which has no message of its own.</returns>
     public static Result CommitUpdates() { return (Result)Native.CommitUpdates(); }
 
-    // ---- Beyond the published calls ----
+    // ---- Since version 1.1.0 ----
 
     /// <summary>The version of the library file, such as "1.1.0".</summary>
     public static string lumoVersion() { return Text(Native.lumoVersion()); }

@@ -318,7 +318,7 @@ function RunUpdater(const Package: UTF8String): LongInt;
 /// <returns>-1, which has no message of its own.</returns>
 function CommitUpdates: LongInt; cdecl; external LumoFile;
 
-{ ---- Beyond the published calls ---- }
+{ ---- Since version 1.1.0 ---- }
 
 /// <summary>The version of the library file, such as "1.1.0".</summary>
 function lumoVersion: UTF8String;

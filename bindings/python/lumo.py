@@ -453,7 +453,7 @@ class Library:
         """
         return self._dll.CommitUpdates()
 
-    # ---- Beyond the published calls ----
+    # ---- Since version 1.1.0 ----
 
     def lumoVersion(self) -> Optional[str]:
         """The version of the library file, such as "1.1.0"."""

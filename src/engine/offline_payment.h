@@ -17,6 +17,8 @@ struct BonusTotals {
   int32_t organizerFee;
 };
 
+// Completes a payment by the rates: earns per good, spends nothing, marks the record offline. 0,
+// ERR_NO_TRANSACTION or ERR_ORG_FEE_EXCEEDS_BONUS.
 int PaymentProcessOffline(Transaction *transaction, int32_t global_percent, int32_t local_percent,
                           int32_t fee_percent);
 // Adds to the totals; 0 or ERR_NO_TRANSACTION.

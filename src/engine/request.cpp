@@ -146,8 +146,8 @@ int GenerateRRN(Transaction *transaction, const char *last) {
 int GetLastRrnProcess(Transaction *transaction) {
   Trace("GetLastRrnProcess\n");
   if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
-  // A record of its own, so that the question leaves the operation's blocks and receipts alone. It ends here:
-  // a request of this type makes no RRN.
+  // A record of its own, so that the question leaves the operation's blocks and receipts alone. The
+  // recursion ends here: a request of this type makes no RRN.
   const ScopedTransaction scoped_question(TransactionCreate());
   Transaction *question = scoped_question.get();
   FillTransactionHeader(question, transaction->request.cardNum, transaction->request.employeeId);

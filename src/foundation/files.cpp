@@ -99,7 +99,7 @@ bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_leng
   return true;
 }
 
-// For when something else stands under the name that a new file is first made by.
+// Makes the file under its own name: for when name + ".new" cannot be made.
 Replaced MakeDirectly(const char *name, const char *text, uint32_t length) {
   HANDLE file = OpenPath(name, GENERIC_WRITE, CREATE_ALWAYS);
   if (!FileIsValid(file)) {

@@ -31,7 +31,7 @@ struct {
   int32_t lines;
 } log_count;
 
-// The count, and whether it is certain: nothing was read when it was remembered.
+// Exact when every line could be read, or when it was remembered.
 struct LineCount {
   int32_t lines;
   bool isExact;
@@ -171,7 +171,8 @@ void FlushOfflineTmp() {
 // Whether a record must be on the disk before its operation counts as done.
 enum class Durable { kNo, kYes };
 
-// Before anything else makes an OFFLINE, behind which the records of OFFLINE_TMP would be overlooked.
+// Gives OFFLINE_TMP its name after a commit that could not. Comes before anything that makes an OFFLINE,
+// beside which those records would be overlooked.
 void FinishCommit() {
   if (commit_is_unfinished && FileIsMissing(kOffline)) {
     const int code = FileMove(kOfflineTmp, kOffline);

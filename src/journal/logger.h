@@ -31,8 +31,7 @@ int AppendOfflineTmpEntry(const RecordEntry *entry);
 int CommitOfflineTmp();
 
 // Takes off the end of OFFLINE_TMP what OFFLINE holds still, in the same order: a replay that was interrupted
-// left it, and the next one would keep it twice. Given the whole list of OFFLINE. False when it cannot be
-// done.
+// left it, and the next one would keep it twice. Given the whole list of OFFLINE. False when that fails.
 bool DropInterruptedReplay(const RecordEntry *offline_records);
 
 // What OFFLINE_TMP was before a replay, and the way back to it.

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char kLog[] = "LOG";
 constexpr char kOldLog[] = "LOG.old";  // what a trim cuts
-constexpr char kNewLog[] = "LOG.new";  // both, on the way to become LOG
+constexpr char kNewLog[] = "LOG.new";  // LOG.old and LOG joined, before it becomes LOG
 constexpr char kOffline[] = "OFFLINE";
 constexpr char kOfflineTmp[] = "OFFLINE_TMP";
 
@@ -45,7 +45,7 @@ Answer HoldsLine(const Lines &lines, const Lines &other, const RecordEntry *line
   return failed ? Answer::kUnknown : Answer::kNo;
 }
 
-// Whether the last record of a file stands in another too. So it does when there is no record.
+// Whether the last record of `other_name` stands in `name` too. Yes as well when there is none.
 Answer HoldsLastLineOf(const char *name, const char *other_name) {
   const Lines lines(name);
   const Lines other(other_name);
@@ -98,8 +98,8 @@ void JoinLogs() {
   if (FileMove(kNewLog, kLog) == 0) FileDelete(kOldLog);
 }
 
-// LOG.new beside LOG was not finished, and all it holds is in the others; or it is whole, LOG had made way
-// for it, and a new LOG was begun before it could be given the name. Then it is the older log.
+// LOG.new beside LOG means one of two things. It was not finished, and the other files hold all of it. Or it
+// is whole, LOG was deleted for it, and a new LOG was begun before it had the name: then it is the older log.
 void RecoverNewLog() {
   const bool has_old_log = FileExists(kOldLog);
   const Answer in_log = HoldsLastLineOf(kLog, kNewLog);

@@ -149,7 +149,7 @@ int ReadAnswer(Transaction *transaction) {
 
 int TransactionProcessJson(Transaction *transaction) {
   Trace("TransactionProcessJson\n");
-  // An answer without one must not leave that of an earlier exchange behind.
+  // An answer without a request id must not leave that of an earlier exchange behind.
   transaction->response.requestId = nullptr;
   Server server = {};
   int result = Connect(transaction, &server);

@@ -51,7 +51,7 @@ constexpr Member<BalanceAccount> kAccountMembers[] = {
     {"availableAmount", "balance.availableAmount", &BalanceAccount::availableAmount},
     {"amount", "balance.amount", &BalanceAccount::amount}};
 
-// Written in the other order.
+// Read in this order; WriteCashBackPart writes requestId first.
 constexpr Member<CashBackBlock> kCashBackMembers[] = {
     {"cashBackType", "cashback.cashBackType", &CashBackBlock::cashBackType},
     {"requestId", "cashback.requestId", &CashBackBlock::requestId}};

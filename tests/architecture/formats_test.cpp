@@ -16,7 +16,7 @@ TEST(Formats, UseOnlyWhatTheFormatterKnows) {
       known(R"re(%(0?[0-9]*|\*)(\.([0-9]+|\*))?[dsxX%])re");
   int formats = 0;
   for (const fs::directory_entry &entry : fs::recursive_directory_iterator(LUMO_SOURCE_DIR "/src")) {
-    // Another formatter writes texts for a debugger there.
+    // In platform/ another formatter writes texts for a debugger.
     if (entry.path().string().find("/src/platform/") != std::string::npos) continue;
     if (!entry.is_regular_file() || entry.path().filename() == "debug_check.cpp") continue;
     std::ifstream source(entry.path());

@@ -101,7 +101,7 @@ void ce_RaiseException(DWORD code, DWORD flags, DWORD count, const ULONG_PTR *ar
   RaiseException(code, flags, count, arguments);
 }
 
-// There the number 0x42 always means the calling process.
+// On Windows CE the number 0x42 always means the calling process.
 BOOL ce_TerminateProcess(HANDLE process, DWORD status) {
   const auto number = reinterpret_cast<ULONG_PTR>(process);
   return TerminateProcess(number == 0x42 ? GetCurrentProcess() : process, status);

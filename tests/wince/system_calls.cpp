@@ -57,7 +57,7 @@ using lumo::WCHAR;
 
 extern "C" {
 
-// There the root of all folders is a backslash, and no name begins with a drive.
+// On Windows CE the root of all folders is a backslash, and no name begins with a drive.
 DWORD ce_GetModuleFileNameW(HMODULE module, WCHAR *name, DWORD capacity) {
   const std::string path = wince::PathOf(module);
   if (path.empty() || capacity == 0) {

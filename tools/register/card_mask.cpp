@@ -135,7 +135,7 @@ void CardMask::Learn(const std::vector<std::string> &cards, const std::vector<st
 
 std::string CardMask::Hide(std::string text) const {
   if (shows_) return text;
-  // In their members.
+  // Numbers that stand in members of cards.
   std::string hidden;
   size_t at = 0;
   ForEachCard(text, [&](std::string_view card) {
@@ -147,7 +147,7 @@ std::string CardMask::Hide(std::string text) const {
   text = hidden.append(text, at, std::string::npos);
   for (const std::string &card : cards_) ReplaceAll(text, card, Masked(card));
   for (const std::string &piece : torn_) ReplaceAll(text, piece, std::string(piece.size(), '*'));
-  // Those of other exchanges, as whole words.
+  // Numbers learnt from other exchanges, as whole words.
   for (size_t begin = 0; begin < text.size();) {
     size_t end = begin;
     while (end < text.size() && IsWordByte(text[end])) ++end;

@@ -102,7 +102,7 @@ std::string Apart(const std::function<std::string()> &what) {
   return what();
 }
 #else
-// What it says, from a process of its own: a file that is cut short ends the one that loads it.
+// Runs `what` in a process of its own: loading a file that is cut short ends the process.
 std::string Apart(const std::function<std::string()> &what) {
   int ends[2];
   if (pipe(ends) != 0) return "it cannot be tried: no pipe";

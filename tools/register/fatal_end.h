@@ -6,7 +6,7 @@
 
 namespace reg {
 
-// From now on. The trace is this file.
+// Tells of a fatal end from now on, with the last line of this trace.
 void WatchForFatalEnds(const std::filesystem::path &trace_file);
 
 }  // namespace reg

@@ -59,7 +59,7 @@ Busy::Busy() {
 Busy::~Busy() {
   if (interrupted != 0) End(interrupted);
   busy.unlock();
-  // One that came in between: whoever waits for it has the lock, or is about to.
+  // An interrupt that came between these two lines: its thread takes the lock and ends the process.
   while (interrupted != 0) std::this_thread::sleep_for(std::chrono::seconds(1));
 }
 

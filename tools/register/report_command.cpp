@@ -17,8 +17,8 @@ struct ReportOptions {
   bool isAll = false;
 };
 
-// The library leaves both bounds out and compares texts. Without its last letter the time of the opening is
-// before what was sold in that second, and after the second before.
+// The library leaves both bounds out and compares texts. The opening's time without its "Z" comes before what
+// was sold in that second and after the second before.
 std::string BeforeOpening(const Till &till) {
   const ShiftState state = ReadState(till.Folder() / "STATE");
   if (state.shiftState == 0 || state.openDate.empty()) {

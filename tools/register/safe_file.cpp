@@ -36,8 +36,8 @@ bool Sync(FILE *stream) {
 #endif
 
 #ifdef _WIN32
-// Nobody else has the file open; from then on until the end of this moment nobody will. It cannot be replaced
-// while it is held.
+// Whether somebody else had the file open just now. It is let go at once, since a file that is held cannot be
+// replaced.
 class Holding {
  public:
   explicit Holding(const std::filesystem::path &file) {

@@ -54,7 +54,7 @@ struct Till {
 
   // From here on an interrupt waits for the end of the command.
   Library &Loaded();
-  // After LUMOInit. It writes: what only looks must do with the files.
+  // The library after LUMOInit, which writes files. A command that only looks reads the files instead.
   Library &Started();
   // No call runs or is about to: an interrupt may end the register. Called at the end of every command.
   void Rest() { busy.reset(); }

@@ -286,7 +286,7 @@ void TraceReader::TakeError(std::string_view line) {
     const Meaning *found =
         std::find_if(begin, end, [line](const Meaning &row) { return StartsWith(line, row.line); });
     if (found == end || exchange_.code) return;
-    // What is said of the root behind the state is about a bill in the answer.
+    // Once the state is known, a line about the root element is about the answer's bill and decides nothing.
     if (found->code != -402 || exchange_.state.empty()) exchange_.code = found->code;
   };
   if (parses_) {

@@ -55,7 +55,8 @@ void AddCompletionCommand(CLI::App &app, Till &) {
       app.add_subcommand("completion", "A script that completes the register's words in a shell");
   auto shell = std::make_shared<std::string>();
   command->add_option("shell", *shell, "bash")->required()->check(CLI::IsMember({"bash"}));
-  command->callback([&app] { PrintBashScript(app); });
+  // The option writes to it until the command is done.
+  command->callback([&app, shell] { PrintBashScript(app); });
 }
 
 }  // namespace reg

@@ -122,7 +122,7 @@ std::string Apart(const std::function<std::string()> &what) {
   if (child < 0) return "it cannot be tried: no process";
   int status = 0;
   waitpid(child, &status, 0);
-  return WIFSIGNALED(status) ? "it cannot be loaded: it is damaged" : said;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? said : "it cannot be loaded: it is damaged";
 }
 
 // The number of a process, or "".

@@ -90,7 +90,10 @@ TEST_F(Operation, DepositExchangeAndLink) {
   const nlohmann::json link = Do({"link", "1000000008"});
   EXPECT_EQ(link["server"], nullptr);
   EXPECT_THAT(Run({"link", "1000000008", "--card", test::kRichCard}).out,
-              HasSubstr("  no server answered, RRN "));
+              HasSubstr("  link asks no server, RRN "));
+  // Nor is the answer to an operation before it its own.
+  const test::Outcome after = Run({"interactive"}, "card 1000000001\nbalance\nlink 1000000008\n");
+  EXPECT_THAT(after.out, HasSubstr("  link asks no server, RRN "));
   EXPECT_EQ(Run({"link"}).status, 2);
 }
 
@@ -144,6 +147,27 @@ TEST_F(Operation, PaymentWithoutTheServerSaysSo) {
   EXPECT_THAT(run.out, Not(HasSubstr("server SUCCESS")));
 }
 
+TEST_F(Operation, PaymentWithoutTheServerAndWithoutARecordSaysSo) {
+  Do({"balance"});
+  Run({"bill", "100"});
+  GoAway();
+  EXPECT_EQ(Do({"pay"})["kept"], true);
+  EXPECT_FALSE(Do({"balance"}, 1).contains("kept"));
+  // A folder in its place cannot be written.
+  std::filesystem::remove(folder / "OFFLINE");
+  std::filesystem::create_directory(folder / "OFFLINE");
+  const test::Outcome run = Run({"pay", "--card", test::kRichCard});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.out, HasSubstr("ОФФЛАЙН"));
+  EXPECT_THAT(run.out,
+              HasSubstr("\n  OFFLINE: no server was reached, and the record was NOT kept, RRN 12345"));
+  EXPECT_EQ(run.err,
+            "register: OFFLINE could not be written: no replay will tell the server of this operation\n");
+  const nlohmann::json facts = Do({"pay"}, 1);
+  EXPECT_EQ(facts["offline"], true);
+  EXPECT_EQ(facts["kept"], false);
+}
+
 TEST_F(Operation, ThatNoServerAnsweredShowsNoState) {
   Do({"balance"});
   GoAway();
@@ -181,6 +205,33 @@ TEST_F(Operation, BillIsWrittenOrNot) {
   EXPECT_EQ(Facts({"bill", "1", "none/BILL.JSN"}, 1)["code"], -105);
   EXPECT_EQ(Run({"bill"}).status, 2);
   EXPECT_EQ(Do({"pay", "none.JSN"}, 1)["code"], -106);
+}
+
+TEST_F(Operation, BillIsNeverAFileOfTheTerminal) {
+  Do({"balance"});
+  Write("OFFLINE", "{}\n");
+  Write("TRACE_2.TXT", "a trace");
+  std::error_code error;
+  std::filesystem::create_hard_link(folder / "OFFLINE", folder / "ELSE.JSN", error);
+  ASSERT_FALSE(error) << error.message();
+  const uintmax_t size = std::filesystem::file_size(library);
+  const auto before = Files();
+  for (const std::string &name :
+       {std::string("OFFLINE"), std::string("offline"), std::string("OFFLINE_TMP"), std::string("CONFIG"),
+        std::string("CONFIG.JSN"), std::string("STATE"), std::string("STATE.new"), std::string("LOG"),
+        std::string("LOG.old"), std::string("TRACE.TXT"), std::string("TRACE_2.TXT"), std::string("./LOG"),
+        std::string("/STATE"), std::string("../terminal/LOG"), std::string("LOG. "), std::string("ELSE.JSN"),
+        library.filename().u8string()}) {
+    const test::Outcome run = Run({"bill", "5", name});
+    EXPECT_EQ(run.status, 2) << name;
+    EXPECT_EQ(run.err, "register: " + name + " is a file of the terminal's own: a bill needs another name\n");
+    EXPECT_EQ(Run({"pay", name, "--card", test::kRichCard}).status, 2) << name;
+  }
+  EXPECT_EQ(Files(), before);
+  EXPECT_EQ(std::filesystem::file_size(library), size);
+  for (const char *name : {"LOGO.JSN", "STATEMENT", "OFFLINE-BILL.JSN"}) {
+    EXPECT_EQ(Run({"bill", "5", name}).status, 0) << name;
+  }
 }
 
 TEST_F(Operation, ShiftIsOpenedAndClosed) {

@@ -71,7 +71,8 @@ void AddCardCommands(CLI::App &app, Till &till) {
   link->add_option("linked", *linked, "Card number to link")->required();
   link->callback([card = AddCard(link), linked, &till] {
     Operate(till, *card,
-            {"link", [&](Library &library) { return library.LinkCardProc(linked->c_str()); }, nullptr});
+            {"link", [&](Library &library) { return library.LinkCardProc(linked->c_str()); }, nullptr, true,
+             false});
   });
 }
 

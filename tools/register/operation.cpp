@@ -1,5 +1,7 @@
 #include "operation.h"
 
+#include <algorithm>
+#include <fstream>
 #include <iostream>
 
 #include "amount.h"
@@ -27,8 +29,9 @@ class OneTransaction {
 struct Ending {
   int code = 0;
   bool isOffline = false;
-  std::string rrn;    // its own; empty when it had none
-  std::string state;  // of the server that answered; empty when none did
+  bool isKept = false;  // the record, by OFFLINE
+  std::string rrn;      // its own; empty when it had none
+  std::string state;    // of the server that answered; empty when none did
   std::string stateCode;
 };
 
@@ -42,40 +45,59 @@ bool IsLost(int code) {
   return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR;
 }
 
+// Of OFFLINE; none when it cannot be read.
+size_t CountWaiting(const Till &till) {
+  std::ifstream stream(till.Folder() / "OFFLINE", std::ios::binary);
+  size_t count = 0;
+  for (char block[4096]; stream.read(block, sizeof block), stream.gcount() > 0;) {
+    count += static_cast<size_t>(std::count(block, block + stream.gcount(), '\n'));
+  }
+  return count;
+}
+
 Ending Run(Till &till, const Operation &operation) {
   const Library &library = *till.library;
   const std::string rrn_before = LastRrn(library);
+  const size_t waiting_before = CountWaiting(till);
   Ending ending;
   {
     const Progress progress(till.TraceFile(), 0, till.showsProgress);
     ending.code = operation.call(*till.library);
   }
   ending.isOffline = library.lumoIsOffline() != 0;
+  // A payment returns 0 also when its record could not be written.
+  ending.isKept = ending.isOffline && ending.code != ERR_OFFLINE_SAVE && CountWaiting(till) > waiting_before;
   // That of an operation before it is not its own.
   const std::string rrn = LastRrn(library);
   if (rrn != rrn_before) ending.rrn = rrn;
   // Before any answer the state is "OK"; and it stays what it was when no answer comes.
   const std::string state = library.getResponseState();
   const bool is_done = ending.code == 0 || ending.code == ERR_OFFLINE_SAVE || ending.code == ERR_BILL_OPEN;
-  if (ending.code == ERR_SERVER_ERROR || (is_done && !ending.isOffline && state != "OK")) {
+  if (ending.code == ERR_SERVER_ERROR ||
+      (operation.asksServer && is_done && !ending.isOffline && state != "OK")) {
     ending.state = state;
     ending.stateCode = library.getResponseStateCode();
   }
   return ending;
 }
 
-std::string TextOf(const Ending &ending) {
+std::string TextOf(const Operation &operation, const Ending &ending) {
   const std::string rrn = std::string(", RRN ") + OrDash(ending.rrn);
-  if (ending.isOffline) return "  OFFLINE: no server was reached, the record waits to be sent" + rrn;
+  if (ending.isOffline) {
+    return (ending.isKept ? "  OFFLINE: no server was reached, the record waits to be sent"
+                          : "  OFFLINE: no server was reached, and the record was NOT kept") +
+           rrn;
+  }
+  if (!operation.asksServer) return "  " + operation.name + " asks no server" + rrn;
   if (ending.state.empty()) return "  no server answered" + rrn;
   return "  server " + ending.state + " / " + ending.stateCode + rrn;
 }
 
 Facts FactsOf(const Operation &operation, const Ending &ending) {
   Facts facts;
-  facts.Add("operation", operation.name)
-      .Add("offline", ending.isOffline)
-      .Add("rrn", ending.rrn.empty() ? nullptr : ending.rrn.c_str());
+  facts.Add("operation", operation.name).Add("offline", ending.isOffline);
+  if (ending.isOffline) facts.Add("kept", ending.isKept);
+  facts.Add("rrn", ending.rrn.empty() ? nullptr : ending.rrn.c_str());
   if (ending.state.empty()) return std::move(facts.Add("server", nullptr));
   return std::move(facts.Add("server", Facts().Add("state", ending.state).Add("code", ending.stateCode)));
 }
@@ -104,7 +126,7 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
   Facts facts = FactsOf(operation, ending);
   if (ending.code < 0) {
     facts.Add("mayBeDone", IsLost(ending.code));
-    if (!till.asJson) std::cout << TextOf(ending) << '\n';
+    if (!till.asJson) std::cout << TextOf(operation, ending) << '\n';
     if (!till.asJson && IsLost(ending.code)) {
       std::cout << "  The server may have done it or not: ask by the RRN, as after a lost answer.\n";
     }
@@ -116,7 +138,7 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
   if (operation.hasSlip) facts.Add("slip", slip);
   till.Show(facts, [&] {
     if (!slip.empty()) DrawSlip(std::cout, slip);
-    std::cout << TextOf(ending) << '\n';
+    std::cout << TextOf(operation, ending) << '\n';
     const char *separator = "  ";
     for (const auto &[name, amount] : amounts) {
       std::cout << separator << name << ' ' << ShowAmount(amount);
@@ -124,6 +146,10 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
     }
     if (!amounts.empty()) std::cout << '\n';
   });
+  if (ending.isOffline && !ending.isKept) {
+    std::cerr << "register: OFFLINE could not be written: no replay will tell the server of this operation\n";
+    till.status = kRefused;
+  }
 }
 
 }  // namespace reg

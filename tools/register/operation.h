@@ -19,6 +19,7 @@ struct Operation {
   std::function<int(Library &)> call;
   std::function<Amounts(Library &)> amounts;  // what it brought, after a success; may be none
   bool hasSlip = true;
+  bool asksServer = true;
 };
 
 // Runs the operation and shows what a cashier would see.

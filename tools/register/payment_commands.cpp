@@ -18,6 +18,7 @@ void AddBill(CLI::App &app, Till &till) {
   auto path = std::make_shared<std::string>(kBillFile);
   command->add_option("file", *path, "File, relative to the library's folder")->capture_default_str();
   command->callback([=, &till] {
+    till.RefuseKeptFile(*path);
     till.Check(till.Started().CreateAmountBill(*amount, path->c_str()));
     till.Show(Facts().Add("file", *path).Add("total", *amount),
               [&] { std::cout << "  written: " << *path << '\n'; });
@@ -34,6 +35,7 @@ void AddPay(CLI::App &app, Till &till) {
   auto confirms = std::make_shared<bool>(false);
   command->add_flag("--confirm", *confirms, "Confirm in the same call");
   command->callback([=, &till] {
+    till.RefuseKeptFile(*bill);  // a paid bill is rewritten
     const auto call = [&](Library &library) {
       const int wish = *spends ? 1 : 0;
       return *confirms ? library.PaymentAndConfirmProc(wish, bill->c_str())

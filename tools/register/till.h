@@ -51,6 +51,9 @@ struct Till {
   // The library file's folder, which holds all of lumo's files.
   std::filesystem::path Folder() const;
   std::filesystem::path TraceFile() const;
+  // Throws Failure when the name, which the library takes as one in its folder, is that of the library file
+  // or of a file that lumo keeps: whatever is written there is lost.
+  void RefuseKeptFile(const std::string &name) const;
 
   // From here on an interrupt waits for the end of the command.
   Library &Loaded();

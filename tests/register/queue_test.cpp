@@ -144,6 +144,34 @@ TEST_F(Queue, DropsNothingUnlessItIsSure) {
   }
 }
 
+TEST_F(Queue, IsThereUnderItsOtherName) {
+  std::filesystem::rename(folder / "OFFLINE", folder / "OFFLINE_TMP");
+  EXPECT_THAT(Run({"queue"}).out, HasSubstr("  2 records wait\n"));
+  EXPECT_THAT(Run({"journal", "--offline"}).out, HasSubstr("  2 records\n"));
+  EXPECT_THAT(Run({"status"}).out, HasSubstr("  waiting     2 offline records\n"));
+  EXPECT_THAT(Run({"doctor"}).out, HasSubstr("warning queue: 2 records to be sent to the server\n"));
+}
+
+TEST_F(Queue, DropsNothingWhileAReplayIsNotFinished) {
+  Write("OFFLINE_TMP", first + "\n");
+  const auto before = Files();
+  const test::Outcome run = Run({"queue", "drop", "1", "--yes"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, HasSubstr("a replay runs or was interrupted: run register queue replay first\n"));
+  EXPECT_EQ(Files(), before);
+  EXPECT_EQ(Run({"queue", "replay"}).status, 0);
+  EXPECT_FALSE(Exists("OFFLINE_TMP"));
+}
+
+TEST_F(Queue, IsNotEmptyWithoutItsFolder) {
+  const test::Outcome run =
+      test::Process(std::filesystem::u8path(REGISTER_PROGRAM),
+                    {"-l", (folder / "none" / "liblumo.so").u8string(), "queue"}, fresh.path())
+          .Wait();
+  EXPECT_EQ(run.status, 3);
+  EXPECT_THAT(run.err, HasSubstr("OFFLINE cannot be read\n"));
+}
+
 TEST_F(Queue, ClearsWhatAnotherProgramHasSent) {
   test::Outcome run = Run({"queue", "clear", "1"});
   EXPECT_EQ(run.status, 1);

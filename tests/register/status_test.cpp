@@ -75,4 +75,21 @@ TEST_F(Status, SaysWhatCannotBeRead) {
             3);
 }
 
+TEST_F(Status, AndTheOthersSayWhichFileIsAFolder) {
+  Configure();
+  std::filesystem::create_directory(folder / "STATE");
+  EXPECT_EQ(Run({"status"}).status, 3);
+  EXPECT_THAT(Run({"status"}).out, HasSubstr("STATE CANNOT BE READ"));
+  std::filesystem::create_directory(folder / "LOG");
+  EXPECT_THAT(Run({"status"}).err, HasSubstr("LOG cannot be read\n"));
+  EXPECT_THAT(Run({"journal"}).err, HasSubstr("LOG cannot be read\n"));
+  std::filesystem::create_directory(folder / "CONFIG.JSN");
+  EXPECT_THAT(Run({"configure", "--timeout", "5"}).err, HasSubstr("CONFIG.JSN cannot be read\n"));
+  const test::Outcome run = Run({"doctor"});
+  EXPECT_EQ(run.status, 1) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("trouble log: LOG cannot be read\n"));
+  EXPECT_THAT(run.out, HasSubstr("trouble folder: STATE cannot be opened for reading and writing\n"));
+  EXPECT_THAT(run.out, HasSubstr("warning settings: CONFIG.JSN cannot be read; CONFIG is in force\n"));
+}
+
 }  // namespace

@@ -86,8 +86,11 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
     complain(kNoFile, error.path1().u8string() + ": " + error.code().message());
   } catch (const std::bad_alloc &) {
     complain(kNoFile, "there is no memory left");
+  } catch (const std::exception &error) {
+    complain(kNoFile, std::string("it cannot go on: ") + error.what());
   }
-  std::cout.flush();
+  const bool is_out = std::cout.flush().good();
+  if (!is_out && till.status < kNoFile) complain(kNoFile, "standard output cannot be written");
   till.Rest();
   return till.status;
 }

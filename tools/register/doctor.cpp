@@ -303,6 +303,8 @@ void JudgeClock(const Terminal &terminal, Findings &findings) {
 }
 
 void JudgeQueue(const Terminal &terminal, Findings &findings) {
+  constexpr char kGiveRights[] =
+      "give the register's user the right to read it; where it is a folder, move that away";
   const Journal &queue = terminal.offline;
   if (queue.unreadable > 0) {
     findings.Warn(
@@ -318,7 +320,12 @@ void JudgeQueue(const Terminal &terminal, Findings &findings) {
   if (const size_t waiting = queue.records - queue.unreadable - queue.unnumbered; waiting > 0) {
     findings.Warn("queue", Count(waiting, "record") + " to be sent to the server", "register queue replay");
   }
-  if (queue.records == 0) findings.Ok("queue", "nothing waits");
+  if (!queue.isRead) {
+    findings.Trouble("queue", "what waits cannot be read", kGiveRights);
+  } else if (queue.records == 0) {
+    findings.Ok("queue", "nothing waits");
+  }
+  if (!terminal.log.isRead) findings.Trouble("log", "LOG cannot be read", kGiveRights);
   if (terminal.log.unreadable > 0) {
     findings.Warn("log", Count(terminal.log.unreadable, "line") + " of LOG that no report can read",
                   "nothing: they go with the oldest third");

@@ -51,6 +51,7 @@ struct Holder {
 
 // What stands in the journals. `last` is the last record that can be read, by its place.
 struct Journal {
+  bool isRead = true;  // or not there
   size_t records = 0;
   size_t unreadable = 0;  // no records, or of no operation
   size_t unnumbered = 0;

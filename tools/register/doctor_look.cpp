@@ -30,7 +30,13 @@ bool IsOperation(const std::string &type) {
 
 Journal LookAtJournal(const fs::path &file) {
   Journal journal;
-  for (const Record &record : ReadJournal(file)) {
+  std::vector<Record> records;
+  try {
+    records = ReadJournal(file);
+  } catch (const std::exception &) {
+    journal.isRead = false;
+  }
+  for (const Record &record : records) {
     ++journal.records;
     if (!record.readable || !IsOperation(record.type)) {
       ++journal.unreadable;
@@ -88,9 +94,10 @@ Terminal LookAt(const fs::path &library_file) {
   terminal.now = Now();
   terminal.settings = ReadTerminalSettings(terminal.folder);
   terminal.state = ReadState(terminal.folder / "STATE");
-  terminal.stateIsWhole = !terminal.state.present || !StopsLibrary(ReadWhole(terminal.folder / "STATE"));
+  terminal.stateIsWhole =
+      !terminal.state.present || !StopsLibrary(TryToRead(terminal.folder / "STATE").value_or(""));
   terminal.log = LookAtJournal(terminal.folder / "LOG");
-  terminal.offline = LookAtJournal(terminal.folder / "OFFLINE");
+  terminal.offline = LookAtJournal(QueueFile(terminal.folder));
   std::error_code error;
   for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"}) {
     if (fs::exists(terminal.folder / name, error)) terminal.leftovers.push_back(name);

@@ -30,7 +30,7 @@ CLI::Validator Day() {
 }
 
 void ShowJournal(Till &till, const JournalOptions &options) {
-  const std::filesystem::path file = till.Folder() / (options.isOffline ? "OFFLINE" : "LOG");
+  const std::filesystem::path file = options.isOffline ? QueueFile(till.Folder()) : till.Folder() / "LOG";
   std::vector<Facts> list;
   std::string lines;
   Sums sums;

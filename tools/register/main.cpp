@@ -11,6 +11,9 @@
 #include <windows.h>
 // After windows.h, which it needs.
 #include <shellapi.h>
+#else
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 namespace {
@@ -30,6 +33,16 @@ std::vector<std::string> TakeWords(int, char **) {
 }
 #else
 constexpr char kLibraryName[] = "liblumo.so";
+
+// A stream that was closed stays one that cannot be used: otherwise the next file that is opened would take
+// its number, and what is printed would go into a file of the terminal.
+void KeepStreams() {
+  int descriptor = 0;
+  do {
+    descriptor = open("/dev/null", O_RDONLY);
+  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) close(descriptor);
+}
 
 std::vector<std::string> TakeWords(int count, char **words) {
   return {words, words + count};
@@ -60,6 +73,9 @@ int Run(std::vector<std::string> words) {
 
 int main(int argc, char **argv) {
   try {
+#ifndef _WIN32
+    KeepStreams();
+#endif
     return Run(TakeWords(argc, argv));
   } catch (...) {
     std::fputs("register: it cannot go on\n", stderr);

@@ -15,10 +15,6 @@
 namespace reg {
 namespace {
 
-std::filesystem::path QueueFile(const Till &till) {
-  return till.Folder() / "OFFLINE";
-}
-
 // How the last attempt to send each number ended, as the trace tells it.
 std::map<std::string, std::string> ReadAttempts(const std::filesystem::path &trace) {
   std::map<std::string, std::string> ends;
@@ -60,7 +56,7 @@ void ShowQueue(Till &till, Facts facts, const std::string &first_line) {
   std::string lines;
   Sums sums;
   size_t number = 0;
-  for (const Record &record : ReadJournal(QueueFile(till))) {
+  for (const Record &record : ReadJournal(QueueFile(till.Folder()))) {
     const std::string why = WhyItWaits(record, ends);
     sums.Add(record);
     list.push_back(FactsOf(++number, record).Add("why", why));
@@ -117,9 +113,15 @@ std::string WithoutLine(const std::string &bytes, size_t number, std::string *ou
 }
 
 void Drop(Till &till, const DropOptions &options) {
-  if (!std::filesystem::exists(QueueFile(till))) throw Failure(kBadWords, "nothing waits");
+  if (!till.busy) till.busy = std::make_unique<Busy>();
+  // It would put the record back.
+  if (std::filesystem::exists(ReplayFile(till.Folder()))) {
+    throw Failure(kBadWords, "a replay runs or was interrupted: run register queue replay first");
+  }
+  const std::filesystem::path file = QueueFile(till.Folder());
+  if (CountRecords(file) == 0) throw Failure(kBadWords, "nothing waits");
   Record record;
-  EditFile(QueueFile(till), [&](const std::string &bytes) {
+  const auto edit = [&](const std::string &bytes) {
     std::string line;
     std::string rest = WithoutLine(bytes, options.number, &line);
     record = ReadRecord(line);
@@ -133,10 +135,17 @@ void Drop(Till &till, const DropOptions &options) {
                                    (record.rrn.empty() ? "RRN" : record.rrn) + ", or --yes");
     }
     return rest;
-  });
-  till.Show(Facts().Add("dropped", uint64_t{options.number}).AddJson("record", record.line), [&] {
-    std::cout << LineOf(options.number, record) << "\n  dropped; it was\n" << record.line << '\n';
-  });
+  };
+  // It is nowhere else afterwards, so nothing is taken out before somebody has it.
+  const auto hand_out = [&] {
+    till.Show(Facts().Add("dropped", uint64_t{options.number}).AddJson("record", record.line), [&] {
+      std::cout << LineOf(options.number, record) << "\n  dropped; it was\n" << record.line << '\n';
+    });
+    if (!std::cout.flush()) {
+      throw Failure(kNoFile, "the record cannot be handed out, so it stays in the queue");
+    }
+  };
+  EditFile(file, edit, hand_out);
 }
 
 void Clear(Till &till, int expected) {

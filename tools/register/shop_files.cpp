@@ -3,8 +3,11 @@
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <system_error>
+#include <utility>
 
 #include "amount.h"
+#include "till.h"
 #include "utf8.h"
 
 namespace reg {
@@ -52,6 +55,23 @@ void ReadBill(const Json &bill, Record *record) {
   }
 }
 
+// There is no such file, though its folder is there. A link to nothing is a file that cannot be read.
+bool IsMissing(const std::filesystem::path &file) {
+  std::error_code error;
+  return std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found &&
+         std::filesystem::is_directory(std::filesystem::absolute(file).parent_path(), error);
+}
+
+// Not open when the file is missing. Throws Failure when it cannot be read: some systems open a folder too.
+std::ifstream Open(const std::filesystem::path &file) {
+  std::ifstream stream;
+  if (IsMissing(file)) return stream;
+  std::error_code error;
+  if (!std::filesystem::is_directory(file, error)) stream.open(file, std::ios::binary);
+  if (!stream.is_open()) throw Failure(kNoFile, file.u8string() + " cannot be read");
+  return stream;
+}
+
 int Flagged(const Json &object, const char *key) {
   return Number(object, key) != 0 ? 1 : 0;
 }
@@ -86,16 +106,26 @@ Record ReadRecord(const std::string &line) {
   return record;
 }
 
+std::filesystem::path QueueFile(const std::filesystem::path &folder) {
+  const std::filesystem::path file = folder / "OFFLINE";
+  return IsMissing(file) && !IsMissing(ReplayFile(folder)) ? ReplayFile(folder) : file;
+}
+
+std::filesystem::path ReplayFile(const std::filesystem::path &folder) {
+  return folder / "OFFLINE_TMP";
+}
+
 std::string ReadWhole(const std::filesystem::path &file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::optional<std::string> bytes = TryToRead(file);
+  if (!bytes) throw Failure(kNoFile, file.u8string() + " cannot be read");
+  return *std::move(bytes);
 }
 
 std::vector<Record> ReadJournal(const std::filesystem::path &file) {
   std::vector<Record> records;
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream stream = Open(file);
   std::string line;
-  while (std::getline(stream, line)) {
+  while (stream.is_open() && std::getline(stream, line)) {
     if (stream.eof()) break;  // bytes after the last line feed belong to no record
     records.push_back(ReadRecord(line));
   }
@@ -103,19 +133,28 @@ std::vector<Record> ReadJournal(const std::filesystem::path &file) {
 }
 
 size_t CountRecords(const std::filesystem::path &file) {
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream stream = Open(file);
+  std::string line;
   size_t count = 0;
-  for (auto at = std::istreambuf_iterator<char>(stream); at != std::istreambuf_iterator<char>(); ++at) {
-    if (*at == '\n') ++count;
-  }
+  while (stream.is_open() && std::getline(stream, line) && !stream.eof()) ++count;
   return count;
+}
+
+std::optional<std::string> TryToRead(const std::filesystem::path &file) {
+  try {
+    std::ifstream stream = Open(file);
+    if (!stream.is_open()) return "";
+    return std::string{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  } catch (const std::exception &) {
+    return std::nullopt;
+  }
 }
 
 ShiftState ReadState(const std::filesystem::path &file) {
   ShiftState state;
   state.present = std::filesystem::exists(file);
   if (!state.present) return state;
-  const Json json = Json::parse(Mended(ReadWhole(file)), nullptr, false);
+  const Json json = Json::parse(Mended(TryToRead(file).value_or("")), nullptr, false);
   state.readable = json.is_object();
   if (!state.readable) return state;
   state.requestId = Text(json, "reqId");

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,10 +38,23 @@ struct ShiftState {
 };
 
 Record ReadRecord(const std::string &line);
-// Records of LOG or OFFLINE, in file order; none when the file is missing.
+
+// What waits to be sent: OFFLINE, or what the end of a replay left under another name, which the library's
+// next start makes OFFLINE.
+std::filesystem::path QueueFile(const std::filesystem::path &folder);
+// OFFLINE_TMP: it stands beside OFFLINE when a replay runs, or ended in the middle.
+std::filesystem::path ReplayFile(const std::filesystem::path &folder);
+
+// Nothing of a file that is missing. Throws Failure for one that is there and cannot be read, and for a
+// folder that is missing.
+std::string ReadWhole(const std::filesystem::path &file);
+// Records of LOG or OFFLINE, in file order; what comes after the last line feed is none. Throws as ReadWhole
+// does.
 std::vector<Record> ReadJournal(const std::filesystem::path &file);
 size_t CountRecords(const std::filesystem::path &file);
+
+// As ReadWhole, but never throws; nothing when it would.
+std::optional<std::string> TryToRead(const std::filesystem::path &file);
 ShiftState ReadState(const std::filesystem::path &file);
-std::string ReadWhole(const std::filesystem::path &file);
 
 }  // namespace reg

@@ -49,7 +49,7 @@ void ShowStatus(Till &till) {
   const TerminalSettings settings = ReadTerminalSettings(folder);
   const ShiftState state = ReadState(folder / "STATE");
   const ServerView server = Look(settings, "serverAddr"), alternate = Look(settings, "serverAltAddr");
-  const size_t log = CountRecords(folder / "LOG"), waiting = CountRecords(folder / "OFFLINE");
+  const size_t log = CountRecords(folder / "LOG"), waiting = CountRecords(QueueFile(folder));
   Facts facts;
   facts.Add("folder", folder.u8string())
       .Add("settings", settings.file.empty() ? nullptr : settings.file.c_str())

@@ -42,7 +42,7 @@ std::string TextOf(const Json &value) {
 }
 
 bool Load(const std::filesystem::path &file, TerminalSettings *settings) {
-  const std::string bytes = ReadWhole(file);
+  const std::string bytes = TryToRead(file).value_or("");
   const std::string text = Mended(bytes);
   const Json json = Json::parse(text, nullptr, false);
   if (!json.is_object()) return false;

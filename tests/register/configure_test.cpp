@@ -159,11 +159,32 @@ TEST_F(Configure, RefusesWhatCannotWork) {
   Refuse({"--local-bonus", "101"}, 2, "--local-bonus");
   Refuse({"--global-bonus", "-1"}, 2, "--global-bonus");
   Refuse({"--log-size", "2"}, 2, "--log-size");
+  // What would end the request's line, and an address that is nobody's.
+  for (const char *address :
+       {"http://10.0.0.5:80/a b", "http://10.0.0.5:80/a\nb", "http://10.0.0.5:80/a\x7F",
+        "http://10.0.0.5:80/ HTTP/1.1", "http://0.0.0.0:80/ws", "http://0.00.000.0:80/"}) {
+    Refuse({"--server", address}, 2, "--server: not an address the library can use: ");
+    Refuse({"--alternate", address}, 2, "--alternate: not an address the library can use: ");
+  }
+  Refuse({"--server", "http://10.0.0.5:80/" + std::string(3000, 'x')}, 2, "--server: longer than an address");
+  Refuse({"--protocol", ""}, 2, "--protocol: the server refuses everything without it");
+  for (const char *option : {"--protocol", "--network", "--header", "--footer"}) {
+    Refuse({option, "a\tb"}, 2, std::string(option) + ": it has control characters");
+    Refuse({option, "a\x7F"}, 2, std::string(option) + ": it has control characters");
+  }
+  Refuse({"--network", "a\nb"}, 2, "--network: it has control characters");
+  Refuse({"--terminal", "12345\n"}, 2, "--terminal: its first five characters");
   Refuse({"--terminal", "123"}, 2, "--terminal: its first five characters");
   Refuse({"--terminal", "12 456"}, 2, "--terminal: its first five characters");
   Refuse({"--header", std::string(1000, 'x')}, 2, "--header: longer than the line of a slip");
   Refuse({"--fee", "6"}, 2, "the fee of 6 % is more than both bonuses together (5 %)");
   Refuse({"--global-bonus", "1", "--fee", "5"}, 2, "together (4 %)");
+}
+
+TEST_F(Configure, TakesSeveralLinesForASlip) {
+  Write("CONFIG", "{}");
+  EXPECT_EQ(Run({"configure", "--header", "a\nb", "--footer", "c\nd"}).status, 0);
+  EXPECT_EQ(Read("CONFIG"), "{\"receiptHeader\":\"a\\nb\",\"receiptFooter\":\"c\\nd\"}");
 }
 
 TEST_F(Configure, LeavesAloneWhatItCannotRead) {

@@ -72,7 +72,9 @@ TEST_F(Doctor, WorksWhereTheLibraryDoesNotStart) {
   EXPECT_THAT(Said("settings", 1), StartsWith("trouble: no settings can be read"));
   const test::Outcome run = Run({"doctor"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.out, HasSubstr("            cure: register configure, or put a good CONFIG.JSN"));
+  EXPECT_THAT(run.out,
+              HasSubstr("            cure: repair or remove it, then register configure --server ... "
+                        "--terminal ...\n"));
   EXPECT_THAT(run.out, HasSubstr("This terminal is NOT fit to sell; troubles: 2, warnings: 0\n"));
 }
 

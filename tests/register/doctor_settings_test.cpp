@@ -86,11 +86,27 @@ TEST(ServerAddress, IsTakenApart) {
 }
 
 TEST(ServerAddress, IsRefusedWhenTheLibraryCouldNotUseIt) {
-  for (const char *address :
-       {"", "foo", "http://", "http://10.0.0.5", "http://10.0.0.5/ws", "http://10.0.0.5:80",
-        "https://10.0.0.5:80/ws", "http://localhost:80/ws", "http://10.0.0:80/ws", "http://10.0.0.0.5:80/ws",
-        "http://10.0.0.256:80/ws", "http://10.0..5:80/ws", "http://10.0.0.5:0/ws", "http://10.0.0.5:65536/ws",
-        "http://10.0.0.5:x/ws", "http://10.0.0.5:-1/ws", "http://:80/ws"})
+  for (const char *address : {"",
+                              "foo",
+                              "http://",
+                              "http://10.0.0.5",
+                              "http://10.0.0.5/ws",
+                              "http://10.0.0.5:80",
+                              "https://10.0.0.5:80/ws",
+                              "http://localhost:80/ws",
+                              "http://10.0.0:80/ws",
+                              "http://10.0.0.0.5:80/ws",
+                              "http://10.0.0.256:80/ws",
+                              "http://10.0..5:80/ws",
+                              "http://10.0.0.5:0/ws",
+                              "http://10.0.0.5:65536/ws",
+                              "http://10.0.0.5:x/ws",
+                              "http://10.0.0.5:-1/ws",
+                              "http://:80/ws",
+                              "http://10.0.0.5:80/a b",
+                              "http://10.0.0.5:80/a\r\n",
+                              "http://10.0.0.5:80/\x7F",
+                              "http://0.0.0.0:80/ws"})
     EXPECT_FALSE(reg::ParseServerAddress(address)) << address;
 }
 

@@ -94,14 +94,25 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
          t.settings = reg::TerminalSettings();
          t.servers.clear();
        },
-       "trouble settings: there is no CONFIG.JSN and no CONFIG: LUMOInit returns -111 | register configure"},
+       "trouble settings: there is no CONFIG.JSN and no CONFIG: LUMOInit returns -111 | register configure "
+       "--server ... --terminal ..., or put"},
       {"BadSettings",
        [](Terminal &t) {
          t.settings = reg::TerminalSettings();
          t.settings.isKept = true;
          t.servers.clear();
        },
-       "trouble settings: no settings can be read: LUMOInit returns -111 | register configure"},
+       "trouble settings: no settings can be read: LUMOInit returns -111 | repair or remove it, then "
+       "register configure --server ... --terminal ..."},
+      {"LongHeader", [](Terminal &t) { Set(t, "receiptHeader", std::string(2000, 'x')); },
+       "trouble settings: receiptHeader has 2000 bytes: the library ends the process when it prints a slip | "
+       "keep it below 1000"},
+      {"LongFooter", [](Terminal &t) { Set(t, "receiptFooter", std::string(1000, 'x')); },
+       "trouble settings: receiptFooter has 1000 bytes: "},
+      {"LongNetwork", [](Terminal &t) { Set(t, "retailNetworkName", std::string(1000, 'x')); },
+       "trouble settings: retailNetworkName has 1000 bytes: "},
+      {"LongTerminal", [](Terminal &t) { Set(t, "terminalId", "12345" + std::string(995, 'x')); },
+       "trouble settings: terminalId has 1000 bytes: "},
       {"BadDelivery", [](Terminal &t) { t.settings.isDelivered = true; },
        "warning settings: CONFIG.JSN cannot be read; CONFIG is in force | correct CONFIG.JSN"},
       {"DeliveryBesideConfig",

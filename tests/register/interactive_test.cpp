@@ -40,6 +40,17 @@ TEST_F(Interactive, GoesOnAfterALineItCannotUse) {
   EXPECT_THAT(run.out, HasSubstr("shift open"));
 }
 
+TEST_F(Interactive, RefusesAQuoteThatIsNotClosed) {
+  Configure();
+  const test::Outcome run = Run({"interactive"}, "configure --header \"a b\nconfigure --footer 'c d'\n");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "register: a quote is not closed: configure --header \"a b\n");
+  EXPECT_THAT(Read("CONFIG"), HasSubstr("\"receiptHeader\":\"Магазин\",\"receiptFooter\":\"c d\""));
+  // An apostrophe is a letter.
+  EXPECT_EQ(Run({"interactive"}, "configure --footer O'Hara\n").status, 0);
+  EXPECT_THAT(Read("CONFIG"), HasSubstr("\"receiptFooter\":\"O'Hara\""));
+}
+
 TEST_F(Interactive, TellsAProgramOneLineForEachCommand) {
   Configure();
   const test::Outcome run = Run({"--json", "interactive"}, "message -405\nbalance\n");

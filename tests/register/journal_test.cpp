@@ -96,10 +96,14 @@ TEST_F(Journal, OfATerminalWithoutOneIsEmpty) {
 }
 
 TEST_F(Journal, RefusesWhatIsNoDay) {
-  for (const char *day : {"today", "2012-12-5", "2012/12/05", "2012-12-05T00", ""}) {
+  for (const char *day : {"today", "2012-12-5", "2012/12/05", "2012-12-05T00", "", "2026-13-45", "2026-00-10",
+                          "2026-01-00", "2026-01-32", "2026-04-31", "2026-02-29", "1900-02-29"}) {
     const test::Outcome run = Run({"journal", "--day", day});
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err, HasSubstr("--day"));
+  }
+  for (const char *day : {"2024-02-29", "2000-02-29", "2026-01-31", "2026-04-30", "2026-12-31"}) {
+    EXPECT_EQ(Run({"journal", "--day", day}).status, 0) << day;
   }
   EXPECT_EQ(Run({"journal", "more"}).status, 2);
 }

@@ -61,12 +61,18 @@ TEST_F(Status, TellsAProgram) {
 TEST_F(Status, SaysWhatCannotBeRead) {
   EXPECT_THAT(Run({"status"}).out, HasSubstr("settings    NONE that can be read"));
   EXPECT_EQ(Run({"status"}).status, 3);
+  EXPECT_EQ(Run({"status"}).err, "register: there is no CONFIG.JSN and no CONFIG\n");
+  Write("CONFIG", "{");
+  Write("STATE", "[");
+  EXPECT_EQ(Run({"status"}).err, "register: the settings cannot be read; STATE cannot be read\n");
+  std::filesystem::remove(folder / "STATE");
   Configure("", "http://example:80/");
   EXPECT_EQ(Run({"status"}).status, 0);
   EXPECT_THAT(Run({"status"}).out, HasSubstr("http://example:80/  NOT USABLE"));
   Write("STATE", "{\"shiftSt");
   EXPECT_THAT(Run({"status"}).out, HasSubstr("shift       STATE CANNOT BE READ"));
   EXPECT_EQ(Run({"status"}).status, 3);
+  EXPECT_EQ(Run({"status"}).err, "register: STATE cannot be read\n");
   const std::filesystem::path elsewhere = folder / "none" / "liblumo.so";
   EXPECT_EQ(test::Process(std::filesystem::u8path(REGISTER_PROGRAM), {"-l", elsewhere.u8string(), "status"},
                           fresh.path())

@@ -70,6 +70,18 @@ TEST_F(TraceCommand, ShowsTheLastOnes) {
   EXPECT_THAT(list, HasSubstr("    3  2012-12-05 10:00:00  PAYMENT "));
 }
 
+TEST_F(TraceCommand, CountsFromOne) {
+  Put("refused");
+  for (const char *option : {"--last", "--exchange"}) {
+    for (const char *number : {"0", "-1", "x"}) {
+      const test::Outcome run = Run({"trace", option, number});
+      EXPECT_EQ(run.status, 2) << option << number;
+      EXPECT_THAT(run.err, HasSubstr(option));
+      EXPECT_LT(run.err.size(), 200U) << run.err;
+    }
+  }
+}
+
 TEST_F(TraceCommand, ReadsATagsTraceOrAnotherFile) {
   Write("TRACE_2.TXT", ReadGolden("refused.trace"));
   EXPECT_EQ(Run({"--tag", "2", "trace"}).out, ReadGolden("refused.list"));

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -12,7 +13,6 @@
 namespace reg {
 namespace {
 
-constexpr size_t kLongestText = 1000;  // a line of a slip has 1023 bytes
 constexpr size_t kTerminalDigits = 5;  // of the terminal's id, in every RRN
 
 struct ConfigureOptions {
@@ -30,7 +30,7 @@ std::string ProblemOfAddress(const std::string &address) {
   const size_t slash = address.find('/', 7);
   const bool is_number = colon < slash && slash != std::string::npos &&
                          address.find_first_not_of("0123456789", colon + 1) == slash;
-  if (parsed && is_number) return "";
+  if (parsed && is_number) return address.size() < kSlipTextLimit ? "" : "longer than an address may be";
   return "not an address the library can use: " + address +
          "; it takes http://a.b.c.d:port/path with the address in digits and a port from 1 to 65535";
 }
@@ -42,22 +42,39 @@ CLI::Validator Address(bool may_be_empty) {
           "ADDRESS"};
 }
 
-CLI::Validator SlipText() {
+bool HasControls(const std::string &text, bool takes_lines) {
+  return std::any_of(text.begin(), text.end(), [takes_lines](char byte) {
+    return (byte >= 0 && byte < ' ' && !(takes_lines && byte == '\n')) || byte == '\x7F';
+  });
+}
+
+// One that the slip prints may have several lines.
+CLI::Validator SlipText(bool takes_lines = false) {
+  return {[takes_lines](const std::string &text) {
+            if (text.size() >= kSlipTextLimit) return std::string("longer than the line of a slip may be");
+            return std::string(HasControls(text, takes_lines) ? "it has control characters" : "");
+          },
+          "TEXT"};
+}
+
+CLI::Validator NotEmpty() {
   return {[](const std::string &text) {
-            return std::string(text.size() < kLongestText ? "" : "longer than the line of a slip may be");
+            return std::string(text.empty() ? "the server refuses everything without it" : "");
           },
           "TEXT"};
 }
 
 CLI::Validator TerminalId() {
-  return {[](const std::string &text) {
-            const bool is_usable =
-                text.size() >= kTerminalDigits && text.size() < kLongestText &&
-                text.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz") >=
-                    kTerminalDigits;
-            return std::string(is_usable ? "" : "its first five characters must be digits or Latin letters");
-          },
-          "ID"};
+  return {
+      [](const std::string &text) {
+        const bool is_usable =
+            text.size() >= kTerminalDigits && text.size() < kSlipTextLimit && !HasControls(text, false) &&
+            text.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz") >=
+                kTerminalDigits;
+        return std::string(
+            is_usable ? "" : "its first five characters must be digits or Latin letters, and none a control");
+      },
+      "ID"};
 }
 
 void AddConfigureOptions(CLI::App *command, const std::shared_ptr<ConfigureOptions> &options) {
@@ -66,10 +83,10 @@ void AddConfigureOptions(CLI::App *command, const std::shared_ptr<ConfigureOptio
   command->add_option("--alternate", options->alternate, "Alternate server address; \"\" for none")
       ->check(Address(true));
   command->add_option("--terminal", options->terminal, "Terminal id")->check(TerminalId());
-  command->add_option("--protocol", options->protocol, "Protocol version")->check(SlipText());
+  command->add_option("--protocol", options->protocol, "Protocol version")->check(SlipText() & NotEmpty());
   command->add_option("--network", options->network, "Name of the retail network")->check(SlipText());
-  command->add_option("--header", options->header, "First line of each slip")->check(SlipText());
-  command->add_option("--footer", options->footer, "Last line of each slip")->check(SlipText());
+  command->add_option("--header", options->header, "First line of each slip")->check(SlipText(true));
+  command->add_option("--footer", options->footer, "Last line of each slip")->check(SlipText(true));
   command->add_option("--timeout", options->timeout, "Seconds that each send and receive may take")
       ->check(CLI::Range(1, 3600));
   command->add_option("--offline", options->offline, "1: sell without the server too")

@@ -81,14 +81,28 @@ void JudgeOfflineRates(const TerminalSettings &settings, Findings &findings) {
   }
 }
 
+void JudgeSlipTexts(const TerminalSettings &settings, Findings &findings) {
+  for (const char *key : {"terminalId", "retailNetworkName", "receiptHeader", "receiptFooter"}) {
+    const size_t length = settings.Text(key).size();
+    if (length < kSlipTextLimit) continue;
+    findings.Trouble("settings",
+                     std::string(key) + " has " + std::to_string(length) +
+                         " bytes: the library ends the process when it prints a slip",
+                     "keep it below " + std::to_string(kSlipTextLimit) + " bytes");
+  }
+}
+
 void JudgeSettings(const Terminal &terminal, Findings &findings) {
   const TerminalSettings &settings = terminal.settings;
   if (settings.file.empty()) {
     const bool any = settings.isDelivered || settings.isKept;
-    findings.Trouble("settings",
-                     any ? "no settings can be read: LUMOInit returns -111"
-                         : "there is no CONFIG.JSN and no CONFIG: LUMOInit returns -111",
-                     "register configure, or put a good CONFIG.JSN into the folder");
+    findings.Trouble(
+        "settings",
+        any ? "no settings can be read: LUMOInit returns -111"
+            : "there is no CONFIG.JSN and no CONFIG: LUMOInit returns -111",
+        any ? "repair or remove it, then register configure --server ... --terminal ..."
+            : "register configure --server ... --terminal ..., or put a good CONFIG.JSN into the "
+              "folder");
     return;
   }
   const size_t before = findings.list().size();
@@ -134,6 +148,7 @@ void JudgeSettings(const Terminal &terminal, Findings &findings) {
         "there is no logSize of 3 or more: LOG grows without bound, and every operation becomes slower",
         "set logSize, 3000 say");
   }
+  JudgeSlipTexts(settings, findings);
   JudgeOfflineRates(settings, findings);
   for (const std::string &key : settings.truths) {
     findings.Warn("settings", key + " is true or false, which reads as 0", "1 or 0");

@@ -34,6 +34,23 @@ void AddHelp(CLI::App &app) {
   });
 }
 
+// CLI11 would take what follows it as one word. A quote inside a word is a letter of it, and so is one behind
+// a backslash.
+bool HasOpenQuote(const std::string &line) {
+  char open = 0;
+  char before = ' ';
+  for (const char byte : line) {
+    if (open != 0) {
+      if (byte == open && before != '\\') open = 0;
+    } else if ((byte == '"' || byte == '\'' || byte == '`') &&
+               (before == ' ' || before == '\t' || before == '=')) {
+      open = byte;
+    }
+    before = byte;
+  }
+  return open != 0;
+}
+
 // One line, one command, until "quit" or the end of the input. The worst status of them all is the
 // register's.
 int TakeLines(Till &till) {
@@ -54,7 +71,10 @@ int TakeLines(Till &till) {
     app.add_subcommand("quit", "Leave")->callback([&quit] { quit = true; });
     CLI::App *card = app.add_subcommand("card", "Choose the card for the next operations");
     card->add_option("number", till.card, "Card number")->required();
-    worst = std::max(worst, Parse(app, till, [&] { app.parse(line, false); }));
+    worst = std::max(worst, Parse(app, till, [&] {
+                       if (HasOpenQuote(line)) throw Failure(kBadWords, "a quote is not closed: " + line);
+                       app.parse(line, false);
+                     }));
     if (quit) break;
   }
   return worst;

@@ -17,6 +17,12 @@ struct JournalOptions {
   std::optional<std::string> day;
 };
 
+bool IsInCalendar(int year, int month, int day) {
+  if (month < 1 || month > 12 || day < 1) return false;
+  if (month == 2) return day <= ((year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 29 : 28);
+  return day <= (month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31);
+}
+
 // YYYY-MM-DD.
 CLI::Validator Day() {
   return {[](const std::string &text) {
@@ -24,6 +30,8 @@ CLI::Validator Day() {
             for (size_t i = 0; i < text.size() && is_day; ++i) {
               is_day = i == 4 || i == 7 ? text[i] == '-' : text[i] >= '0' && text[i] <= '9';
             }
+            is_day = is_day && IsInCalendar(std::stoi(text.substr(0, 4)), std::stoi(text.substr(5, 2)),
+                                            std::stoi(text.substr(8, 2)));
             return std::string(is_day ? "" : "not a day as 2012-12-05: " + text);
           },
           "DAY"};

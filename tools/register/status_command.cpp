@@ -81,7 +81,17 @@ void ShowStatus(Till &till) {
               << "  update      " << (state.update != 0 ? "announced by the server" : "none announced")
               << '\n';
   });
-  if (settings.file.empty() || (state.present && !state.readable)) till.status = kNoFile;
+  std::string unreadable;
+  if (settings.file.empty()) {
+    unreadable = settings.isDelivered || settings.isKept ? "the settings cannot be read"
+                                                         : "there is no CONFIG.JSN and no CONFIG";
+  }
+  if (state.present && !state.readable) {
+    unreadable += unreadable.empty() ? "STATE cannot be read" : "; STATE cannot be read";
+  }
+  if (unreadable.empty()) return;
+  std::cerr << "register: " << unreadable << '\n';
+  till.status = kNoFile;
 }
 
 }  // namespace

@@ -131,6 +131,9 @@ std::optional<ServerAddress> ParseServerAddress(const std::string &address) {
   const size_t colon = address.find(':', begin);
   const size_t slash = address.find('/', std::min(colon, address.size()));
   if (address.compare(0, begin, kScheme) != 0 || slash == std::string::npos) return std::nullopt;
+  // They would end the request's first line, or its path.
+  const auto breaks_line = [](char byte) { return (byte >= 0 && byte <= ' ') || byte == '\x7F'; };
+  if (std::any_of(address.begin(), address.end(), breaks_line)) return std::nullopt;
   ServerAddress parsed;
   parsed.host = address.substr(begin, colon - begin);
   const std::string port = address.substr(colon + 1, slash - colon - 1);
@@ -139,7 +142,9 @@ std::optional<ServerAddress> ParseServerAddress(const std::string &address) {
   if (parsed.path.size() > 1 && (parsed.path.back() == '/' || parsed.path.back() == '\\')) {
     parsed.path.pop_back();
   }
-  if (!IsDotted(parsed.host) || parsed.port <= 0 || parsed.port > 65535) return std::nullopt;
+  // 0.0.0.0 is an address to listen at, and nobody's, however its zeros are written.
+  if (!IsDotted(parsed.host) || parsed.host.find_first_not_of("0.") == std::string::npos) return std::nullopt;
+  if (parsed.port <= 0 || parsed.port > 65535) return std::nullopt;
   return parsed;
 }
 

@@ -2,6 +2,7 @@
 // without it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -24,6 +25,9 @@ struct TerminalSettings {
   std::string Text(const char *key) const;
   int32_t Number(const char *key) const;
 };
+
+// Beyond it a line of a slip may be longer than the library's 1023 bytes, which ends the process.
+constexpr size_t kSlipTextLimit = 1000;
 
 bool IsNumberSetting(const std::string &key);
 

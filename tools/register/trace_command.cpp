@@ -2,6 +2,7 @@
 #include <chrono>
 #include <deque>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <thread>
 
@@ -121,11 +122,11 @@ void AddTraceCommand(CLI::App &app, Till &till) {
   auto options = std::make_shared<TraceOptions>();
   trace->add_option("file", options->file, "Another file than TRACE.TXT or TRACE_<tag>.TXT of the terminal");
   CLI::Option *one = trace->add_option("-e,--exchange", options->exchange, "Show this one in full")
-                         ->type_name("NUMBER")
-                         ->check(CLI::PositiveNumber);
+                         ->check(CLI::Range(int64_t{1}, std::numeric_limits<int64_t>::max()))
+                         ->type_name("NUMBER");
   CLI::Option *last = trace->add_option("-n,--last", options->last, "Only the last of them")
-                          ->type_name("COUNT")
-                          ->check(CLI::PositiveNumber);
+                          ->check(CLI::Range(int64_t{1}, std::numeric_limits<int64_t>::max()))
+                          ->type_name("COUNT");
   CLI::Option *follow =
       trace->add_flag("-f,--follow", options->follows, "Go on as the trace grows, until interrupted");
   trace->add_flag("--show-cards", options->showsCards, "Do not hide the numbers of cards");

@@ -94,8 +94,8 @@ TEST_F(Queue, KeepsWhatFailedAndSaysWhy) {
   const nlohmann::json facts = Facts({"queue", "replay"}, 1);
   EXPECT_EQ(facts["sent"], 0);
   EXPECT_EQ(facts["of"], 1);
-  EXPECT_EQ(facts["records"][0]["why"], "error -402");
-  EXPECT_THAT(Run({"queue"}).out, HasSubstr("     error -402\n"));
+  EXPECT_EQ(facts["records"][0]["why"], "an answer cut off, or none of this protocol");
+  EXPECT_THAT(Run({"queue"}).out, HasSubstr("     an answer cut off, or none of this protocol\n"));
 }
 
 TEST_F(Queue, DropsOneRecordAndKeepsEveryOtherByte) {
@@ -111,6 +111,29 @@ TEST_F(Queue, DropsOneRecordAndKeepsEveryOtherByte) {
   EXPECT_EQ(Facts({"queue", "drop", "1", "--yes"})["record"]["bill"]["totalSum"], 20050);
   EXPECT_EQ(Read("OFFLINE"), "torn");
   EXPECT_FALSE(Exists("OFFLINE.new"));
+}
+
+TEST_F(Queue, HandsOutARecordByteForByte) {
+  const std::string twice = R"({"request":{"a":1.50,"a":2}})";
+  Write("OFFLINE", twice + "\nrubbish \xFF\n\xFF\xFE\n");
+  EXPECT_EQ(Facts({"queue", "drop", "1", "--yes"})["line"], twice);
+  nlohmann::json facts = Facts({"queue", "drop", "1", "--yes"});
+  EXPECT_EQ(facts["lineBase64"], "cnViYmlzaCD/");
+  EXPECT_FALSE(facts.contains("line"));
+  facts = Facts({"queue", "drop", "1", "--yes"});
+  EXPECT_EQ(facts["lineBase64"], "//4=");
+}
+
+TEST_F(Queue, TellsAProgramWhatWasNotUnderstood) {
+  for (const Words &words : {Words{"queue", "teapot"},
+                             {"queue", "drop"},
+                             {"queue", "drop", "0"},
+                             {"queue", "clear", "-1"},
+                             {"queue", "drop", "1", "--rrn"},
+                             {}}) {
+    EXPECT_NE(Facts(words, 2)["error"].get<std::string>(), "") << testing::PrintToString(words);
+  }
+  EXPECT_THAT(Run({"queue", "drop", "0", "--yes"}).err, HasSubstr("1 to 2147483647\n"));
 }
 
 TEST_F(Queue, IsGoneWithItsLastRecord) {

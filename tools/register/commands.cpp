@@ -80,6 +80,11 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
     till.status = kRefused;
   } catch (const CLI::ParseError &error) {
     till.status = app.exit(error) == 0 ? kDone : kBadWords;
+    // A line that is not understood may have no effect yet, so the flag is asked for itself.
+    const CLI::Option *json = app.get_option_no_throw("--json");
+    if (till.status != kDone && (till.asJson || (json != nullptr && json->count() > 0))) {
+      std::cout << Facts().Add("error", error.what()).Text() << '\n';
+    }
   } catch (const Failure &failure) {
     complain(failure.status, failure.what());
   } catch (const std::filesystem::filesystem_error &error) {

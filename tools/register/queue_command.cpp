@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -11,6 +12,8 @@
 #include "shop_files.h"
 #include "trace_file.h"
 #include "trace_reader.h"
+#include "trace_view.h"
+#include "utf8.h"
 
 namespace reg {
 namespace {
@@ -28,7 +31,7 @@ std::map<std::string, std::string> ReadAttempts(const std::filesystem::path &tra
     } else if (exchange.Reached() == nullptr) {
       end = "no server reached";
     } else {
-      end = exchange.code ? "error " + std::to_string(*exchange.code) : "the trace ends before the answer";
+      end = exchange.code ? CodeInWords(*exchange.code) : "the trace ends before the answer";
     }
     ends[exchange.rrn] = end;
   });
@@ -96,6 +99,20 @@ struct DropOptions {
   bool isSure = false;
 };
 
+std::string Base64(const std::string &bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (size_t at = 0; at < bytes.size(); at += 3) {
+    uint32_t three = 0;
+    for (size_t i = at; i < at + 3; ++i) {
+      three = three << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
+    }
+    for (const unsigned shift : {18U, 12U, 6U, 0U}) text += kDigits[three >> shift & 0x3FU];
+  }
+  if (bytes.size() % 3 != 0) text.replace(text.size() - (3 - bytes.size() % 3), 3, 3 - bytes.size() % 3, '=');
+  return text;
+}
+
 // The file without this line; every other byte stays. *out_line is what was taken out.
 std::string WithoutLine(const std::string &bytes, size_t number, std::string *out_line) {
   size_t begin = 0;
@@ -138,7 +155,12 @@ void Drop(Till &till, const DropOptions &options) {
   };
   // It is nowhere else afterwards, so nothing is taken out before somebody has it.
   const auto hand_out = [&] {
-    till.Show(Facts().Add("dropped", uint64_t{options.number}).AddJson("record", record.line), [&] {
+    Facts facts;
+    facts.Add("dropped", uint64_t{options.number}).AddJson("record", record.line);
+    // Byte for byte.
+    const bool is_text = Mended(record.line) == record.line;
+    facts.Add(is_text ? "line" : "lineBase64", is_text ? record.line : Base64(record.line));
+    till.Show(facts, [&] {
       std::cout << LineOf(options.number, record) << "\n  dropped; it was\n" << record.line << '\n';
     });
     if (!std::cout.flush()) {
@@ -169,7 +191,7 @@ void AddQueueCommand(CLI::App &app, Till &till) {
   auto options = std::make_shared<DropOptions>();
   drop->add_option("number", options->number, "Its number in the list")
       ->required()
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   drop->add_option("--rrn", options->rrn, "Its RRN, to be sure that it is the one");
   drop->add_flag("--yes", options->isSure, "Whatever it is: for a record without an RRN");
   drop->callback([options, &till] { Drop(till, *options); });
@@ -180,7 +202,7 @@ void AddQueueCommand(CLI::App &app, Till &till) {
       ->add_option("count", *expected,
                    "What that replay returned; nothing is cleared when another number waits")
       ->required()
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Range(0, std::numeric_limits<int>::max()));
   clear->callback([expected, &till] { Clear(till, *expected); });
 
   queue->callback([queue, &till] {

@@ -12,29 +12,6 @@ namespace {
 constexpr size_t kDeepest = 40;         // a level below has no blanks of its own
 constexpr size_t kDeepestParsed = 100;  // a document below stays a text
 
-const char *InWords(int code) {
-  struct Row {
-    int code;
-    const char *text;
-  };
-  constexpr Row kRows[] = {
-      {-1, "no sockets"},
-      {-303, "the answer is no JSON"},
-      {-401, "no answer"},
-      {-402, "an answer cut off, or none of this protocol"},
-      {-403, "an answer of an unknown name"},
-      {-404, "a part of the answer is missing"},
-      {-406, "HTTP Status 400"},
-      {-407, "HTTP Status 500"},
-      {-410, "could not be sent"},
-      {-411, "the request could not be made"},
-      {-501, "no server"},
-  };
-  const auto *row =
-      std::find_if(std::begin(kRows), std::end(kRows), [code](const Row &each) { return each.code == code; });
-  return row != std::end(kRows) ? row->text : "?";
-}
-
 std::string Code(const Exchange &exchange) {
   return exchange.code ? std::to_string(*exchange.code) : "-";
 }
@@ -154,6 +131,29 @@ std::string Indented(std::string_view document) {
   return text;
 }
 
+std::string CodeInWords(int code) {
+  struct Row {
+    int code;
+    const char *text;
+  };
+  constexpr Row kRows[] = {
+      {-1, "no sockets"},
+      {-303, "the answer is no JSON"},
+      {-401, "no answer"},
+      {-402, "an answer cut off, or none of this protocol"},
+      {-403, "an answer of an unknown name"},
+      {-404, "a part of the answer is missing"},
+      {-406, "HTTP Status 400"},
+      {-407, "HTTP Status 500"},
+      {-410, "could not be sent"},
+      {-411, "the request could not be made"},
+      {-501, "no server"},
+  };
+  const auto *row =
+      std::find_if(std::begin(kRows), std::end(kRows), [code](const Row &each) { return each.code == code; });
+  return row != std::end(kRows) ? row->text : "error " + std::to_string(code);
+}
+
 std::string Ending(const Exchange &exchange) {
   std::string text;
   if (!exchange.code) {
@@ -162,7 +162,7 @@ std::string Ending(const Exchange &exchange) {
     text = *exchange.code == 0 ? "" : "refused: ";
     text += OrDash(exchange.state) + " " + OrDash(exchange.stateCode);
   } else {
-    text = InWords(*exchange.code);
+    text = CodeInWords(*exchange.code);
   }
   if (exchange.offline == Offline::kCompleted) text += ", completed offline";
   if (exchange.offline == Offline::kRecorded) text += ", recorded offline";

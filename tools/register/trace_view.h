@@ -21,6 +21,9 @@ Facts TraceFacts(const Exchange &exchange, CardMask &mask, bool in_full);
 // In words: "SUCCESS OK", "no answer".
 std::string Ending(const Exchange &exchange);
 
+// What a result code of an exchange means: "no answer".
+std::string CodeInWords(int code);
+
 // A JSON document in lines, two blanks deeper at each level; one that is cut short, or none at all, as far
 // as it goes.
 std::string Indented(std::string_view document);

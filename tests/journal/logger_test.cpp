@@ -165,6 +165,15 @@ TEST_F(Append, RefusesAFileThatCannotBeOpened) {
   EXPECT_THAT(folder.Trace(), testing::EndsWith("ERROR: [OFFLINE_TMP] file is not opened\n"));
 }
 
+TEST_F(Append, WaitsOnceForAFileThatIsHeld) {
+  lumo::HANDLE open = lumo::FileOpen("OFFLINE", "w");
+  EXPECT_EQ(lumo::AppendOfflineRecord("1"), -201);
+  lumo::FileClose(open);
+  EXPECT_EQ(folder.Trace(),
+            "ERROR: CreateFile function failed with error 32\nERROR: [OFFLINE] file is not opened\n");
+  EXPECT_EQ(folder.Read("OFFLINE"), "");
+}
+
 TEST_F(Append, LeavesTheLineOfItsSeekInTheTrace) {
   folder.Write("OFFLINE", "1\n");
   EXPECT_EQ(lumo::AppendOfflineRecord("2"), 0);
@@ -582,15 +591,6 @@ TEST_F(Commit, ThatSomebodyElseFinishedIsNotMadeAgain) {
   folder.Write("OFFLINE_TMP", "of another replay\n");
   EXPECT_EQ(lumo::CountOfflineRecords(), 0);
   EXPECT_FALSE(folder.Exists("OFFLINE"));
-}
-
-TEST_F(Append, WaitsOnceForAFileThatIsHeld) {
-  lumo::HANDLE open = lumo::FileOpen("OFFLINE", "w");
-  EXPECT_EQ(lumo::AppendOfflineRecord("1"), -201);
-  lumo::FileClose(open);
-  EXPECT_EQ(folder.Trace(),
-            "ERROR: CreateFile function failed with error 32\nERROR: [OFFLINE] file is not opened\n");
-  EXPECT_EQ(folder.Read("OFFLINE"), "");
 }
 
 TEST_F(Commit, IsFinishedBeforeTheRecordsAreCounted) {

@@ -1,5 +1,4 @@
-// Compiled three times: as the library comes, with its SSE2 code (BENCH_SSE2) and with its SSE4.2 code
-// (BENCH_SSE42).
+// Compiled three times: as the library comes, with SSE2 code (BENCH_SSE2) and with SSE4.2 code (BENCH_SSE42).
 #ifdef BENCH_SSE2
 #define RAPIDJSON_SSE2
 #define RAPIDJSON_NAMESPACE rapidjson_sse2
@@ -51,8 +50,7 @@ struct Counter {
   bool EndArray(library::SizeType) { return Add(0); }
 };
 
-// The library pulls its input, so it cannot be fed; this is the nearest: a stream that goes on to the next
-// piece.
+// The library pulls its input, so it cannot be fed. The nearest is a stream that goes on to the next piece.
 class PieceStream {
  public:
   using Ch = char;

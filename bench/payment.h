@@ -49,8 +49,7 @@ enum class Journal {
 std::unique_ptr<Till> OpenLumo(const std::string &library, const std::string &folder, int port);
 std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal);
 
-// A server in a process of its own that answers every payment with a bill of `goods` goods and two bonuses
-// each.
+// A server in a process of its own. It answers every payment with a bill of `goods` goods, two bonuses each.
 class PaymentServer {
  public:
   explicit PaymentServer(int goods);

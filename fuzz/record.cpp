@@ -1,5 +1,4 @@
-// fuzz/record.cpp: any text as a journal record. What was loaded, written and loaded again is written the
-// same.
+// fuzz/record.cpp: any text as a journal record. Loaded and written, then once more, it is the same text.
 #include "foundation/lumostring.h"
 #include "protocol/journal_record.h"
 #include "record/transaction.h"
@@ -7,8 +6,7 @@
 
 namespace {
 
-// Loads the text; whether it could be, and the record that is written of it, empty for one of no known
-// operation.
+// Whether the text can be loaded, and the record that is written of it: empty when no operation is known.
 bool LoadAndWrite(const std::string &text, std::string *out_record) {
   lumo::Transaction *transaction = lumo::TransactionCreate();
   const bool loaded = lumo::LoadLogRecord(transaction, text.c_str()) == 0;

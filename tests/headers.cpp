@@ -1,1 +1,1 @@
-// Stands for the tests' precompiled headers: see CMakeLists.txt.
+// headers.cpp: stands for the tests' precompiled headers: see CMakeLists.txt.

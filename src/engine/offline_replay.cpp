@@ -53,8 +53,7 @@ int OfflinePaymentsProcess() {
   }
   // Note: only a record that failed makes the journal change. When all were sent it stays, and they are
   // offered again. So they are when one could be neither sent nor set aside, or was not even listed, or when
-  // an interrupted replay's could not be told from them: the server tells by the request id what it has
-  // taken.
+  // an interrupted replay's could not be told from them: the server knows by the request id what it took.
   const int result = all_set_aside ? CommitOfflineTmp() : 0;
   if (!all_set_aside) TakeBackOfflineTmp(mark);
   if (result != 0) TraceError("Records flush failed [%d]\n", result);

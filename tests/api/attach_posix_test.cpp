@@ -1,5 +1,5 @@
-// api/attach.cpp: answers that the system gives only in trouble. The program is linked so that the library's
-// question for its own file name comes here.
+// api/attach_posix_test.cpp: answers that the system gives only in trouble. The program is linked so that the
+// library's question for its own file name comes here.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// api/attach.cpp: the folder of the library file.
+// api/attach_test.cpp: the folder of the library file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// include/lumo.h as a register written in C sees it.
+// api/header_in_c_test.cpp: lumo.h as a register written in C sees it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,9 +1,10 @@
-// api/lifecycle.cpp: start, end, and the messages for the cashier.
+// api/lifecycle_test.cpp: start, end, and the messages for the cashier.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <map>
+#include <iterator>
+#include <set>
 #include <string>
 
 #include "api/context.h"
@@ -13,6 +14,7 @@
 #include "lumo.h"
 #include "record/transaction.h"
 #include "support/folder.h"
+#include "support/result_codes.h"
 
 namespace {
 
@@ -142,7 +144,7 @@ TEST_F(Lifecycle, ASecondStartReadsEverythingAnew) {
   EXPECT_EQ(getNeedUpdate(), 1);
 }
 
-// The trace file's name.
+// ---- The trace file's name ----
 
 TEST_F(Lifecycle, ANameTagsTheTraceFileAndNothingElse) {
   folder_.Write("CONFIG", "{}");
@@ -197,62 +199,22 @@ TEST_F(Lifecycle, CleaningBeforeAStart) {
   EXPECT_EQ(LUMOClean(), 0);
 }
 
-// Messages.
-
-const std::map<int, std::string> kMessages = {
-    {-100, "Транзакция не создана"},
-    {-101, "Не удалось получить RRN последней транзакции"},
-    {-102, "Тип активации указан неверно"},
-    {-103, "Тип счета указан неверно"},
-    {-104, "Процент комиссии организатора превышает процент бонусирования (оффлайн)"},
-    {-105, "Не удалось открыть файл со счетом"},
-    {-106, "Ошибка в файле со счетом"},
-    {-107, "Не удалось открыть файл конфигурации"},
-    {-108, "Не удалось загрузить состояние"},
-    {-109, "Не удалось создать файл состояния"},
-    {-110, "Не удалось открыть файл состояния"},
-    {-111, "Не удалось загрузить конфигурацию"},
-    {-112, "Транзакция уже создана либо не была закрыта"},
-    {-113, "Ошибка в файле со списком позиций к возврату"},
-    {-201, "Не удалось сохранить оффлайн транзакцию"},
-    {-202, "Не удалось удалить записи лога"},
-    {-301, "Не удалось инициализировать DOM-helper JSON-парсера"},
-    {-302, "Не удалось инициализировать JSON-парсер"},
-    {-303, "Ошибка в файле JSON"},
-    {-304, "Внутренняя ошибка при разборе JSON"},
-    {-305, "Не удалось инициализировать JSON-принтер"},
-    {-306, "Ошибка выделения памяти в JSON-парсере"},
-    {-307, "Не удалось открыть JSON-файл"},
-    {-350, "Ошибка в XML-файле"},
-    {-401, "Ответ не получен"},
-    {-402, "Ошибка в структуре ответа или записи лога"},
-    {-403, "Тип ответа не поддерживается"},
-    {-404, "Ошибка в составе ответа"},
-    {-405, "Ошибка с сервера"},
-    {-406, "Сервер не смог обработать запрос"},
-    {-407, "Сбой на сервере"},
-    {-410, "Ошибка при отправке запроса"},
-    {-411, "Ошибка при создании запроса"},
-    {-501, "Ошибка соединения с сервером"},
-    {-504, "Неверный адрес сервера"},
-    {-505, "Ошибка SSL соединения"},
-    {-506, "Ошибка инициализации SSL контекста"},
-    {-601, "Смена уже открыта"},
-    {-602, "Смена не открыта"},
-    {-603, "Закрытие смены не возможно, закройте транзакцию"},
-    {-701, "Неверные границы отчета"},
-};
+// ---- Messages ----
 
 TEST_F(Lifecycle, EveryCodeHasItsMessageAndNoLine) {
-  EXPECT_EQ(kMessages.size(), 41U);
-  for (const auto &[code, message] : kMessages) EXPECT_EQ(GetErrorMessage(code), message) << code;
+  EXPECT_EQ(std::size(test::kResultCodes), 41U);
+  for (const test::ResultCode &row : test::kResultCodes) {
+    EXPECT_STREQ(GetErrorMessage(row.code), row.message) << row.code;
+  }
   EXPECT_EQ(folder_.Trace(), "");
 }
 
 TEST_F(Lifecycle, EveryOtherCodeIsUnknown) {
+  std::set<int> known;
+  for (const test::ResultCode &row : test::kResultCodes) known.insert(row.code);
   int unknown = 0;
   for (int code = -720; code <= 20; ++code) {
-    if (kMessages.count(code) != 0) continue;
+    if (known.count(code) != 0) continue;
     EXPECT_EQ(GetErrorMessage(code), "Неизвестная ошибка " + std::to_string(code));
     ++unknown;
   }

@@ -1,4 +1,4 @@
-// api/report_calls.cpp: the reports as the register calls them.
+// api/report_calls_test.cpp: the reports as the register calls them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// api/settings_calls.cpp: what the register may know of the settings.
+// api/settings_calls_test.cpp: what the register may know of the settings.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// api/shift_calls.cpp: shifts and state as the register calls them.
+// api/shift_calls_test.cpp: shifts and state as the register calls them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// api/transaction_calls.cpp: the register's transaction, call by call.
+// api/transaction_calls_test.cpp: the register's transaction, call by call.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -75,7 +75,7 @@ std::string Answer(const std::string &name, const std::string &state, const std:
          parts + "}}";
 }
 
-// Calls without a transaction: their lines, and the engine's answer passed on.
+// ---- Calls without a transaction: their lines, and the engine's answer passed on ----
 
 struct LoneCall {
   const char *name;
@@ -159,7 +159,7 @@ TEST_F(TransactionCalls, WithoutATransactionTheServersStateIsEmpty) {
   EXPECT_EQ(folder_.Trace(), "getResponseState()\ngetResponseStateCode()\ngetResponseMessage()\n");
 }
 
-// Creating and closing.
+// ---- Creating and closing ----
 
 TEST_F(TransactionCalls, ATransactionIsCreatedWithItsSlip) {
   Start("http://127.0.0.1:1/a");
@@ -238,7 +238,7 @@ TEST_F(TransactionCalls, ClosingEndsTheTransaction) {
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
 }
 
-// Results.
+// ---- Results ----
 
 TEST_F(TransactionCalls, BeforeTheFirstAnswerTheStateIsOk) {
   StartWithTransaction("http://127.0.0.1:1/a");
@@ -321,7 +321,7 @@ TEST_F(TransactionCalls, ThePaidBillsBonusesAreSummedByKind) {
   EXPECT_EQ(GetDiscountAmount(), 60);
 }
 
-// Activation.
+// ---- Activation ----
 
 struct ActivationCase {
   const char *name;
@@ -390,7 +390,7 @@ TEST_F(TransactionCalls, AnActivationsBillIsReadFromItsPath) {
   EXPECT_EQ(ActivationProc("SIMPLE_ACTIVATION", "", 1, nullptr, nullptr), -106) << "an empty path is a path";
 }
 
-// What the engine is handed, told by what it sends.
+// ---- What the engine is handed, told by what it sends ----
 
 struct SentCall {
   const char *name;
@@ -459,7 +459,7 @@ TEST_F(TransactionCalls, LinkingInAnOrdinaryTransactionAsksNobody) {
   EXPECT_THAT(folder_.Trace(), Not(HasSubstr("Connecting to")));
 }
 
-// The body's copy.
+// ---- The body's copy ----
 
 TEST_F(TransactionCalls, AnEmptyBodyHasTheSizeOfItsTerminator) {
   StartWithTransaction("http://127.0.0.1:1/a");
@@ -480,7 +480,7 @@ TEST_F(TransactionCalls, TheBodyIsCopiedIntoABufferOfExactlyItsSize) {
   EXPECT_STREQ(buffer.data(), getReceiptBodyPtr());
 }
 
-// The amount bill.
+// ---- The amount bill ----
 
 TEST_F(TransactionCalls, AnAmountBillIsOneLine) {
   EXPECT_EQ(CreateAmountBill(15000, "BILL.JSN"), 0);
@@ -514,7 +514,7 @@ TEST_F(TransactionCalls, AnAmountBillThatCannotBeMade) {
   }
 }
 
-// Offline.
+// ---- Offline ----
 
 TEST_F(TransactionCalls, AReplayOfNothingSendsNothing) {
   EXPECT_EQ(SendOfflinePayments(), 0);

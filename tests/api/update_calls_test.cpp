@@ -1,4 +1,4 @@
-// api/update_calls.cpp: the update calls as the register calls them.
+// api/update_calls_test.cpp: the update calls as the register calls them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

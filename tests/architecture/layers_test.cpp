@@ -1,4 +1,4 @@
-// tests/architecture/layers_test.cpp: a line of code knows its layer.
+// architecture/layers_test.cpp: a line of code knows its layer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -64,8 +64,7 @@ fs::path Root(const std::string &layer) {
   return layer == "bench" || layer == "fuzz" || layer == "include" ? kProject : kProject / "src";
 }
 
-// The layer of a header as it is included: its first folder. A bare name is one of its own folder or of
-// include/.
+// The layer of a header as it is included: its first folder. A bare name is of its own folder or of include/.
 std::string LayerOf(const Source &source, const std::string &header) {
   const size_t slash = header.find('/');
   if (slash != std::string::npos) return header.substr(0, slash);

@@ -1,6 +1,8 @@
 // architecture/one_hand_test.cpp: one way to write what the formatter and clang-tidy do not see.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -50,19 +52,60 @@ TEST(OneHand, FindsTheFiles) {
   EXPECT_GT(AllFiles().size(), 200U);
 }
 
-// "// engine/request.h: what every request carries", with the folder as files include it.
-TEST(OneHand, AHeaderSaysFirstWhatItIsFor) {
+// The file as an #include names it: "engine/request.h", "engine/request_test.cpp", "bench/cost.h".
+std::string IncludedAs(const std::string &name) {
+  for (const char *root : {"src/", "tests/", "tools/"}) {
+    if (name.rfind(root, 0) == 0) return name.substr(std::strlen(root));
+  }
+  return name;
+}
+
+// "// engine/request.h: what every request carries". A file of tests says it too, if it has no header.
+TEST(OneHand, AHeaderAndATestSayFirstWhatTheyAreFor) {
   for (const TextFile &file : AllFiles()) {
-    const fs::path path = file.name;
-    if (path.extension() != ".h") continue;
-    const std::string folder = path.parent_path().filename().string();
-    const std::string begin = folder + "/" + path.filename().string() + ": ";
+    fs::path path = kTree / file.name;
+    const bool is_header = path.extension() == ".h";
+    if (!is_header && (file.name.rfind("tests/", 0) != 0 || fs::exists(path.replace_extension(".h"))))
+      continue;
+    const std::string begin = "// " + IncludedAs(file.name) + ": ";
     ASSERT_FALSE(file.lines.empty()) << file.name;
-    EXPECT_EQ(file.lines[0].rfind("// ", 0), 0U) << file.name;
-    EXPECT_NE(file.lines[0].find(begin), std::string::npos) << file.name << ": " << file.lines[0];
-    bool once = false;
-    for (const std::string &line : file.lines) once = once || line == "#pragma once";
-    EXPECT_TRUE(once) << file.name;
+    EXPECT_EQ(file.lines[0].rfind(begin, 0), 0U) << file.name << ": " << file.lines[0];
+    EXPECT_EQ(std::count(file.lines.begin(), file.lines.end(), "#pragma once"), is_header ? 1 : 0)
+        << file.name;
+  }
+}
+
+bool IsComment(const std::string &line) {
+  const size_t begin = line.find_first_not_of(' ');
+  return begin != std::string::npos && line.compare(begin, 2, "//") == 0;
+}
+
+// "// ---- Files ----" with an empty line on either side; any other comment belongs to the line below it.
+TEST(OneHand, ALineOfItsOwnIsTheHeadOfASection) {
+  const std::regex head(R"(^ *// ---- [^-].*[^-.] ----$)"), ruled(R"(^ *// ?--+( .*)?$)");
+  for (const TextFile &file : AllFiles()) {
+    for (size_t i = 1; i + 1 < file.lines.size(); ++i) {
+      const std::string &line = file.lines[i];
+      const bool alone = IsComment(line) && file.lines[i - 1].empty() && file.lines[i + 1].empty();
+      EXPECT_EQ(alone, std::regex_match(line, head)) << file.name << ": " << line;
+      EXPECT_EQ(std::regex_match(line, ruled), std::regex_match(line, head)) << file.name << ": " << line;
+    }
+  }
+}
+
+// What is left over where a comment was wrapped: the sentence is better said a little shorter.
+TEST(OneHand, ACommentDoesNotEndInALineOfAWordOrTwo) {
+  const std::regex rest(R"(^( *// )[^ ]+( [^ ]+)?$)"), above(R"(^( *// )[^ ].*[^.:;]$)");
+  for (const TextFile &file : AllFiles()) {
+    for (size_t i = 1; i < file.lines.size(); ++i) {
+      std::smatch last, before;
+      if (i + 1 < file.lines.size() && IsComment(file.lines[i + 1])) continue;
+      if (!std::regex_match(file.lines[i], last, rest) ||
+          !std::regex_match(file.lines[i - 1], before, above)) {
+        continue;
+      }
+      EXPECT_NE(last[1], before[1]) << file.name << ": " << file.lines[i];
+    }
   }
 }
 

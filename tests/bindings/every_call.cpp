@@ -1,4 +1,4 @@
-// Every call once, as C++ sees it; every_call.txt has what it prints.
+// bindings/every_call.cpp: every call once, as C++ sees it; every_call.txt has what it prints.
 #include <iostream>
 #include <string>
 #ifdef _WIN32

@@ -1,4 +1,4 @@
-// A result that is not looked at: the compiler says so, which is what this file is for.
+// bindings/ignored.cpp: a result that is not looked at: the compiler says so, which is what this file is for.
 #include "lumo.hpp"
 
 int main() {

@@ -1,4 +1,5 @@
-// The scopes of lumo.hpp: what they close, and what they leave alone; scopes.txt has what this prints.
+// bindings/scopes.cpp: the scopes of lumo.hpp: what they close, and what they leave alone; scopes.txt has
+// what this prints.
 #include <iostream>
 
 #include "lumo.hpp"

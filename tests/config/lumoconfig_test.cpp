@@ -1,4 +1,4 @@
-// config/lumoconfig.h: the settings, from and to their file.
+// config/lumoconfig_test.cpp: the settings, from and to their file.
 #include "config/lumoconfig.h"
 
 #include <gmock/gmock.h>
@@ -262,7 +262,7 @@ TEST_F(Config, InitConfigOnlyTraces) {
   EXPECT_EQ(lumo::Settings().timeout, 5);
 }
 
-// Files.
+// ---- Files ----
 
 TEST_F(Config, AGoodDeliveryIsMoved) {
   folder_.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");

@@ -1,4 +1,4 @@
-// config/lumostate.h: STATE, and the shift that lives in it.
+// config/lumostate_test.cpp: STATE, and the shift that lives in it.
 #include "config/lumostate.h"
 
 #include <gmock/gmock.h>
@@ -229,7 +229,7 @@ TEST_F(State, ManyReloadsKeepMemoryFlat) {  // the leak checker is the judge
   }
 }
 
-// Saving.
+// ---- Saving ----
 
 TEST_F(State, SavesItsMembersInOrder) {
   ASSERT_EQ(
@@ -367,7 +367,7 @@ TEST_F(State, ReleaseStateEmptiesTheMemory) {
   EXPECT_EQ(lumo::GetNeedUpdate(), 0);
 }
 
-// Shifts.
+// ---- Shifts ----
 
 TEST_F(State, TheFirstShiftWithoutAnIdentifierHasAnEmptyOne) {
   EXPECT_EQ(lumo::OpenShift(nullptr), 0);

@@ -1,4 +1,4 @@
-// config/server_address.h: an address taken apart.
+// config/server_address_test.cpp: an address taken apart.
 #include "config/server_address.h"
 
 #include <gmock/gmock.h>

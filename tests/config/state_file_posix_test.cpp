@@ -1,4 +1,5 @@
-// STATE and CONFIG as files: how they are written, and what is left when that fails.
+// config/state_file_posix_test.cpp: STATE and CONFIG as files: how they are written, and what a failure
+// leaves of them.
 #include <gtest/gtest.h>
 
 #include <filesystem>

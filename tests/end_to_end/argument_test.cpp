@@ -1,5 +1,4 @@
-// end_to_end/argument_test.cpp: what a register can hand over by mistake, and calls in orders that make no
-// sense.
+// end_to_end/argument_test.cpp: what a register hands over by mistake, and calls out of their order.
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -36,7 +35,7 @@ void PrintTo(const Call &call, std::ostream *out) {
   *out << call.name;
 }
 
-// ---- Without a transaction
+// ---- Without a transaction ----
 
 const Call kWithoutATransaction[] = {
     {"Activation", [](Shop &s) { return s.ActivationProc("GIFT_CARD", "B", 5, "LOCAL", "2"); }, -100,
@@ -193,7 +192,7 @@ TEST_F(Order, ResultsStayAfterAFailure) {
   EXPECT_STREQ(shop.getResponseState(), "SUCCESS");
 }
 
-// ---- Null and long texts
+// ---- Null and long texts ----
 
 // Every argument of every call is null; the server agrees to everything.
 struct NullCall {
@@ -349,7 +348,7 @@ TEST_F(Order, AmountsMayHaveAnySize) {
   EXPECT_THAT(shop.Read("BILL.JSN"), HasSubstr(R"("positionCost":-2147483648,)"));
 }
 
-// ---- Texts that end the process
+// ---- Texts that end the process ----
 
 // The process that ends says where its shop is, and its trace is read from there: Windows CE runs no exit
 // handlers. A child that is not forked has a shop of its own.

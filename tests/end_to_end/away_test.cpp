@@ -17,7 +17,7 @@ using testing::Not;
 constexpr char kOfflineSettings[] =
     R"("offlineMode":1,"localBonusOffline":3,"globalBonusOffline":2,"orgFeeOffline":1)";
 
-// ---- A server that is away
+// ---- A server that is away ----
 
 class Away : public test::Bench {
  protected:
@@ -126,8 +126,7 @@ TEST_F(Away, ATransactionThatIsOfflineAsksTheServerForABalanceNoMore) {
   EXPECT_EQ(Exchanges(), 0U);
 }
 
-// The deposit is done and its record waits all the same: the replay does it a second time, were it not for
-// its number.
+// The deposit is done and its record waits all the same. But for its number, the replay would do it again.
 TEST_F(Away, ATransactionThatIsOfflineLeavesRecordsOfWhatTheServerTook) {
   ASSERT_EQ(Pay(0), 0);
   ComeBack();
@@ -189,7 +188,7 @@ TEST_F(Away, AnAnswerThatDoesNotComeIsNoReasonToSellOffline) {
   EXPECT_FALSE(shop.Exists("OFFLINE"));
 }
 
-// ---- The server is back
+// ---- The server is back ----
 
 TEST_F(Away, TheReplayGoesOnSendingWhatTheServerTookUntilOfflineIsCleared) {
   SellOffline();
@@ -245,12 +244,11 @@ TEST_F(Away, ARecordWhoseAnswerWasLostIsRefusedAsADuplicateAndKept) {
   EXPECT_EQ(shop.lumoOfflineCount(), 1);
 }
 
-// ---- Numbers after a replay
+// ---- Numbers after a replay ----
 
 class ReplayedNumbers : public test::Register {
  protected:
-  // Two sales without the server, then the server again: an online sale and the replay. Each answer's id is
-  // given.
+  // Two sales without the server, an online sale, then the replay, answered with this id or each one's own.
   void Replay(const std::string &replay_id) {
     server = std::make_unique<test::ScriptedServer>(std::vector<Answer>{
         Give("putDepositResponse", "", "1234512120500010"),
@@ -290,7 +288,7 @@ TEST_F(ReplayedNumbers, GoOnWhenTheServerAnswersWithTheTerminalsHighestId) {
   EXPECT_THAT(server->requests().back(), HasSubstr(R"("requestId":"1234512120500011")"));
 }
 
-// ---- A terminal that has no RRN yet
+// ---- A terminal that has no RRN yet ----
 
 class Unnumbered : public test::Bench {
  protected:
@@ -359,7 +357,7 @@ TEST_F(Unnumbered, WhenTheQuestionFailsTheOperationIsRefused) {
   EXPECT_EQ(Pay(0), 0);
 }
 
-// ---- A clock that is behind
+// ---- A clock that is behind ----
 
 class ClockBehind : public test::Bench {
  protected:

@@ -1,5 +1,4 @@
-// end_to_end/bench.h: a register whose server is the bench's, with its faults: it can be away, lose requests
-// and answers.
+// end_to_end/bench.h: a register and the bench's server, which can be away or lose requests and answers.
 #pragma once
 
 #include <cstdint>

@@ -37,7 +37,7 @@ std::string NameOf(const testing::TestParamInfo<Damage> &damage) {
   return damage.param.name;
 }
 
-// ---- Settings
+// ---- Settings ----
 
 class Config : public test::Register, public testing::WithParamInterface<Damage> {
  protected:
@@ -128,7 +128,7 @@ TEST_F(NoConfig, IsAFailedStart) {
   EXPECT_EQ(shop.Read("STATE"), State("1234512120500007"));
 }
 
-// ---- State
+// ---- State ----
 
 class StateFile : public test::Register {
  protected:
@@ -225,7 +225,7 @@ TEST_F(StateFile, ThatIsAFolderCannotBeMade) {
   EXPECT_EQ(shop.OpenShift("42"), 0);
 }
 
-// ---- Bills and return lists
+// ---- Bills and return lists ----
 
 class BadBill : public test::Register, public testing::WithParamInterface<Damage> {};
 
@@ -338,7 +338,7 @@ TEST_P(BadReturnList, IsNotSent) {
 
 INSTANTIATE_TEST_SUITE_P(Every, BadReturnList, testing::ValuesIn(kReturnLists), NameOf);
 
-// ---- Journals
+// ---- Journals ----
 
 class Journal : public test::Register {};
 
@@ -397,7 +397,7 @@ TEST_F(Journal, RecordsOfAnyLengthAreKept) {
   EXPECT_TRUE(shop.Read("LOG") == line + "\n" + Record("EXCHANGE", ""));
 }
 
-// ---- Trace
+// ---- Trace ----
 
 TEST_F(Journal, TraceThatCannotBeWrittenIsLostAndNothingElse) {
   Open({Success("cardExchangeResponse")});

@@ -210,7 +210,7 @@ TEST_F(LostAnswer, AskedForWithoutTheServerOfAPaymentThatNeverWasStaysInOffline)
   EXPECT_EQ(shop.lumoOfflineCount(), 1);
 }
 
-// ---- What became of the answer, and the code that tells
+// ---- What became of the answer, and the code that tells ----
 
 struct Spoilt {
   const char *name;

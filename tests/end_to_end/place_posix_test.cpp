@@ -1,4 +1,4 @@
-// Where the library lies when its path is a link, or is longer than a path may be.
+// end_to_end/place_posix_test.cpp: where the library lies when its path is a link or is too long.
 #include <dlfcn.h>
 
 #include <filesystem>

@@ -285,8 +285,7 @@ TEST_F(Neighbours, TagIsClearedByANullOneAndKeptByAPlainStart) {
   EXPECT_THAT(shop.Trace(), StartsWith("LUMOInit()\n"));
 }
 
-// The register's process ends in the middle of the day, with a transaction and a shift open, and starts
-// again.
+// The register's process ends with a transaction and a shift open, and starts again.
 class Restart : public test::Register {};
 
 TEST_F(Restart, GoesOnWithTheNextRrnInTheSameShift) {

@@ -1,5 +1,4 @@
-// end_to_end/register.h: a register at work: its shop, the server that answers it and the documents they
-// exchange.
+// end_to_end/register.h: a register at work: its shop, the server that answers it and their documents.
 #pragma once
 
 #include <gmock/gmock.h>

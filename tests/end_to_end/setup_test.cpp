@@ -11,7 +11,7 @@ using test::Success;
 using testing::HasSubstr;
 using testing::Not;
 
-// ---- Settings that are missing
+// ---- Settings that are missing ----
 
 class MissingSetting : public test::Bench {
  protected:
@@ -103,7 +103,7 @@ TEST_F(MissingSetting, ReceiptTextsAreEmptyLines) {
   EXPECT_STREQ(shop.getReceiptFooterPtr(), "\n");
 }
 
-// ---- Terminals whose ids begin alike
+// ---- Terminals whose ids begin alike ----
 
 class TwoTerminals : public test::Bench {};
 
@@ -128,7 +128,7 @@ TEST_F(TwoTerminals, AnIdWithABlankIsGoodForOneNumber) {
   EXPECT_THAT(shop.Trace(), HasSubstr("ERROR: Date compare error - old rrn date[345121]"));
 }
 
-// ---- Members of a bill
+// ---- Members of a bill ----
 
 class BillMember : public test::Register {
  protected:
@@ -170,7 +170,7 @@ TEST_F(BillMember, DateKeeps31Bytes) {
               HasSubstr(R"("billDate":"0123456789012345678901234567890")"));
 }
 
-// ---- Two registers in one folder
+// ---- Two registers in one folder ----
 
 class TwoRegisters : public test::Bench {
  protected:

@@ -24,8 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file under test: the one that the environment names, otherwise the one that was built with this
-// program.
+// The file under test: the one that the environment names, otherwise the one built with this program.
 fs::path LibraryFile() {
   const char *const named = std::getenv("LUMO_LIBRARY_FILE");
   return fs::u8path(named == nullptr ? LUMO_LIBRARY_FILE : named);

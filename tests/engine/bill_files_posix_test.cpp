@@ -1,4 +1,4 @@
-// tests/engine/bill_files_posix_test.cpp: a medium that takes no more bytes, as this host can show one.
+// engine/bill_files_posix_test.cpp: a medium that takes no more bytes, as this host can show one.
 #include <gtest/gtest.h>
 
 #include <filesystem>

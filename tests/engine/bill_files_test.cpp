@@ -1,4 +1,4 @@
-// tests/engine/bill_files_test.cpp: reading, rewriting and making the register's files.
+// engine/bill_files_test.cpp: reading, rewriting and making the register's files.
 #include "engine/bill_files.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,4 @@
-// tests/engine/card_operations_test.cpp: activation, balance, link, deposit, exchange and the read-outs of
-// answers.
+// engine/card_operations_test.cpp: activation, balance, link, deposit, exchange and the read-outs of answers.
 #include "engine/card_operations.h"
 
 #include <gmock/gmock.h>
@@ -31,7 +30,7 @@ const char kActivationResult[] =
     R"("referralSumType":"LOCAL","giftSum":3300,"giftSumType":"DISCOUNT"})";
 class CardOperation : public test::Shop {};
 
-// ---------------------------------------------------------------- what all operations share
+// ---- What all operations share ----
 
 struct Operation : test::NamedCase {
   int (*run)(Transaction *transaction);
@@ -183,7 +182,7 @@ TEST_F(CardOperation, WithoutAnIdThereIsNoRrnLine) {
   EXPECT_THAT(RequestDocument(1), HasSubstr(R"("requestId":"",)"));
 }
 
-// ---------------------------------------------------------------- activation
+// ---- Activation ----
 
 struct ActivationCase : test::NamedCase {
   const char *activation_type;
@@ -365,7 +364,7 @@ TEST_P(BadBill, EndsTheActivationUnsent) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, BadBill, testing::ValuesIn(kBadBills), test::CaseName());
 
-// ---------------------------------------------------------------- the activation's sum
+// ---- The activation's sum ----
 
 struct SumCase {
   int32_t activation_type;
@@ -412,7 +411,7 @@ TEST_F(CardOperation, CashBackResultNeedsARecord) {
   EXPECT_EQ(folder.Trace(), "GetCashBackResultProcess\nERROR: Pointer \"trans\" is null\n");
 }
 
-// ---------------------------------------------------------------- balance
+// ---- Balance ----
 
 std::string Account(const char *type, int32_t available, int32_t amount) {
   return std::string(R"({"accountType":")") + type + R"(","availableAmount":)" + std::to_string(available) +
@@ -585,7 +584,7 @@ TEST_F(CardOperation, AnAbsentNetworkNamePrintsAsEmpty) {
   EXPECT_EQ(Count(Body(), "\n:\n"), 4U);
 }
 
-// ---------------------------------------------------------------- the balance's sum
+// ---- The balance's sum ----
 
 TEST_F(CardOperation, BalanceSumCountsGlobalAndLocalAccounts) {
   OpenShop();
@@ -631,7 +630,7 @@ TEST_F(CardOperation, BalanceSumWithoutARecordIs0AndTraced) {
   EXPECT_EQ(folder.Trace(), "ERROR: Pointer \"trans\" is null\n");
 }
 
-// ---------------------------------------------------------------- link
+// ---- Link ----
 
 const char kLinkBody[] =
     "**** ПРИСОЕДИНЕНИЕ *****\n"
@@ -675,7 +674,7 @@ TEST_F(CardOperation, LinkWithoutACardPrintsAnEmptyOne) {
   EXPECT_THAT(Body(), EndsWith("карты:\n    \n"));
 }
 
-// ---------------------------------------------------------------- deposit, exchange, advertisement
+// ---- Deposit, exchange, advertisement ----
 
 struct DepositCase : test::NamedCase {
   int32_t amount;

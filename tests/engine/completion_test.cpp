@@ -1,5 +1,4 @@
-// tests/engine/completion_test.cpp: which journals take a record, and the mark of an operation that
-// succeeded.
+// engine/completion_test.cpp: which journals take a record, and the mark of an operation that succeeded.
 #include "engine/completion.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// tests/engine/dispatcher_test.cpp: what an exchange's outcome means for the persistent state.
+// engine/dispatcher_test.cpp: what an exchange's outcome means for the persistent state.
 #include "engine/dispatcher.h"
 
 #include <gmock/gmock.h>
@@ -62,7 +62,7 @@ TEST_F(Dispatcher, WritesNoJournalAndNoReceipt) {
   EXPECT_EQ(card->completedOperations, 0U);
 }
 
-// ---------------------------------------------------------------- the offline switch
+// ---- The offline switch ----
 
 enum class Outcome { kSuccess, kRefused, kUnreachable, kBadAnswer };
 
@@ -149,7 +149,7 @@ TEST_F(Dispatcher, SwitchesBeforeItStoresIdAndUpdateFlag) {
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500050","offline":0,"shiftState":0,"update":0})");
 }
 
-// ---------------------------------------------------------------- request id and update flag
+// ---- Request id and update flag ----
 
 struct OutcomeCase : test::NamedCase {
   const char *response;

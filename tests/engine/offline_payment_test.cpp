@@ -1,4 +1,4 @@
-// tests/engine/offline_payment_test.cpp: what a payment earns without the server, and the totals of a bill.
+// engine/offline_payment_test.cpp: what a payment earns without the server, and the totals of a bill.
 #include "engine/offline_payment.h"
 
 #include <gmock/gmock.h>
@@ -89,8 +89,7 @@ const EarningCase kEarningCases[] = {
     {"NegativeLocalEarnsNothing", 5, -2, 3, 10000, {{0, 500, 300, ACCOUNT_GLOBAL}}},
     {"NegativeGlobalEarnsNothing", -2, 5, 3, 10000, {{0, 500, 300, ACCOUNT_LOCAL}}},
     {"NothingEarned", 0, 0, 0, 10000, {}},
-    // 99 * 3 / 100 = 2, 99 * 2 / 100 = 1, 99 * 5 / 100 = 4: the pool may exceed both earnings by the
-    // remainders.
+    // 99 * 3 / 100 = 2, 99 * 2 / 100 = 1, 99 * 5 / 100 = 4: the pool may be more than both earnings.
     {"EachDivisionDropsItsOwnRemainder", 2, 3, 5, 99, {{0, 2, 2, ACCOUNT_LOCAL}, {0, 1, 2, ACCOUNT_GLOBAL}}},
     {"CostOfZero", 2, 3, 4, 0, {{0, 0, 0, ACCOUNT_LOCAL}, {0, 0, 0, ACCOUNT_GLOBAL}}},
     {"SmallestCost", 2, 3, 4, 1, {{0, 0, 0, ACCOUNT_LOCAL}, {0, 0, 0, ACCOUNT_GLOBAL}}},
@@ -110,8 +109,7 @@ const EarningCase kEarningCases[] = {
      {{0, -300, -400, ACCOUNT_LOCAL}, {0, -200, 0, ACCOUNT_GLOBAL}}},
     // 2147483647 * 2 = -2 and 2147483647 * 3 = 2147483645 in 32 bits.
     {"LargestCostWraps", 2, 3, 0, kMost, {{0, 21474836, 0, ACCOUNT_LOCAL}, {0, 0, 0, ACCOUNT_GLOBAL}}},
-    // -2147483648 * 3 = -2147483648 and -2147483648 * 2 = 0 in 32 bits; a pool of 0 is above a negative
-    // earning.
+    // In 32 bits -2147483648 * 3 = -2147483648 and -2147483648 * 2 = 0: a pool above a negative earning.
     {"SmallestCostWraps",
      2,
      3,

@@ -1,4 +1,4 @@
-// Sending what was completed without the server, when files fail.
+// engine/offline_replay_posix_test.cpp: sending what was completed without the server, when files fail.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// tests/engine/offline_replay_test.cpp: sending what was completed without the server.
+// engine/offline_replay_test.cpp: sending what was completed without the server.
 #include "engine/offline_replay.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-// tests/engine/payment_operations_posix_test.cpp: a bill that can be read and then not be written, as this
-// host can show one: a pipe that gives way to a folder of the same name once it is read.
+// engine/payment_operations_posix_test.cpp: a bill that can be read and then not be written, as this host can
+// show one: a pipe that gives way to a folder of the same name once it is read.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

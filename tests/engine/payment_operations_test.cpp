@@ -1,4 +1,4 @@
-// tests/engine/payment_operations_test.cpp: payments, confirmations and returns, from the call to the slip.
+// engine/payment_operations_test.cpp: payments, confirmations and returns, from the call to the slip.
 #include "engine/payment_operations.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// tests/engine/payment_stack_test.cpp: payments, and the confirmations that find them by their RRN.
+// engine/payment_stack_test.cpp: payments, and the confirmations that find them by their RRN.
 #include "engine/payment_stack.h"
 
 #include <gtest/gtest.h>

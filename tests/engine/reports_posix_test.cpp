@@ -1,4 +1,4 @@
-// A report whose check is passed over, as under a debugger that goes on.
+// engine/reports_posix_test.cpp: a report whose check is passed over, as under a debugger that goes on.
 #include <gtest/gtest.h>
 #include <signal.h>
 

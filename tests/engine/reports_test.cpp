@@ -1,4 +1,4 @@
-// tests/engine/reports_test.cpp: the summary and the detailed report over the transaction log.
+// engine/reports_test.cpp: the summary and the detailed report over the transaction log.
 #include "engine/reports.h"
 
 #include <gmock/gmock.h>
@@ -35,8 +35,7 @@ std::string Bonus(const std::string &account, int32_t spend, int32_t earned) {
          R"(,"organizerFee":0,"accountType":")" + account + "\"}";
 }
 
-// A payment whose bonuses are spread over the accounts: `earned` and `spent` over the global and the local
-// one.
+// A payment whose bonuses, `earned` and `spent`, are spread over the global and the local account.
 std::string Bill(int32_t total, int32_t earned, int32_t spent, int32_t discount) {
   return R"("bill":{"totalSum":)" + std::to_string(total) + R"(,"goodList":{"good":[{"title":"a","bonus":[)" +
          Bonus("GLOBAL", spent - 1, 2) + "," + Bonus("DISCOUNT", discount, 77777) +
@@ -120,7 +119,7 @@ std::string PaymentBlock(const std::string &title, int count, const char *earned
          kSummaryDashes;
 }
 
-// Bounds.
+// ---- Bounds ----
 
 struct BoundsCase : test::NamedCase {
   const char *from;
@@ -213,7 +212,7 @@ TEST_F(Reports, RecordsOnTheBoundsAreLeftOut) {
   EXPECT_EQ(test::Count(Detail(log), "ДЕПОЗИТ\n"), 2U);
 }
 
-// The summary.
+// ---- The summary ----
 
 TEST_F(Reports, EveryCategoryInItsOrder) {
   EXPECT_EQ(Summary(CashBackRecord(R"(,"cashBackResult":{"returnedSum":150})") + CashBackRecord() +
@@ -389,7 +388,7 @@ TEST_F(Reports, BlankLinesAreRecordsWithoutADate) {
   EXPECT_THAT(ReportTrace(), Not(HasSubstr("Unsupported")));
 }
 
-// The detailed report.
+// ---- The detailed report ----
 
 struct BlockCase : test::NamedCase {
   std::string record;

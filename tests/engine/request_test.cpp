@@ -1,4 +1,4 @@
-// tests/engine/request_test.cpp: the stamp of a request and the sequence of the terminal's own numbers.
+// engine/request_test.cpp: the stamp of a request and the sequence of the terminal's own numbers.
 #include "engine/request.h"
 
 #include <gmock/gmock.h>
@@ -28,7 +28,7 @@ std::string RrnReply(const std::string &rr_number) {
   return Reply("getLastRrnResponse", R"("rrn":{"rrNumber":")" + rr_number + R"("})");
 }
 
-// ---------------------------------------------------------------- identity
+// ---- Identity ----
 
 class Identity : public test::Shop {
  protected:
@@ -95,7 +95,7 @@ TEST_F(Identity, AbsentSettingsPrintEmptyAndStayNull) {
   EXPECT_EQ(Footer(), "\n");
 }
 
-// ---------------------------------------------------------------- filling
+// ---- Filling ----
 
 class FillRequest : public test::Shop {};
 
@@ -220,7 +220,7 @@ TEST_F(FillRequest, AReusedRecordWithoutAnswerStoresItsOldIdAgain) {
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500008","offline":0,"shiftState":0,"update":0})");
 }
 
-// ---------------------------------------------------------------- the sequence from the local history
+// ---- The sequence from the local history ----
 
 struct LocalCase : test::NamedCase {
   const char *terminal_id;
@@ -330,7 +330,7 @@ TEST_F(GenerateRRN, ARequestDateThatDoesNotParseIsBeforeEveryOther) {
                        "First RRN generation [TERM000000000000]\n"));
 }
 
-// ---------------------------------------------------------------- the sequence from the server
+// ---- The sequence from the server ----
 
 struct UnusableCase : test::NamedCase {
   const char *last;
@@ -475,7 +475,7 @@ TEST_F(FillRequest, AnIdFromTheServerBecomesThePersistentOne) {
   EXPECT_EQ(State(), R"({"reqId":"TERM012120500008","offline":0,"shiftState":0,"update":0})");
 }
 
-// ---------------------------------------------------------------- the question
+// ---- The question ----
 
 class LastRrnQuestion : public test::Shop {};
 

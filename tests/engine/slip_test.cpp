@@ -1,4 +1,4 @@
-// tests/engine/slip_test.cpp: the slip's head, foot and RRN line, and the getters of its pieces.
+// engine/slip_test.cpp: the slip's head, foot and RRN line, and the getters of its pieces.
 #include "engine/slip.h"
 
 #include <gtest/gtest.h>

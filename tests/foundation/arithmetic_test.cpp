@@ -1,4 +1,4 @@
-// 32-bit amounts at the ends of their range.
+// foundation/arithmetic_test.cpp: 32-bit amounts at the ends of their range.
 #include "foundation/arithmetic.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The time zone of the device does not matter, to the receipt neither.
+// foundation/dates_posix_test.cpp: the time zone of the device does not matter, to the receipt neither.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <time.h>

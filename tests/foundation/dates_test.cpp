@@ -1,4 +1,4 @@
-// The device clock as text.
+// foundation/dates_test.cpp: the device clock as text.
 #include "foundation/dates.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Where no debugger is attached, a failed check ends the process; its line is on the error stream.
+// foundation/debug_check_posix_test.cpp: where no debugger is attached, a failed check ends the process; its
+// line is on the error stream.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>

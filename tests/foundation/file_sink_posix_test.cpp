@@ -1,4 +1,4 @@
-// The printer's small pieces reach the file in few writes.
+// foundation/file_sink_posix_test.cpp: the printer's small pieces reach the file in few writes.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 

@@ -1,4 +1,5 @@
-// Files when the system's calls fail: a text that is written over keeps a whole file wherever it can.
+// foundation/files_posix_test.cpp: files when the system's calls fail: a text that is written over keeps a
+// whole file wherever it can.
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// The files of the library: opens, their modes, and how failures are told.
+// foundation/files_test.cpp: the files of the library: opens, their modes, and how failures are told.
 #include "foundation/files.h"
 
 #include <gmock/gmock.h>

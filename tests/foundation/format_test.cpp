@@ -1,4 +1,4 @@
-// Numbers and amounts as text.
+// foundation/format_test.cpp: numbers and amounts as text.
 #include "foundation/format.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The growable text: its stated growth, its zeros, and what appending costs.
+// foundation/lumostring_test.cpp: the growable text: its stated growth, its zeros, and what appending costs.
 #include "foundation/lumostring.h"
 
 #include <gtest/gtest.h>

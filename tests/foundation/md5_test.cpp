@@ -1,4 +1,4 @@
-// Digests. The expected ones are those of RFC 1321, the others come from md5sum.
+// foundation/md5_test.cpp: digests. The expected ones are those of RFC 1321, the others come from md5sum.
 #include "foundation/md5.h"
 
 #include <gtest/gtest.h>

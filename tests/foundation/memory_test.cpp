@@ -1,4 +1,4 @@
-// Allocation that never fails towards the caller.
+// foundation/memory_test.cpp: allocation that never fails towards the caller.
 #include "foundation/memory.h"
 
 #include <gtest/gtest.h>

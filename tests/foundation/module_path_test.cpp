@@ -1,4 +1,4 @@
-// Where the library's files lie.
+// foundation/module_path_test.cpp: where the library's files lie.
 #include "foundation/module_path.h"
 
 #include <gtest/gtest.h>

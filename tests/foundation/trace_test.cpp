@@ -1,4 +1,5 @@
-// The diary: what a line looks like, which file it goes to, and what happens when there is none.
+// foundation/trace_test.cpp: the diary: what a line looks like, which file it goes to, and what happens when
+// there is none.
 #include "foundation/trace.h"
 
 #include <gtest/gtest.h>

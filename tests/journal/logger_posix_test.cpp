@@ -1,5 +1,5 @@
-// The journals when files fail, and what they cost: bytes through the files, at a thousand and at ten
-// thousand records.
+// journal/logger_posix_test.cpp: the journals when files fail, and what they cost: bytes through the files,
+// at a thousand and at ten thousand records.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -401,7 +401,7 @@ TEST_F(JournalCost, AListOf100000RecordsIsListedInOneReading) {
   EXPECT_EQ(test::CountFileTraffic().bytes_read, 100000U * 100 + 99);
 }
 
-// Cost
+// ---- Cost ----
 
 TEST_F(JournalCost, OfAnAppendToTheLogDoesNotGrowWithIt) {
   lumo::SetLogSize(INT32_MAX);

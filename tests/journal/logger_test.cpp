@@ -1,4 +1,5 @@
-// The journals as files of lines: appending and trimming, counting, listing, and the commit of a replay.
+// journal/logger_test.cpp: the journals as files of lines: appending and trimming, counting, listing, and the
+// commit of a replay.
 #include "journal/logger.h"
 
 #include <gmock/gmock.h>
@@ -43,7 +44,7 @@ lumo::RecordEntry *OfflineRecords() {
   return records;
 }
 
-// Appending
+// ---- Appending ----
 
 TEST_F(Append, MakesTheFile) {
   EXPECT_EQ(lumo::SetLogSize(300), 0);
@@ -197,7 +198,7 @@ TEST_F(Append, LeavesNoFileOpen) {
   EXPECT_EQ(lumo::FileDelete("OFFLINE"), 0);
 }
 
-// Counting
+// ---- Counting ----
 
 struct CountCase {
   const char *name;
@@ -240,7 +241,7 @@ TEST_F(Count, OfAFileThatCannotBeOpenedIsZero) {
   EXPECT_EQ(lumo::CountLines(nullptr), 0);
 }
 
-// Trimming
+// ---- Trimming ----
 
 struct TrimCase {
   const char *name;
@@ -330,7 +331,7 @@ TEST_F(Trim, OfANullNameFails) {
   EXPECT_EQ(lumo::TrimOldestLines(1, nullptr), -202);
 }
 
-// Listing
+// ---- Listing ----
 
 struct Entry {
   uint32_t offset;
@@ -542,7 +543,7 @@ TEST_F(List, LeavesNoFileOpen) {
   lumo::FreeRecordList(first);
 }
 
-// The commit of a replay
+// ---- The commit of a replay ----
 
 TEST_F(Commit, DoesNothingWithoutARebuiltJournal) {
   folder.Write("OFFLINE", "old\n");

@@ -1,4 +1,5 @@
-// A recovery whose own calls fail loses nothing: what it could not do is done at the next start.
+// journal/recovery_posix_test.cpp: a recovery whose own calls fail loses nothing: what it could not do is
+// done at the next start.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,4 +1,5 @@
-// What a process that ended in the middle of a trim or a commit left, and what the next start makes of it.
+// journal/recovery_test.cpp: what a process that ended in the middle of a trim or a commit left, and what the
+// next start makes of it.
 #include "journal/recovery.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// tests/json/json_dom_test.cpp: events in, calls that build a tree out. The tree here writes down what
-// it is asked.
+// json/json_dom_test.cpp: events in, calls that build a tree out. The tree here writes down what it is asked.
 #include "json/json_dom.h"
 
 #include <gtest/gtest.h>

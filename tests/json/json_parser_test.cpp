@@ -1,4 +1,4 @@
-// tests/json/json_parser_test.cpp: JSON text in, events out.
+// json/json_parser_test.cpp: JSON text in, events out.
 #include "json/json_parser.h"
 
 #include <gtest/gtest.h>
@@ -26,8 +26,7 @@ JsonParserConfig PlainConfig() {
   return config;
 }
 
-// What a document gave: its events as "number" or "number:data", the result, and how many bytes were taken in
-// all feeds.
+// What a document gave: its events as "number" or "number:data", the result, and the bytes that were taken.
 struct Outcome {
   std::vector<std::string> events;
   int code = 0;
@@ -352,7 +351,7 @@ TEST(JsonParser, FindsQuoteAndBackslashAtEveryPlaceInAString) {
   }
 }
 
-// Comments.
+// ---- Comments ----
 
 struct CommentCase {
   const char *name;
@@ -404,7 +403,7 @@ TEST(JsonParser, AllowsCommentsByTheirFlagsHoweverTheyAreCut) {
   }
 }
 
-// Limits.
+// ---- Limits ----
 
 TEST(JsonParser, ReportsTheBracketThatGoesBeyondTheNestingLimit) {
   JsonParserConfig config = PlainConfig();
@@ -532,7 +531,7 @@ TEST(JsonParser, ReadsALargeDocumentInPieces) {
   EXPECT_EQ(ints, numbers);
 }
 
-// Failures of callback and memory.
+// ---- Failures of callback and memory ----
 
 TEST(JsonParser, StopsWithTheCallbacksResult) {
   const std::string text = "{\"a\":[1,\"b\",true]}";

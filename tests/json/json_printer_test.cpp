@@ -1,4 +1,4 @@
-// tests/json/json_printer_test.cpp: events in, JSON text out.
+// json/json_printer_test.cpp: events in, JSON text out.
 #include "json/json_printer.h"
 
 #include <gtest/gtest.h>
@@ -213,7 +213,7 @@ TEST(JsonPrinter, PrintsSeveralEventsInARow) {
   EXPECT_EQ(text, "{\"a\":[12,true]}");
 }
 
-// What is printed reads back as the same events.
+// ---- What is printed reads back as the same events ----
 
 void AppendEvent(std::string *events, JsonEvent event, const char *data, uint32_t length) {
   *events += std::to_string(event) + ":" +

@@ -1,5 +1,5 @@
-// tests/json/json_reference_posix_test.cpp: our parser against another one, on random texts. The other
-// parser's headers are there on the host only.
+// json/json_reference_posix_test.cpp: our parser against another one, on random texts. The other parser's
+// headers are there on the host only.
 #include <gtest/gtest.h>
 
 #include <algorithm>

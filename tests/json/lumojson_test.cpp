@@ -1,4 +1,4 @@
-// tests/json/lumojson_test.cpp: a JSON file or text as a tree.
+// json/lumojson_test.cpp: a JSON file or text as a tree.
 #include "json/lumojson.h"
 
 #include <gtest/gtest.h>
@@ -188,7 +188,7 @@ TEST_F(ReadText, TakesFewPiecesOfMemoryHoweverManyItemsThereAre) {
   EXPECT_LE(calls(10000), 40);
 }
 
-// Files.
+// ---- Files ----
 
 TEST_F(ReadFile, TracesTheNameAndTheBytesOfAFileWithoutMark) {
   folder.Write("A.JSN", "{\"a\":1}");
@@ -312,7 +312,7 @@ TEST_F(ReadFile, ReadsTokensThatLieAcrossChunks) {
   EXPECT_EQ(Root(), want + "]");
 }
 
-// Values.
+// ---- Values ----
 
 TEST_F(ReadText, StructuresReadAsTheEmptyTextAndZero) {
   ASSERT_EQ(
@@ -352,7 +352,7 @@ TEST(TracedKey, IsCutTo40Bytes) {
   EXPECT_EQ(TracedKeyLength(JsonMember{key.c_str(), 0, JsonNode{}}), 0);
 }
 
-// Member writers.
+// ---- Member writers ----
 
 TEST(MemberWriters, PrintKeyAndValue) {
   std::string text;

@@ -1,4 +1,4 @@
-// The running server as JSON.
+// loyalty_server/api_test.cpp: the running server as JSON.
 #include "loyalty_server/api.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// What is typed: options and commands.
+// loyalty_server/command_line_test.cpp: what is typed: options and commands.
 #include "loyalty_server/command_line.h"
 
 #include <gmock/gmock.h>
@@ -128,7 +128,7 @@ TEST_F(Console, HelpsWithEveryCommandItKnows) {
   EXPECT_THAT(help, HasSubstr("  cut [BYTES]"));
 }
 
-// --- Options
+// ---- Options ----
 
 std::optional<loyalty::Settings> Read(const std::vector<const char *> &words, int *out_status) {
   std::vector<const char *> arguments = {"loyalty_server"};

@@ -1,4 +1,5 @@
-// Cards, payments and ids in a file: what is kept, and what an end without a word leaves.
+// loyalty_server/data_file_posix_test.cpp: cards, payments and ids in a file: what is kept, and what an end
+// without a word leaves.
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 #include <sys/wait.h>

@@ -1,4 +1,4 @@
-// Which fault strikes which request.
+// loyalty_server/fault_plan_test.cpp: which fault strikes which request.
 #include "loyalty_server/fault_plan.h"
 
 #include <gmock/gmock.h>

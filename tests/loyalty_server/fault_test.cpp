@@ -1,4 +1,4 @@
-// The language of faults, and what they do to an answer's text.
+// loyalty_server/fault_test.cpp: the language of faults, and what they do to an answer's text.
 #include "loyalty_server/fault.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// What a broken or hostile client may send the programme, and what never happens then.
+// loyalty_server/hostile_test.cpp: what a broken or hostile client sends the programme never does harm.
 #include <gmock/gmock.h>
 
 #include <limits>

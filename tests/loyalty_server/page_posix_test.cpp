@@ -1,4 +1,4 @@
-// The page and the calls behind it, over HTTP.
+// loyalty_server/page_posix_test.cpp: the page and the calls behind it, over HTTP.
 #include <gmock/gmock.h>
 
 #include <memory>

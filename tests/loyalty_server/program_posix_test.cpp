@@ -1,4 +1,5 @@
-// The program itself: what it prints, how it ends, and what it finds again when it is started anew.
+// loyalty_server/program_posix_test.cpp: the program itself: what it prints, how it ends, and what it finds
+// again when it is started anew.
 #include <gmock/gmock.h>
 #include <stdio.h>
 #include <sys/wait.h>
@@ -239,7 +240,7 @@ TEST(Program, NeedsTheModuleOfThePageForThePageAlone) {
   EXPECT_THAT(with.output, HasSubstr("loyalty_server_page.so"));
 }
 
-// --- The file of --data
+// ---- The file of --data ----
 
 class KeptData : public testing::Test {
  protected:

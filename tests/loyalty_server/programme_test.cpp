@@ -1,4 +1,4 @@
-// The rules of the programme, operation by operation.
+// loyalty_server/programme_test.cpp: the rules of the programme, operation by operation.
 #include "loyalty_server/programme.h"
 
 #include <gmock/gmock.h>
@@ -42,8 +42,7 @@ class ProgrammeRules : public testing::Test {
   }
 };
 
-// --- The answer
-// -----------------------------------------------------------------------------------------------------
+// ---- The answer ----
 
 TEST_F(ProgrammeRules, AnAnswerIsWrittenPartByPart) {
   Head head;
@@ -126,8 +125,7 @@ TEST_F(ProgrammeRules, EveryOperationAnswersWithItsOwnNameAndParts) {
   }
 }
 
-// --- What every request must be
-// ---------------------------------------------------------------------------------------
+// ---- What every request must be ----
 
 TEST_F(ProgrammeRules, ADocumentThatIsNoRequestIsRefusedWithItsCode) {
   const auto request = [](const char *member, const std::string &value) {
@@ -259,8 +257,7 @@ TEST_F(ProgrammeRules, APartThatIsMissingOrMisshapenIsRefused) {
   EXPECT_EQ(Purses(programme, "100"), "10000/5000/1000");
 }
 
-// --- Request ids
-// --------------------------------------------------------------------------------------------------------
+// ---- Request ids ----
 
 TEST_F(ProgrammeRules, AnIdIsGoodForOneOperation) {
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":500})"), "OK");
@@ -393,8 +390,7 @@ TEST_F(ProgrammeRules, AnAnswerToATerminalThatIsOnlineCarriesTheIdOfItsRequest) 
             "1234512120500001");
 }
 
-// --- Activation
-// -----------------------------------------------------------------------------------------------------------
+// ---- Activation ----
 
 TEST_F(ProgrammeRules, ASimpleActivationOpensASoldCardWithTheWelcomeSum) {
   const json answer = terminal.Ask(
@@ -484,8 +480,7 @@ TEST_F(ProgrammeRules, AReferrerWhoseAccountIsFullCannotTakeItsReward) {
   EXPECT_EQ(programme.FindCard("1")->friends, 0);
 }
 
-// --- Payment
-// --------------------------------------------------------------------------------------------------------------
+// ---- Payment ----
 
 TEST_F(ProgrammeRules, APaymentThatSpendsNothingEarnsOnTheWholeCost) {
   const json answer = terminal.Ask("payment", "100", Bill(false));
@@ -631,8 +626,7 @@ TEST_F(ProgrammeRules, TheLargestSumsAreCountedWithoutOverflow) {
   EXPECT_EQ(Purses(programme, "200"), "0/0/0");
 }
 
-// --- Confirmation and cancellation
-// ----------------------------------------------------------------------------------------
+// ---- Confirmation and cancellation ----
 
 TEST_F(ProgrammeRules, AConfirmationDoesWhatThePaymentPromised) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
@@ -679,8 +673,7 @@ TEST_F(ProgrammeRules, AnotherTerminalOfTheShopMayConfirm) {
             "OK");
 }
 
-// --- Returns
-// --------------------------------------------------------------------------------------------------------------
+// ---- Returns ----
 
 TEST_F(ProgrammeRules, AFullReturnUndoesThePayment) {
   const std::string id = Buy(true);
@@ -789,8 +782,7 @@ TEST_F(ProgrammeRules, AFreePositionGoesBackByItsCount) {
   EXPECT_EQ(Return(id, R"([{"pos":2,"sum":0,"cnt":1}])"), "BILL_INCORRECT_STATE");
 }
 
-// --- Cards
-// ----------------------------------------------------------------------------------------------------------------
+// ---- Cards ----
 
 TEST_F(ProgrammeRules, ADepositIsCredited) {
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":2500})"), "OK");
@@ -902,8 +894,7 @@ TEST_F(ProgrammeRules, EveryCardOperationMindsTheStateOfTheCard) {
   }
 }
 
-// --- What the bench changes
-// -----------------------------------------------------------------------------------------------
+// ---- What the bench changes ----
 
 TEST_F(ProgrammeRules, AnUpdateIsAnnouncedInEveryAnswerAndMayBeDemanded) {
   programme.SetUpdate(loyalty::Update::kOffered);

@@ -1,4 +1,4 @@
-// The request in the bytes of a connection.
+// loyalty_server/request_reader_test.cpp: the request in the bytes of a connection.
 #include "loyalty_server/request_reader.h"
 
 #include <gmock/gmock.h>

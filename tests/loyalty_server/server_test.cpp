@@ -1,4 +1,4 @@
-// The server on a real socket: bytes in, bytes out, faults, and clients that misbehave.
+// loyalty_server/server_test.cpp: the server on a real socket: bytes in and out, faults, bad clients.
 #include "loyalty_server/server.h"
 
 #include <gmock/gmock.h>
@@ -103,8 +103,7 @@ const char *const kFirstAd =
     R"("responseDate":"2012-12-05T10:30:30Z","requestState":"SUCCESS","requestStateCode":"OK",)"
     R"("message":"Операция выполнена","isNeedUpdate":false},"ad":{"text":"Скидки"}}})";
 
-// --- The exchange
-// ---------------------------------------------------------------------------------------------------
+// ---- The exchange ----
 
 TEST_F(BenchServer, AnswersWithTheBareDocumentAndCloses) {
   EXPECT_EQ(Ask("ad"), kFirstAd);
@@ -298,8 +297,7 @@ TEST_F(BenchServer, AnAddressThatCannotBeListenedOnIsNamed) {
   EXPECT_THAT(complaint(wrong), testing::StartsWith("cannot listen on nowhere:8080: "));
 }
 
-// --- Clients that misbehave
-// -------------------------------------------------------------------------------------------
+// ---- Clients that misbehave ----
 
 TEST_F(BenchServer, WhatIsNoRequestGetsAnErrorPage) {
   const std::pair<const char *, const char *> rows[] = {
@@ -409,8 +407,7 @@ TEST_F(BenchServer, StopsWithClientsInEveryState) {
   EXPECT_THROW(Client{port}, std::system_error);
 }
 
-// --- Faults
-// -------------------------------------------------------------------------------------------------------------
+// ---- Faults ----
 
 TEST_F(BenchServer, RefuseTurnsClientsAwayKeepsThePortAndOffOpensIt) {
   for (int i = 0; i < 3; ++i) {

@@ -1,4 +1,4 @@
-// The shop file.
+// loyalty_server/shop_test.cpp: the shop file.
 #include "loyalty_server/shop.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// The ledger: changes that are kept, or undone.
+// loyalty_server/state_test.cpp: the ledger: changes that are kept, or undone.
 #include "loyalty_server/state.h"
 
 #include <gmock/gmock.h>

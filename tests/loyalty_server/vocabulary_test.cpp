@@ -1,4 +1,4 @@
-// The words of the protocol.
+// loyalty_server/vocabulary_test.cpp: the words of the protocol.
 #include "loyalty_server/vocabulary.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,5 @@
 // model/random_days_test.cpp: thousands of random days: calls in any order, hostile arguments, a server that
-// misbehaves. After each call the files, results and receipts are held against a small model of what must be
-// true.
+// misbehaves. After each call a small model of what must be true judges the files, results and receipts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -54,8 +53,7 @@ std::vector<std::string> Lines(const std::string &bytes) {
   return lines;
 }
 
-// Bytes that are no UTF-8 come from hostile arguments and pass through; the structure must be JSON all the
-// same.
+// Bytes that are no UTF-8 come from hostile arguments and pass through. The structure must still be JSON.
 Json ParseLoosely(std::string text) {
   for (char &byte : text) {
     if (static_cast<unsigned char>(byte) >= 0x80) byte = '?';
@@ -129,8 +127,6 @@ class Day {
   }
 
  private:
-  // ---- the day's frame ----
-
   void Begin() {
     second_ = 8 * 3600 + static_cast<int>(dice_.Below(3600));
     Tick();
@@ -226,7 +222,7 @@ class Day {
     SetFault(dice_.Of(kFaults));
   }
 
-  // ---- arguments ----
+  // ---- Arguments ----
 
   Argument Text(const std::vector<std::string> &sensible) {
     static const std::vector<std::string> kHostile = {"",
@@ -329,7 +325,7 @@ class Day {
     return path;
   }
 
-  // ---- calls ----
+  // ---- Calls ----
 
   void Call() {
     switch (dice_.Below(20)) {
@@ -442,8 +438,7 @@ class Day {
     }
     CheckCode(kind, code);
     CheckOutcome(kind, code, receipt_before);
-    // The answer to a record completed offline carries the server's last id, which may lie behind the
-    // terminal's.
+    // The answer to an offline record carries the server's last id, which may lie behind the terminal's.
     if (transaction_offline_) last_rrn_.clear();
     if (code == 0 && payment_file) CheckPaidBill(bill.text);
   }
@@ -680,7 +675,7 @@ class Day {
     EXPECT_EQ(shop_.CommitUpdates(), -1);
   }
 
-  // ---- what is true after every call ----
+  // ---- What is true after every call ----
 
   void Remember() {
     log_ = shop_.Exists("LOG") ? Lines(shop_.Read("LOG")) : std::vector<std::string>();

@@ -1,5 +1,5 @@
-// The platform's functions when the operating system's own calls fail, are interrupted, or find that another
-// process was there first.
+// platform/failing_calls_posix_test.cpp: the platform's functions when the operating system's own calls fail,
+// are interrupted, or find that another process was there first.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 

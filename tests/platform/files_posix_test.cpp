@@ -1,4 +1,5 @@
-// What only this implementation can get wrong: locks between processes, links, descriptors, disks that fill.
+// platform/files_posix_test.cpp: what only this implementation can get wrong: locks between processes, links,
+// descriptors, disks that fill.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/resource.h>

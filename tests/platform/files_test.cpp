@@ -1,4 +1,4 @@
-// The calls on files, as every host answers them.
+// platform/files_test.cpp: the calls on files, as every host answers them.
 #include <filesystem>
 #include <string>
 

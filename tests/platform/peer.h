@@ -1,5 +1,4 @@
-// platform/peer.h: the other end of a connection, in a thread of its own. It knows nothing of the calls under
-// test.
+// platform/peer.h: the other end of a connection, in a thread of its own. It uses none of the tested calls.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,5 @@
+// platform/process_posix_test.cpp: what only this implementation decides: how a process ends, its texts for a
+// debugger, and a name that is cut.
 #include <gtest/gtest.h>
 
 #include <csignal>

@@ -1,4 +1,4 @@
-// The calls on the process and the clock, as every host answers them.
+// platform/process_test.cpp: the calls on the process and the clock, as every host answers them.
 #include <gtest/gtest.h>
 
 #include <chrono>

@@ -1,4 +1,5 @@
-// What only this implementation can get wrong: signals, time-outs among them, and the numbers of errors.
+// platform/sockets_posix_test.cpp: what only this implementation can get wrong: signals, time-outs among
+// them, and the numbers of errors.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/time.h>

@@ -1,4 +1,4 @@
-// The calls on sockets, as every host answers them.
+// platform/sockets_test.cpp: the calls on sockets, as every host answers them.
 #include <chrono>
 #include <cstring>
 #include <future>

@@ -1,5 +1,5 @@
-// What only this implementation decides of a text: halves of characters, and arguments the library never
-// gives.
+// platform/text_posix_test.cpp: what only this implementation decides of a text: halves of characters, and
+// arguments the library never gives.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,4 +1,4 @@
-// Conversions and formatting, as every host answers them.
+// platform/text_test.cpp: conversions and formatting, as every host answers them.
 #include <gtest/gtest.h>
 
 #include <cstdarg>

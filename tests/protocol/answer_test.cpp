@@ -1,4 +1,4 @@
-// tests/protocol/answer_test.cpp: the server's answer into the record.
+// protocol/answer_test.cpp: the server's answer into the record.
 #include "protocol/answer.h"
 
 #include <cstdlib>

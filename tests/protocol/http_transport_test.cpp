@@ -1,5 +1,5 @@
-// tests/protocol/http_transport_test.cpp: one exchange with the server: what goes over the wire, what is made
-// of the answer, and what the trace tells of it.
+// protocol/http_transport_test.cpp: one exchange with the server: what goes over the wire, what is made of
+// the answer, and what the trace tells of it.
 #include "protocol/http_transport.h"
 
 #include <initializer_list>

@@ -1,4 +1,4 @@
-// tests/protocol/journal_record_test.cpp: an operation as a line of the journals, out of the record and back.
+// protocol/journal_record_test.cpp: an operation as a line of the journals, out of the record and back.
 #include "protocol/journal_record.h"
 
 #include <ostream>

@@ -1,4 +1,4 @@
-// tests/protocol/part_members_test.cpp: a list of members in which a field does not fit does not compile.
+// protocol/part_members_test.cpp: a list of members in which a field does not fit does not compile.
 #include "protocol/part_members.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-// tests/protocol/socket_layer_posix_test.cpp: what the socket layer and the exchange ask of the system, and
-// the failures that a loopback network does not bring about. Every socket call of this test program goes
-// through the functions here.
+// protocol/socket_layer_posix_test.cpp: what the socket layer and the exchange ask of the system, and the
+// failures that a loopback network does not bring about. Every socket call of this test program goes through
+// the functions here.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -243,8 +243,7 @@ TEST_F(SocketCalls, FailedReceiveIsMinus401) {
                        "ERROR: LUMO_Receive error: -1\nDisconnect\n"));
 }
 
-// A network may bring a long answer in pieces of any size, and the first short one ends it: here all pieces
-// are whole.
+// A network may cut a long answer anywhere, and the first short piece ends it: here all pieces are whole.
 TEST_F(SocketCalls, LongAnswerIsReadWhole) {
   constexpr int kGoods = 2000;
   incoming =

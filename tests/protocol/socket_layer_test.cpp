@@ -1,4 +1,4 @@
-// tests/protocol/socket_layer_test.cpp: the one connection of the process.
+// protocol/socket_layer_test.cpp: the one connection of the process.
 #include "protocol/socket_layer.h"
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// tests/protocol/transaction_json_test.cpp: parts into the record, member by member.
+// protocol/transaction_json_test.cpp: parts into the record, member by member.
 #include "protocol/transaction_json.h"
 
 #include <cstring>
@@ -212,8 +212,7 @@ TEST_P(Loader, TakesAKeyOnlyWithItsKindOfValue) {
   for (const Member &member : GetParam().members) {
     for (const Kind &kind : kKinds) {
       if (IsTaken(member.takes, kind.number)) continue;
-      // A shorter key of the part may begin the way this one does; only the same key of another kind counts
-      // here.
+      // A shorter key of the part may begin this one. Only the same key of another kind counts here.
       bool other = false;
       for (const Member &rule : GetParam().members) {
         other =

@@ -1,4 +1,4 @@
-// tests/protocol/transaction_request_json_test.cpp: the request document and its parts, byte for byte.
+// protocol/transaction_request_json_test.cpp: the request document and its parts, byte for byte.
 #include "protocol/transaction_request_json.h"
 
 #include <cstring>

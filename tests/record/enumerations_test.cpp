@@ -1,4 +1,4 @@
-// tests/record/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
+// record/enumerations_test.cpp: the protocol's vocabularies, value to text and back.
 #include "record/enumerations.h"
 
 #include <iterator>

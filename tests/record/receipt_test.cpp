@@ -1,4 +1,4 @@
-// tests/record/receipt_test.cpp: the buffers that slips and reports are built in.
+// record/receipt_test.cpp: the buffers that slips and reports are built in.
 #include "record/receipt.h"
 
 #include <gmock/gmock.h>

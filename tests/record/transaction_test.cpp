@@ -1,4 +1,4 @@
-// tests/record/transaction_test.cpp: the record, what it starts with, and its memory.
+// record/transaction_test.cpp: the record, what it starts with, and its memory.
 #include "record/transaction.h"
 
 #include <gtest/gtest.h>

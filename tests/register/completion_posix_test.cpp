@@ -1,4 +1,4 @@
-// The shell completes the register's words.
+// register/completion_posix_test.cpp: the shell completes the register's words.
 #include "register/till.h"
 
 namespace {

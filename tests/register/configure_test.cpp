@@ -1,4 +1,4 @@
-// Settings that are named are changed, and nothing else.
+// register/configure_test.cpp: settings that are named are changed, and nothing else.
 #include "register/till.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// `register doctor`: a terminal as it is on the disk, and servers as they are.
+// register/doctor_command_test.cpp: `register doctor`: a terminal on the disk, and its servers.
 #include "register/till.h"
 #include "support/scripted_server.h"
 

@@ -1,4 +1,4 @@
-// `register doctor` where /proc tells who uses what.
+// register/doctor_posix_test.cpp: `register doctor` where /proc tells who uses what.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/wait.h>

@@ -1,4 +1,4 @@
-// Settings as the library reads them, and the addresses in them.
+// register/doctor_settings_test.cpp: settings as the library reads them, and the addresses in them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What a doctor finds, and what it makes of it: every finding, without the terminal.
+// register/doctor_test.cpp: every finding of a doctor, without the terminal.
 #include "doctor.h"
 
 #include <gmock/gmock.h>

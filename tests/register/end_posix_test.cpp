@@ -1,4 +1,4 @@
-// How the register ends when it is interrupted, and when the library crashes.
+// register/end_posix_test.cpp: how the register ends when it is interrupted, and when the library crashes.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// What a program reads: one line of JSON on standard output for each command.
+// register/facts_test.cpp: what a program reads: one line of JSON on standard output for each command.
 #include "register/till.h"
 
 namespace {

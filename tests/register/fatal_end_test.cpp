@@ -1,4 +1,4 @@
-// The library ends the process: it says so.
+// register/fatal_end_test.cpp: the library ends the process: it says so.
 #include "register/till.h"
 
 namespace {

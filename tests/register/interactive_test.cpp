@@ -1,4 +1,4 @@
-// Commands one after another.
+// register/interactive_test.cpp: commands one after another.
 #include "register/till.h"
 
 namespace {

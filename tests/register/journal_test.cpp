@@ -1,4 +1,4 @@
-// The records of the log, and their sums.
+// register/journal_test.cpp: the records of the log, and their sums.
 #include "register/till.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// The cashier's texts.
+// register/message_test.cpp: the cashier's texts.
 #include "register/till.h"
 
 namespace {

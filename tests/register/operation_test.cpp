@@ -1,4 +1,4 @@
-// What a cashier does: cards, sales, shifts, reports.
+// register/operation_test.cpp: what a cashier does: cards, sales, shifts, reports.
 #include <regex>
 
 #include "register/till.h"

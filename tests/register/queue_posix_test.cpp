@@ -1,4 +1,4 @@
-// A record is taken out of the queue only when nobody else can be writing it.
+// register/queue_posix_test.cpp: a record is taken out of the queue only when nobody else can be writing it.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>

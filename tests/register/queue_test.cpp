@@ -1,4 +1,4 @@
-// What waits to be sent.
+// register/queue_test.cpp: what waits to be sent.
 #include "register/till.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// A glance at the terminal, from its files alone.
+// register/status_test.cpp: a glance at the terminal, from its files alone.
 #include "register/till.h"
 #include "support/scripted_server.h"
 

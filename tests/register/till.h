@@ -34,8 +34,7 @@ class Till : public testing::Test {
   // Runs it with --json; gives what it printed, which must be one line of JSON.
   nlohmann::json Facts(const Words &words, int status = 0) const;
 
-  // Writes a CONFIG with the bench's server, or another address, and these members more
-  // ("\"offlineMode\":1").
+  // Writes a CONFIG with the bench's server, or another address, and more members: "\"offlineMode\":1".
   void Configure(const std::string &more = "", const std::string &address = "") const;
   // Both addresses without a server, from now on.
   void GoAway() { server.SetFault(loyalty::ParseFault("refuse")); }

@@ -1,4 +1,4 @@
-// `register trace`: the exchanges of a trace as an engineer sees them.
+// register/trace_command_test.cpp: `register trace`: the exchanges of a trace as an engineer sees them.
 #include <csignal>
 #include <fstream>
 #include <iterator>

@@ -1,4 +1,4 @@
-// Card numbers in what is shown of a trace.
+// register/trace_mask_test.cpp: card numbers in what is shown of a trace.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,4 +1,4 @@
-// Exchanges out of a trace, however it is cut and whatever lies in it.
+// register/trace_reader_test.cpp: exchanges out of a trace, however it is cut and whatever lies in it.
 #include "trace_reader.h"
 
 #include <gmock/gmock.h>

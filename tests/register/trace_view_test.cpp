@@ -1,4 +1,4 @@
-// How an exchange looks.
+// register/trace_view_test.cpp: how an exchange looks.
 #include "trace_view.h"
 
 #include <gmock/gmock.h>

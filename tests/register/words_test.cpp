@@ -1,4 +1,4 @@
-// What holds for the whole command line.
+// register/words_test.cpp: what holds for the whole command line.
 #include <fstream>
 #include <iterator>
 #include <sstream>

@@ -35,8 +35,7 @@ inline bool EndMayPrecedeReset() {
 }
 
 // Wine 8 fails one `connect` of a 32-bit program in some 100,000, when the machine is busy, with 998, which
-// is no number of a socket. To a register that is a server that cannot be reached. True when it was the last
-// one.
+// is no number of a socket. A register takes it for an unreachable server. True when the last one did.
 inline bool IsConnectLost(const std::string &trace) {
   const size_t last = trace.rfind("Connecting to ");
   return IsUnderWine() && last != std::string::npos &&

@@ -1,4 +1,4 @@
-// updater/lumoupdater.h: the update calls.
+// updater/lumoupdater_test.cpp: the update calls.
 #include "updater/lumoupdater.h"
 
 #include <gtest/gtest.h>

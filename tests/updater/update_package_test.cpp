@@ -1,4 +1,4 @@
-// updater/update_package.h: the reader of an update package.
+// updater/update_package_test.cpp: the reader of an update package.
 #include "updater/update_package.h"
 
 #include <gmock/gmock.h>

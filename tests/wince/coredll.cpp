@@ -1,6 +1,5 @@
 // wince/coredll.cpp: stands in for Windows CE's core library where its files are tried on desktop Windows.
-// The same calls, with the calling convention that Windows CE has; what the C library gives is forwarded in
-// coredll.def.
+// The same calls, with the calling convention of Windows CE. coredll.def forwards what the C library gives.
 #include <windows.h>
 
 #include <cstdarg>

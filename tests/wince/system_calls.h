@@ -1,7 +1,6 @@
 // wince/system_calls.h: what stands in for coredll.dll and ws2.dll in a program of Linux, by the names under
 // which the system exports them. tests/wince/CMakeLists.txt makes the list out of the definitions of what our
-// files import: a function of system_calls.cpp when it has one, otherwise the POSIX platform's, otherwise the
-// C library's.
+// files import: functions of system_calls.cpp, where that has none the POSIX platform's or the C library's.
 #pragma once
 
 #include <string>
@@ -17,8 +16,7 @@ struct SystemCall {
 
 extern const std::vector<SystemCall> kSystemCalls;
 
-// The function of that library, whatever the letters' case in the library's name; null when it has none of
-// that name.
+// A function of a library, whose name may be in any case; null when the library has none of that name.
 const void *FindSystemCall(const std::string &library, const std::string &name);
 
 }  // namespace wince

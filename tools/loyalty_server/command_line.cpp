@@ -9,7 +9,7 @@
 namespace loyalty {
 namespace {
 
-// --- The program's options
+// ---- The program's options ----
 
 constexpr const char *kCards =
     "\nWithout --shop there are these cards (any terminal but 99999, which is locked, may use them):\n"
@@ -81,7 +81,7 @@ Shop ReadShop(const CLI::App &app, const ShopOptions &options) {
   return shop;
 }
 
-// --- Commands
+// ---- Commands ----
 
 struct Command {
   const char *name;

@@ -344,8 +344,8 @@ class Server::Impl::Session : public std::enable_shared_from_this<Session> {
 void Server::Impl::Bind() {
   acceptor.open(endpoint.protocol());
 #ifndef _WIN32
-  // On Windows this option would let two programs listen on one port. Elsewhere it takes the port back from
-  // closed connections.
+  // On Windows this option would let two programs listen on one port. Elsewhere it gets the port back that
+  // closed connections still hold.
   acceptor.set_option(tcp::acceptor::reuse_address(true));
 #endif
   try {

@@ -1,5 +1,4 @@
-// loyalty_server/vocabulary.h: the words of the protocol and what they are called on each side
-// of an exchange.
+// loyalty_server/vocabulary.h: the words of the protocol, as each side of an exchange calls them.
 #pragma once
 
 #include <array>

@@ -64,8 +64,7 @@ void End(int status) {
 }  // namespace check
 }  // namespace lumo
 
-// The compiler's own wishes, since no C library is linked in. They are compiled so that none becomes a call
-// of itself.
+// What the compiler calls, since no C library is linked in. Compiled so that none becomes a call of itself.
 extern "C" {
 
 void *memcpy(void *to, const void *from, size_t size) {

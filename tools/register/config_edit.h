@@ -15,8 +15,7 @@ using Setting = std::pair<std::string, std::string>;
 Setting TextSetting(const std::string &key, const std::string &text);
 Setting NumberSetting(const std::string &key, int value);
 
-// The text with these members set; one that is not there is put at the end. Nothing when the text is no JSON
-// object.
+// The text with these members set, new ones at its end. Nothing when the text is no JSON object.
 std::optional<std::string> SetMembers(const std::string &text, const std::vector<Setting> &settings);
 
 }  // namespace reg

@@ -14,8 +14,7 @@ std::vector<Holder> FindHolders(const std::filesystem::path &library_file,
                                 const std::vector<std::string> &names);
 
 // Loads the library file, finds its calls and lets it go. Empty, or why that cannot be. The version is asked
-// of a copy elsewhere, since the call leaves a line in the trace beside the file: empty when that copy cannot
-// be loaded.
+// of a copy elsewhere, since the call leaves a line in the trace beside the file. Empty without such a copy.
 std::string TryLibrary(const std::filesystem::path &library_file, std::string *version);
 
 }  // namespace reg

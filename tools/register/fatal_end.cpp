@@ -39,8 +39,7 @@ constexpr auto kSeek = lseek;
 
 enum class Cause { kExit, kBreak, kCrash };
 
-// What is needed at the end, when nothing can be asked for any more: neither memory nor the C library's
-// files.
+// What is needed at the end, when neither memory nor the C library's files can be asked for any more.
 Letter trace_path[4096];
 
 void Say(const char *text) {

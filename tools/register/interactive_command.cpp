@@ -34,8 +34,7 @@ void AddHelp(CLI::App &app) {
   });
 }
 
-// CLI11 would take what follows it as one word. A quote inside a word is a letter of it, and so is one behind
-// a backslash.
+// CLI11 would take what follows it as one word. Inside a word or behind a backslash, a quote is a letter.
 bool HasOpenQuote(const std::string &line) {
   char open = 0;
   char before = ' ';
@@ -51,8 +50,7 @@ bool HasOpenQuote(const std::string &line) {
   return open != 0;
 }
 
-// One line, one command, until "quit" or the end of the input. The worst status of them all is the
-// register's.
+// One line, one command, until "quit" or the end of the input. The register's status is the worst of them.
 int TakeLines(Till &till) {
   if (!till.asJson) {
     std::cout

@@ -1,6 +1,5 @@
 // register/progress.h: shows how far a call has come that takes longer than a second. The call itself is
-// silent until it ends, but the trace grows with each of its steps, so a second thread follows the trace. It
-// only reads.
+// silent until it ends, but the trace grows with each of its steps, so a second thread reads the trace.
 #pragma once
 
 #include <atomic>

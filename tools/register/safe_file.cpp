@@ -58,8 +58,7 @@ bool Sync(FILE *stream) {
 #endif
 
 #ifdef _WIN32
-// Whether somebody else had the file open just now. It is let go at once, since a file that is held cannot be
-// replaced.
+// Whether somebody else had the file open just now. It is let go at once: a held file cannot be replaced.
 class Holding {
  public:
   explicit Holding(const std::filesystem::path &file) {
@@ -74,8 +73,7 @@ class Holding {
   bool is_held_ = false;
 };
 #else
-// The lock that the library takes too. A library that waits for it looks for the file of that name
-// afterwards.
+// The lock that the library takes too. A library that had to wait for it looks up the name afterwards.
 class Holding {
  public:
   explicit Holding(const std::filesystem::path &file)

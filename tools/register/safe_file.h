@@ -1,5 +1,4 @@
-// register/safe_file.h: a file of the terminal written anew, so that a power cut leaves the old one or the
-// new one.
+// register/safe_file.h: a file of the terminal written anew: a power cut leaves the old one or the new one.
 #pragma once
 
 #include <filesystem>

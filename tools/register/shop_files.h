@@ -48,8 +48,7 @@ std::filesystem::path ReplayFile(const std::filesystem::path &folder);
 // Nothing of a file that is missing. Throws Failure for one that is there and cannot be read, and for a
 // folder that is missing.
 std::string ReadWhole(const std::filesystem::path &file);
-// Records of LOG or OFFLINE, in file order; what comes after the last line feed is none. Throws as ReadWhole
-// does.
+// Records of LOG or OFFLINE, in file order; after the last line feed there is none. Throws like ReadWhole.
 std::vector<Record> ReadJournal(const std::filesystem::path &file);
 size_t CountRecords(const std::filesystem::path &file);
 

@@ -1,5 +1,4 @@
-// register/slip.h: a receipt or report as the printer would give it, on a strip of paper drawn
-// in the terminal.
+// register/slip.h: a receipt or report as the printer would give it, on paper drawn in the terminal.
 #pragma once
 
 #include <iosfwd>

@@ -1,5 +1,4 @@
-// register/terminal_settings.h: the settings of a terminal, read from its files as the library reads them,
-// without it.
+// register/terminal_settings.h: the settings of a terminal, read from its files the way the library does it.
 #pragma once
 
 #include <cstddef>

@@ -57,6 +57,7 @@ class Day:
     def __init__(self):
         self.documents = {name: [] for name in ("request", "answer", "record", "config", "state", "bill", "return_list")}
         self.heads = []
+        self.refusals = []  # by the programme's own judgement
         self.server = bench.Server()
         self.wire = bench.Wire(self.server)
         self.shop = bench.Shop(self.wire.address, timeout=10)
@@ -178,8 +179,20 @@ class Day:
                    "shiftId": ""}
         document = json.dumps({"getAdRequest": {"request": request}})
         self.keep("request", document)
-        self.keep("answer", self.wire.exchange(
-            f"POST /ws/ad\nContent-Length: {len(document)}\n\n{document}\n".encode()))
+        self.keep("answer", self.ask("ad", document))
+
+        # What no terminal sends, each operation refuses.
+        for method, name in {**REQUESTS, "ad": "getAdRequest"}.items():
+            for document in ("{", "[]", "{}", '{"x":{}}', f'{{"{name}":1}}', f'{{"{name}":{{}}}}',
+                             f'{{"{name}":{{"request":{{}}}}}}', json.dumps({name: {"request": {**request, "type": "NONE"}}}),
+                             json.dumps({name: {"request": {**request, "requestId": ""}}}),
+                             json.dumps({name: {"request": {**request, "requestId": 5}}})):
+                answer = self.ask(method, document)
+                self.refusals.append(next(iter(json.loads(answer).values()))["response"])
+                self.keep("answer", answer)
+
+    def ask(self, method, document):
+        return self.wire.exchange(f"POST /ws/{method}\nContent-Length: {len(document)}\n\n{document}\n".encode())
 
 
 def names(documents):
@@ -225,6 +238,13 @@ class Schemas(unittest.TestCase):
         codes = {next(iter(answer.values()))["response"]["requestStateCode"] for answer in documents["answer"]}
         self.assertEqual(codes, {"OK"} | set(CODES))
         self.assertEqual(len(CODES), 32)
+
+    def test_the_answers_to_what_cannot_be_taken_are_refusals(self):
+        self.assertEqual(len(self.day.refusals), 11 * 10)
+        self.assertEqual({response["requestState"] for response in self.day.refusals}, {"ERROR"})
+        self.assertEqual({response["requestStateCode"] for response in self.day.refusals}, {
+            "REQUEST_PARSING_ERROR", "INCORRECT_REQUEST", "INCORRECT_REQUEST_PARAM", "REQUEST_ID_EMPTY"})
+        self.assertEqual({"requestId" in response for response in self.day.refusals}, {True, False})
 
     def test_each_request_goes_to_its_method(self):
         for head, body in self.day.heads:
@@ -284,7 +304,7 @@ class Schemas(unittest.TestCase):
         })
 
     def test_what_a_terminal_would_not_take_is_refused(self):
-        answer = next(a for a in self.day.documents["answer"] if "putPaymentResponse" in a)
+        answer = next(a for a in self.day.documents["answer"] if "bill" in a.get("putPaymentResponse", {}))
         for change in (
                 {"requestState": "success"}, {"requestState": "DONE"}, {"requestStateCode": "NO"}, {"isNeedUpdate": 1},
                 {"requestId": "12"}, {"message": "HTTP Status 500"}):

@@ -76,6 +76,45 @@ class Text(unittest.TestCase):
                     tried.add(schema)
         self.assertEqual(tried, {"request", "answer", "record", "config", "state", "bill", "return_list"})
 
+    def test_the_settings_of_the_packages_are_valid(self):
+        with open(os.path.join(bench.SOURCE, "packaging", "CONFIG.JSN"), encoding="utf-8") as file:
+            self.assertEqual([error.message for error in VALIDATORS["config"].iter_errors(json.load(file))], [])
+
+    def test_the_protocol_tells_every_member_with_its_type(self):
+        text = re.sub(r"^```.*?^```$", "", dict(documents())["docs/protocol.md"], flags=re.M | re.S)
+        told = {}
+        for line in text.split("\n"):
+            if row := re.match(r"\| (`\w+`(?:(?:, |\.)`\w+`)*) \| (\w+) \|", line):
+                told.update({member: row[2] for member in re.findall(r"\w+", row[1])})
+            told.update(re.findall(r"one member, `(\w+)`(?: \(|: an )(\w+)", line))
+        kinds = {"text": "string", "time": "string", "number": "integer", "amount": "integer", "boolean": "boolean",
+                 "array": "array"}
+        with open(os.path.join(bench.SOURCE, "docs", "schemas", "parts.json"), encoding="utf-8") as file:
+            parts = json.load(file)["$defs"]
+
+        def members(schema):
+            for name, member in schema.get("properties", {}).items():
+                while "$ref" in member:
+                    member = parts[member["$ref"].rpartition("/")[2]]
+                kind = member.get("type", "string" if "enum" in member else None)
+                if kind != "object":
+                    yield name, kind
+                yield from members(member)
+                yield from members(member.get("items", {}))
+
+        found = {}
+        for part in parts.values():
+            found.update(members(part))
+        self.assertGreater(len(found), 50)
+        self.assertEqual({name: kinds.get(told.get(name)) for name in found}, found)
+
+    def test_the_length_of_the_request_that_is_shown_is_its_own(self):
+        text = dict(documents())["docs/protocol.md"]
+        deposit = next(json.loads(example) for example in re.findall(r"^```json request\n(.*?)^```$", text, re.M | re.S)
+                       if "putDepositRequest" in example)
+        compact = json.dumps(deposit, ensure_ascii=False, separators=(",", ":")).encode()
+        self.assertEqual(re.findall(r"^    Content-Length: (\d+)$", text, re.M), [str(len(compact))])
+
     def test_the_protocol_shows_every_request_and_answer(self):
         text = dict(documents())["docs/protocol.md"]
         for schema in ("request", "answer"):

@@ -1,5 +1,5 @@
 // fuzz/name.cpp: any text as the name of a file.
-#include <cstring>
+#include <algorithm>
 
 #include "foundation/files.h"
 #include "foundation/module_path.h"
@@ -21,6 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (made) {
     fuzz::Promise(lumo::FileWrite("x", 1, 1, file) == 1, "a file that takes a byte");
     lumo::FileClose(file);
+    const bool is_plain = std::all_of(name.begin(), name.end(), [](char c) { return c > 0 && c != '\\'; });
+    fuzz::Promise(!is_plain || fuzz::ReadFile(("./" + name).c_str()) == "x", "its plain name in the folder");
     fuzz::Promise(lumo::FileExists(name.c_str()), "a file found again by its name");
     fuzz::Promise(lumo::FileDelete(name.c_str()) == 0, "a file deleted by its name");
   }

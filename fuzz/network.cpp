@@ -11,6 +11,9 @@ namespace {
 std::string answer;
 size_t piece = 500;
 size_t given;
+size_t pieces_left;
+size_t pieces_in_all = fuzz::kNeverBreaks;
+bool broke;
 std::vector<std::string> sent;
 
 constexpr lumo::SOCKET kSocket = 7;
@@ -38,6 +41,8 @@ int __wrap_lumo_setsockopt(lumo::SOCKET, int, int, const char *, int) {
 
 int __wrap_lumo_connect(lumo::SOCKET, const lumo::sockaddr *, int) {
   given = 0;
+  pieces_left = pieces_in_all;
+  broke = false;
   return 0;
 }
 
@@ -47,6 +52,9 @@ int __wrap_lumo_send(lumo::SOCKET, const char *data, int length, int) {
 }
 
 int __wrap_lumo_recv(lumo::SOCKET, char *buffer, int capacity, int) {
+  broke = pieces_left == 0;
+  if (broke) return -1;
+  --pieces_left;
   const size_t count = std::min({piece, static_cast<size_t>(capacity), answer.size() - given});
   std::memcpy(buffer, answer.data() + given, count);
   given += count;
@@ -65,9 +73,14 @@ int __wrap_lumo_closesocket(lumo::SOCKET) {
 
 namespace fuzz {
 
-void AnswerWith(const std::string &bytes, size_t new_piece) {
+void AnswerWith(const std::string &bytes, size_t new_piece, size_t pieces) {
   answer = bytes;
   piece = std::max<size_t>(new_piece, 1);
+  pieces_in_all = pieces;
+}
+
+bool Broke() {
+  return broke;
 }
 
 std::vector<std::string> TakeSent() {

@@ -8,8 +8,12 @@
 
 namespace fuzz {
 
-// From now on each connection is answered with these bytes, at most so many at a time.
-void AnswerWith(const std::string &bytes, size_t piece);
+// From now on each connection is answered with these bytes, at most so many at a time. It breaks after
+// `pieces` of them; kNeverBreaks lets it end as the server closes it.
+constexpr size_t kNeverBreaks = static_cast<size_t>(-1);
+void AnswerWith(const std::string &bytes, size_t piece, size_t pieces = kNeverBreaks);
+// Whether the last connection broke.
+bool Broke();
 // What was sent since the last call, a text for each connection.
 std::vector<std::string> TakeSent();
 

@@ -88,15 +88,19 @@ bool AppendBlanks(HANDLE file, uint32_t count) {
   return true;
 }
 
+// A longer text is none that was ever written here: its rest need not be blank, and is not worth the memory.
+constexpr uint32_t kMostBlanks = 64 * 1024;
+
 // Writes the text and, where the old one was longer, blanks over its rest, in one write, and cuts the blanks.
 bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_length) {
   if (old_length <= length) return FileMoveTo(file, 0) && FileWriteAll(file, text, length);
-  const ScopedText padded(static_cast<char *>(MemMalloc(old_length, LUMO_HERE)));
+  const uint32_t blanks = old_length - length < kMostBlanks ? old_length - length : kMostBlanks;
+  const uint32_t padded_length = length + blanks;
+  const ScopedText padded(static_cast<char *>(MemMalloc(padded_length, LUMO_HERE)));
   std::memcpy(padded.get(), text, length);
-  std::memset(padded.get() + length, ' ', old_length - length);
-  if (!FileMoveTo(file, 0) || !FileWriteAll(file, padded.get(), old_length)) return false;
-  FileCut(file, length);
-  return true;
+  std::memset(padded.get() + length, ' ', blanks);
+  if (!FileMoveTo(file, 0) || !FileWriteAll(file, padded.get(), padded_length)) return false;
+  return FileCut(file, length) || padded_length == old_length;
 }
 
 // Makes the file under its own name: for when name + ".new" cannot be made.

@@ -54,6 +54,32 @@ TEST_F(FileTrouble, BlanksThatCannotBeCutOffStay) {
   EXPECT_EQ(folder.Read("F"), "newer   ");
 }
 
+// A damaged file may have any length: it is not taken into memory to be written over.
+TEST_F(FileTrouble, TheRestOfAHugeFileIsCutOffAtOnce) {
+  folder.Write("F", "old text");
+  std::filesystem::resize_file(folder.path() + "F", 0x7FFFFFFF);
+  test::ResetFileTraffic();
+  EXPECT_EQ(Replace("new"), lumo::Replaced::kDone);
+  EXPECT_EQ(folder.Read("F"), "new");
+  EXPECT_EQ(test::CountFileTraffic().writes, 1);
+  EXPECT_EQ(test::CountFileTraffic().bytes_written, 3 + 64 * 1024U);
+}
+
+TEST_F(FileTrouble, TheRestOfAHugeFileThatCannotBeCutOffIsNoReplacement) {
+  folder.Write("F", std::string(100000, 'o'));
+  test::FailCutAfter(0);
+  EXPECT_EQ(Replace("new"), lumo::Replaced::kNotWritten);
+}
+
+// It would be offered the same bytes for ever.
+TEST_F(FileTrouble, AWriteThatTakesNothingEndsTheReplacement) {
+  folder.Write("F", "old text");
+  test::CutNextWrite(0);
+  EXPECT_EQ(Replace("new"), lumo::Replaced::kNotWritten);
+  EXPECT_EQ(folder.Read("F"), "old text");
+  EXPECT_EQ(folder.Trace(), "");
+}
+
 // Something else stands where it would be made first.
 TEST_F(FileTrouble, AFirstTextThatIsMadeDirectlyIsWholeOrNone) {
   std::filesystem::create_directory(folder.path() + "F.new");

@@ -31,7 +31,7 @@ void RefuseMove(const std::string &name);
 // finds no room fails with ERROR_DISK_FULL.
 void LeaveDiskRoom(uint64_t bytes);
 
-// The next write takes no more than this many bytes.
+// The next write takes no more than this many bytes, and succeeds also when that is none.
 void CutNextWrite(uint64_t bytes);
 
 // After so many more that go well, one read, one change of the position, one cut or one flush fails, or so

@@ -230,13 +230,14 @@ char *ReadRecord(HANDLE file, const RecordEntry *entry) {
 void LoadRecord(RecordEntry *entry, const char *file_name) {
   if (entry->text == nullptr) {
     const ScopedFile file(FileOpen(file_name, "rb"));
-    if (!FileIsValid(file.get())) {
-      TraceError("Can't open log file [%s]\n", file_name);
-      return;
-    }
-    entry->text = ReadRecord(file.get(), entry);
+    if (FileIsValid(file.get())) entry->text = ReadRecord(file.get(), entry);
   }
-  if (entry->text != nullptr) Trace("Record data: %s\n", entry->text);
+  if (entry->text != nullptr) {
+    Trace("Record data: %s\n", entry->text);
+  } else {
+    // Also when the file was cut since it was listed: no report is short of a record without a word.
+    TraceError("Can't open log file [%s]\n", file_name);
+  }
 }
 
 RecordEntry *FirstRecord(const char *file_name, bool *out_whole) {

@@ -301,6 +301,17 @@ TEST_F(JournalFaults, ARecordThatCannotBeReadHasNoText) {
   lumo::FreeRecordList(first);
 }
 
+TEST_F(JournalFaults, ARecordThatIsNoLongerThereIsTold) {
+  folder.Write("LOG", "first\nsecond\n");
+  lumo::RecordEntry *first = lumo::GetLogRecords();
+  std::filesystem::resize_file(folder.path() + "LOG", 9);
+  folder.ClearTrace();
+  EXPECT_EQ(lumo::NextLogRecord(first)->text, nullptr);
+  EXPECT_EQ(folder.Trace(),
+            "ERROR: SetFilePointer function failed with error 0\nERROR: Can't open log file [LOG]\n");
+  lumo::FreeRecordList(first);
+}
+
 TEST_F(JournalFaults, AShortReadIsNotTheEndOfARecord) {
   folder.Write("LOG", "first\n");
   test::ShortenReadAfter(2);  // the list takes two

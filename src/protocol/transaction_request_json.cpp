@@ -96,7 +96,8 @@ const char *EnumerationText(MemberField field, MemberKind kind) {
     case MemberKind::kCashBackType:  // GCOVR_EXCL_START: nobody writes it; the rest are no enumerations
       return CashBackTypeToString(*field.cashBackType);
     default:
-      return "";  // GCOVR_EXCL_STOP
+      return "";
+      // GCOVR_EXCL_STOP
   }
 }
 

@@ -104,6 +104,11 @@ TEST_F(StateFile, OneThatIsHeldIsNotReplaced) {
   EXPECT_EQ(folder.Read("STATE"), kSaved);
 }
 
+TEST_F(StateFile, CannotBeMadeWhereThereIsNoFolder) {
+  std::filesystem::remove_all(folder.path());
+  EXPECT_EQ(lumo::LoadState(), -109);
+}
+
 TEST_F(StateFile, IsMadeDirectlyWhereTheNameOfANewOneIsTaken) {
   std::filesystem::create_directory(folder.path() + "STATE.new");
   EXPECT_EQ(lumo::LoadState(), 0);

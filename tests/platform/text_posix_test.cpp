@@ -50,6 +50,8 @@ TEST(PosixText, OnlyWhatTheLibraryUsesIsOffered) {
   EXPECT_EQ(GetLastError(), 87U);
   EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, nullptr, 4, nullptr, nullptr), 0);
   EXPECT_EQ(GetLastError(), 87U);
+  EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, narrow, -1, nullptr, nullptr), 0);
+  EXPECT_EQ(GetLastError(), 87U);
   EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, narrow, 4, "?", nullptr), 0);
   EXPECT_EQ(GetLastError(), 87U);
   EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, narrow, 4, nullptr, &used_default), 0);

@@ -1,6 +1,7 @@
 #include "platform/peer.h"
 
 #include <asio.hpp>
+#include <csignal>
 #include <thread>
 
 namespace test {
@@ -9,6 +10,15 @@ namespace {
 using asio::ip::tcp;
 
 const tcp::endpoint kAnyPort(asio::ip::address_v4::loopback(), 0);
+
+// The signals of a test are for the calls under test: here one would end a read.
+void TakeNoSignals() {
+#ifndef _WIN32
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
+#endif
+}
 
 class AsioConnection : public Connection {
  public:
@@ -48,6 +58,7 @@ struct Peer::Impl {
 
 Peer::Peer(std::function<void(Connection &)> work) : impl_(std::make_unique<Impl>()) {
   impl_->thread = std::thread([this, work = std::move(work)] {
+    TakeNoSignals();
     std::error_code ended;
     tcp::socket socket = impl_->acceptor.accept(ended);
     if (ended) return;

@@ -1,7 +1,6 @@
-/* A cash register with the loyalty programme:   sale BILL   with the path of BILL.JSN beside the library
- * file. It reads what the cashier does, a line each, and ends each answer with the line "ready": CARD sells
- * what is on the counter to the customer with this card CARD spend    the same; the customer wants to pay
- * with bonuses send          sends what waits for the server The end of the input closes the shift. */
+/* A cash register:   sale BILL   with the path of BILL.JSN beside the library file. What is on the counter is
+ * sold by a line "1000000001", a customer's card, or "1000000001 spend", when bonuses shall pay too. A line
+ * "send" sends what waits for the server, and the end of the input closes the shift. */
 #include <stdio.h>
 #include <string.h>
 #ifdef _WIN32
@@ -26,12 +25,6 @@ static const char *Now(void) {
   return text;
 }
 
-static void Say(const char *what, const char *outcome, int code) {
-  const char *why = code == ERR_SERVER_ERROR ? getResponseStateCode() : GetErrorMessage(code);
-  printf("%s %s: %d %s\n", what, outcome, code, why);
-}
-
-/* The goods on the counter. */
 static int WriteBill(const char *path) {
   FILE *bill = fopen(path, "wb");
   if (bill == NULL) return ERR_BILL_OPEN;
@@ -44,15 +37,17 @@ static int WriteBill(const char *path) {
   return fclose(bill) == 0 ? 0 : ERR_BILL_OPEN;
 }
 
-/* The server may have carried it out: only its answer is missing. */
-static int IsLost(int code) {
-  return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR;
+static void Say(const char *what, const char *outcome, int code) {
+  const char *why = code == ERR_SERVER_ERROR ? getResponseStateCode() : GetErrorMessage(code);
+  printf("%s %s", what, outcome);
+  if (code != 0) printf(": %d %s", code, why);
+  puts("");
 }
 
 /* A sale in the current transaction. Goods can always be sold without the card. */
 static void Sell(int wants_to_spend) {
+  const char *rrn = getRRN(), *outcome = "is not paid";
   char before[32] = "";
-  const char *rrn = getRRN();
   int code;
   if (rrn != NULL) sprintf(before, "%.31s", rrn);
   if (BalanceProc() == 0) printf("on the card: %d.%02d\n", GetBalance() / 100, GetBalance() % 100);
@@ -66,34 +61,26 @@ static void Sell(int wants_to_spend) {
   if (code == 0 || code == ERR_BILL_OPEN) { /* paid; at worst the bill could not be rewritten */
     printf("%s%s%s", getReceiptHeaderPtr(), getReceiptBodyPtr(), getReceiptFooterPtr());
     code = PaymentConfirmProc(rrn); /* until now the bonuses were only reserved */
-    if (IsLost(code)) code = PaymentConfirmProc(rrn);
-    if (code == 0 || strcmp(getResponseStateCode(), "BILL_INCORRECT_STATE") == 0) /* it had arrived */
-      printf("%s %s\n", rrn, lumoIsOffline() ? "waits for the server" : "is confirmed");
-    else
-      Say(rrn, "is paid, confirm it later", code);
-  } else if (IsLost(code)) { /* paid or not? Undone, it can be sold again */
-    code = PaymentCancelProc(rrn);
-    if (code == 0 || strcmp(getResponseStateCode(), "BILL_NOT_FOUND") == 0)
-      printf("%s %s: sell again\n", rrn, code == 0 ? "is cancelled" : "was never paid");
-    else
-      Say(rrn, "may be paid, cancel it later", code);
-  } else {
-    Say(rrn, "is not paid", code);
+    if (code != 0 && code != ERR_SERVER_ERROR) code = PaymentConfirmProc(rrn);
+    if (strcmp(getResponseStateCode(), "BILL_INCORRECT_STATE") == 0) code = 0; /* the first had arrived */
+    outcome = lumoIsOffline() ? "waits for the server" : "is confirmed";
+    if (code != 0) outcome = "is paid, confirm it later";
+  } else if (code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR) {
+    code = PaymentCancelProc(rrn); /* the answer is lost: paid or not? Undone, it can be sold again */
+    outcome = code == 0 ? "is cancelled, sell again" : "may be paid, cancel it later";
+    if (strcmp(getResponseStateCode(), "BILL_NOT_FOUND") == 0) outcome = "was never paid, sell again";
   }
+  Say(rrn, outcome, code);
 }
 
 int main(int argc, char **argv) {
-  char opened[32], line[100], word[50], wish[50];
+  char opened[32], line[100], word[50];
   int code = argc == 2 ? LUMOInit() : ERR_CONFIG_LOAD;
-  if (code == 0) code = OpenShift("1");
-  if (code != 0 && code != ERR_SHIFT_ALREADY_OPEN) return Say("sale BILL", "cannot start", code), 1;
-#if defined(_WIN32) && !defined(UNDER_CE)
-  SetConsoleOutputCP(CP_UTF8);
-#endif
+  if (code != 0) return Say("sale BILL", "cannot start", code), 1;
+  OpenShift("1");                  /* one that is open since before a restart goes on */
   sprintf(opened, "%.16s", Now()); /* the report's bounds are texts: before any second of this minute */
   while (puts("ready"), fflush(stdout), fgets(line, sizeof line, stdin) != NULL) {
-    wish[0] = 0;
-    if (sscanf(line, "%49s %49s", word, wish) < 1) continue;
+    if (sscanf(line, "%49s", word) != 1) continue;
     if (strcmp(word, "send") == 0) {
       const int waiting = lumoOfflineCount(), sent = SendOfflinePayments();
       printf("sent %d of %d\n", sent, waiting);
@@ -101,11 +88,10 @@ int main(int argc, char **argv) {
     } else if ((code = WriteBill(argv[1])) != 0 || (code = CreateTransaction(word, "7")) != 0) {
       Say(word, "is not sold to", code);
     } else {
-      Sell(strcmp(wish, "spend") == 0);
+      Sell(strstr(line, " spend") != NULL);
       CloseTransaction();
     }
   }
   if (GenerateSummaryReport(opened, "9") > 0) fputs(GetReportPtr(), stdout); /* "9": behind all dates */
-  CloseShift();
-  return LUMOClean();
+  return CloseShift();
 }

@@ -1,18 +1,12 @@
-// A cash register with the loyalty programme:   sale BILL   with the path of BILL.JSN beside the library
-// file. It reads what the cashier does, a line each, and ends each answer with the line "ready":
-//   CARD          sells what is on the counter to the customer with this card
-//   CARD spend    the same; the customer wants to pay with bonuses
-//   send          sends what waits for the server
-// The end of the input closes the shift.
+// A cash register:   sale BILL   with the path of BILL.JSN beside the library file. What is on the counter is
+// sold by a line "1000000001", a customer's card, or "1000000001 spend", when bonuses shall pay too. A line
+// "send" sends what waits for the server, and the end of the input closes the shift.
 #include <cstdio>
 #include <ctime>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
-#ifdef _WIN32
-#include <windows.h>
-#endif
 
 #include "lumo.hpp"
 
@@ -24,12 +18,6 @@ std::string Now() {
   return text;
 }
 
-void Say(const std::string &what, const char *outcome, lumo::Result result) {
-  std::cout << what << " " << outcome << ": " << result.code() << " "
-            << (result == ERR_SERVER_ERROR ? lumo::getResponseStateCode() : result.message()) << "\n";
-}
-
-// The goods on the counter.
 lumo::Result WriteBill(const char *path) {
   std::ofstream bill(path, std::ios::binary);
   bill << R"({"totalSum":15000,"orderLen":2,"billNum":"1","billDate":")" << Now() << R"(","partnerFee":0,)"
@@ -39,13 +27,18 @@ lumo::Result WriteBill(const char *path) {
   return bill.good() ? 0 : ERR_BILL_OPEN;
 }
 
-// The server may have carried it out: only its answer is missing.
-bool IsLost(lumo::Result result) {
-  return result.code() <= ERR_JSON_SYNTAX && result.code() >= ERR_REQUEST_SEND && result != ERR_SERVER_ERROR;
+void Say(const std::string &what, const char *outcome, lumo::Result result) {
+  std::cout << what << " " << outcome;
+  if (!result.ok()) std::cout << ": " << result.code() << " ";
+  std::cout << (result == ERR_SERVER_ERROR ? lumo::getResponseStateCode() : result.message()) << "\n";
 }
 
-// A sale in the current transaction. Goods can always be sold without the card.
-void Sell(bool wants_to_spend) {
+// Goods can always be sold without the card.
+void Sell(const std::string &card, bool wants_to_spend, const char *bill_path) {
+  lumo::TransactionScope transaction;
+  lumo::Result result = WriteBill(bill_path);
+  if (result.ok()) result = transaction.Create(card, "7");
+  if (!result.ok()) return Say(card, "is not sold to", result);
   const std::string before = lumo::getRRN();
   if (lumo::BalanceProc().ok())
     std::printf("on the card: %d.%02d\n", lumo::GetBalance() / 100, lumo::GetBalance() % 100);
@@ -53,56 +46,40 @@ void Sell(bool wants_to_spend) {
     std::cout << "no number: the server was never met, or the clock is behind; sell without the card\n";
     return;
   }
-  lumo::Result result = lumo::PaymentProc(wants_to_spend, "BILL.JSN");  // how many, the server decides
+  result = lumo::PaymentProc(wants_to_spend, "BILL.JSN");  // how many, the server decides
   const std::string rrn = lumo::getRRN();
+  const char *outcome = "is not paid";
   if (result.ok() || result == ERR_BILL_OPEN) {  // paid; at worst the bill could not be rewritten
     std::cout << lumo::getReceiptHeaderPtr() << lumo::getReceiptBodyPtr() << lumo::getReceiptFooterPtr();
     result = lumo::PaymentConfirmProc(rrn);  // until now the bonuses were only reserved
-    if (IsLost(result)) result = lumo::PaymentConfirmProc(rrn);
-    if (result.ok() || lumo::getResponseStateCode() == "BILL_INCORRECT_STATE")  // it had arrived
-      std::cout << rrn << (lumo::lumoIsOffline() ? " waits for the server\n" : " is confirmed\n");
-    else
-      Say(rrn, "is paid, confirm it later", result);
-  } else if (IsLost(result)) {  // paid or not? Undone, it can be sold again
-    result = lumo::PaymentCancelProc(rrn);
-    if (result.ok() || lumo::getResponseStateCode() == "BILL_NOT_FOUND")
-      std::cout << rrn << (result.ok() ? " is cancelled" : " was never paid") << ": sell again\n";
-    else
-      Say(rrn, "may be paid, cancel it later", result);
-  } else {
-    Say(rrn, "is not paid", result);
+    if (!result.ok() && result != ERR_SERVER_ERROR) result = lumo::PaymentConfirmProc(rrn);
+    if (lumo::getResponseStateCode() == "BILL_INCORRECT_STATE") result = 0;  // the first had arrived
+    outcome = lumo::lumoIsOffline() ? "waits for the server" : "is confirmed";
+    if (!result.ok()) outcome = "is paid, confirm it later";
+  } else if (result.code() <= ERR_JSON_SYNTAX && result.code() >= ERR_REQUEST_SEND &&
+             result != ERR_SERVER_ERROR) {
+    result = lumo::PaymentCancelProc(rrn);  // the answer is lost: paid or not? Undone, it can be sold again
+    outcome = result.ok() ? "is cancelled, sell again" : "may be paid, cancel it later";
+    if (lumo::getResponseStateCode() == "BILL_NOT_FOUND") outcome = "was never paid, sell again";
   }
+  Say(rrn, outcome, result);
 }
 
 int main(int argc, char **argv) {
-  lumo::ShiftScope shift;
   lumo::Result result = argc == 2 ? lumo::LUMOInit() : ERR_CONFIG_LOAD;
-  if (result.ok()) result = shift.Open("1");
-  if (!result.ok() && result != ERR_SHIFT_ALREADY_OPEN) return Say("sale BILL", "cannot start", result), 1;
-#ifdef _WIN32
-  SetConsoleOutputCP(CP_UTF8);
-#endif
-  const std::string opened =
-      Now().substr(0, 16);  // report bounds are texts: before any second of this minute
-  for (std::string line; std::cout << "ready" << std::endl, std::getline(std::cin, line);) {
-    std::string word, wish;
-    std::istringstream(line) >> word >> wish;
-    if (word == "send") {
+  if (!result.ok()) return Say("sale BILL", "cannot start", result), 1;
+  const std::string opened = Now().substr(0, 16);  // bounds are texts: before any second of this minute
+  lumo::ShiftScope shift;
+  result = shift.Open("1");  // one that is open since before a restart goes on
+  for (std::string line, card; std::cout << "ready" << std::endl, std::getline(std::cin, line);) {
+    if (line == "send") {
       const int waiting = lumo::lumoOfflineCount(), sent = lumo::SendOfflinePayments();
       std::cout << "sent " << sent << " of " << waiting << "\n";
       if (sent == waiting) result = lumo::lumoClearOffline(sent);  // else OFFLINE holds those that failed
-    } else if (!word.empty()) {
-      lumo::TransactionScope transaction;
-      result = WriteBill(argv[1]);
-      if (result.ok()) result = transaction.Create(word, "7");
-      if (result.ok())
-        Sell(wish == "spend");
-      else
-        Say(word, "is not sold to", result);
+    } else if (std::istringstream(line) >> card) {
+      Sell(card, line == card + " spend", argv[1]);
     }
   }
-  if (lumo::GenerateSummaryReport(opened, "9") > 0)
-    std::cout << lumo::GetReportPtr();  // "9": behind all dates
-  if (result = shift.Close(); !result.ok()) Say("the shift", "is not closed", result);
-  return lumo::LUMOClean().code();
+  if (lumo::GenerateSummaryReport(opened, "9") > 0) std::cout << lumo::GetReportPtr();  // to all dates' end
+  return shift.Close().code();
 }

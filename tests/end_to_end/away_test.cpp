@@ -49,6 +49,23 @@ TEST_F(Away, WithoutOfflineModeAPaymentIsRefused) {
   EXPECT_FALSE(shop.Exists("OFFLINE"));
 }
 
+TEST_F(Away, WithoutOfflineModeEveryOperationIsRefusedButALink) {
+  Start("");
+  GoAway();
+  ASSERT_EQ(shop.CreateAmountBill(10000, "BILL.JSN"), 0);
+  EXPECT_EQ(shop.PaymentAndConfirmProc(0, "BILL.JSN"), -501);
+  EXPECT_EQ(shop.PaymentConfirmProc(kFirstRrn), -501);
+  EXPECT_EQ(shop.PaymentCancelProc(kFirstRrn), -501);
+  EXPECT_EQ(shop.ActivationProc("SIMPLE_ACTIVATION", nullptr, 0, nullptr, nullptr), -501);
+  EXPECT_EQ(shop.BalanceProc(), -501);
+  EXPECT_EQ(shop.CashBackProc(kFirstRrn, nullptr), -501);
+  EXPECT_EQ(shop.DepositProc(100), -501);
+  EXPECT_EQ(shop.ExchangeProc("TOKEN7"), -501);
+  EXPECT_EQ(Body(), "");
+  EXPECT_EQ(shop.LinkCardProc("1000000008"), 0);
+  EXPECT_FALSE(shop.Exists("OFFLINE"));
+}
+
 TEST_F(Away, NothingTellsItFromAnOnlinePaymentButTheCallTheSlipAndTheRecord) {
   ASSERT_EQ(Pay(0), 0);
   // As before the first answer.
@@ -232,6 +249,22 @@ TEST_F(Away, WhenSomeFailedTheOthersAreGoneAlready) {
   EXPECT_EQ(StateOf(kFirstRrn), "confirmed");
 }
 
+TEST_F(Away, WhenTheDiskFailsTooNothingIsLostAndSomeIsSentTwice) {
+  SellOffline();
+  ComeBack();
+  const auto tmp = std::filesystem::u8path(shop.folder() + "OFFLINE_TMP");
+  std::filesystem::create_directory(tmp);
+  bench.SetFault(loyalty::ParseFault("refusal INTERNAL_ERROR on confirm"));
+  EXPECT_EQ(shop.SendOfflinePayments(), 1);
+  EXPECT_EQ(shop.lumoOfflineCount(), 2);
+  std::filesystem::remove(tmp);
+  ComeBack();
+  EXPECT_EQ(shop.SendOfflinePayments(), 1);
+  EXPECT_THAT(shop.Trace(), HasSubstr("response.stateCode = DUPLICATE_REQUEST_ID\n"));
+  EXPECT_EQ(StateOf(kFirstRrn), "confirmed");
+  EXPECT_EQ(shop.lumoOfflineCount(), 1);
+}
+
 // Taken by the server, its answer lost: the next replay is refused as a duplicate, for ever.
 TEST_F(Away, ARecordWhoseAnswerWasLostIsRefusedAsADuplicateAndKept) {
   SellOffline();
@@ -346,6 +379,23 @@ TEST_F(Unnumbered, AStateWithAnOldNumberIsTheCureWithoutTheServer) {
   GoAway();
   EXPECT_EQ(Pay(0), 0);
   EXPECT_STREQ(shop.getRRN(), "1234512120500000");
+}
+
+TEST_F(Unnumbered, IsATerminalWhoseStateWasLost) {
+  Start(kOfflineSettings);
+  ASSERT_EQ(Pay(0), 0);
+  ASSERT_STREQ(shop.getRRN(), kFirstRrn);
+  GoAway();
+  shop.Remove("STATE");
+  NewTransaction();
+  EXPECT_EQ(Pay(0), 0);
+  EXPECT_EQ(shop.getRRN(), nullptr);
+  EXPECT_THAT(shop.Read("OFFLINE"), HasSubstr(R"("requestId":"")"));
+  // The last number that LOG has is the cure.
+  SetState(R"({"reqId":")" + std::string(kFirstRrn) + R"("})");
+  NewTransaction();
+  EXPECT_EQ(Pay(0), 0);
+  EXPECT_STREQ(shop.getRRN(), kSecondRrn);
 }
 
 // The server is there and only this question fails: the operation goes without a number.

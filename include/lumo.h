@@ -34,7 +34,9 @@
  *
  *     // The server may have done it or not: every code under "Talking to the server" that says MAY.
  *     static int IsLost(int code) {
- *       return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR;
+ *       const char *state = getResponseState();
+ *       if (code == ERR_SERVER_ERROR) return strcmp(state, "ERROR") != 0 && strcmp(state, "CANCELED") != 0;
+ *       return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND;
  *     }
  *
  *     // Confirms or cancels a payment. An answer that is lost is asked for again.
@@ -108,8 +110,9 @@
  *                             than 500 bytes. Or it is JSON, and no answer.
  *     ERR_RESPONSE_TYPE       MAY. The answer has an unknown name.
  *     ERR_RESPONSE_CONTENT    MAY. The answer lacks a part.
- *     ERR_SERVER_ERROR        The server answered, and not with SUCCESS. With the state ERROR it refused and
- *                             carried nothing out; getResponseStateCode says why.
+ *     ERR_SERVER_ERROR        The server answered, and not with SUCCESS. With the state ERROR or CANCELED it
+ *                             refused and carried nothing out; getResponseStateCode says why. With any other
+ *                             state MAY.
  *     ERR_SERVER_REJECTED     MAY, and hardly ever: "HTTP Status 400" stands in what came. As a rule the
  *                             server could not read the request.
  *     ERR_SERVER_FAILURE      MAY. "HTTP Status 500" stands in what came: the server itself failed.
@@ -441,8 +444,8 @@ LUMO_API int LUMO_CALL CreateAmountBill(int total_sum, const char *bill_path);
 /* What the server answered: its state, and its code. Never null. Both are "OK" before the first answer, and
  * the empty text without a transaction and for a state or code that lumo does not know. Valid for ever.
  *
- * States: "SUCCESS" is the one of an operation that returned 0. "ERROR" and "CANCELED" refuse. "OK" and
- * "PROCESSED" come with ERR_SERVER_ERROR too, and say neither: see "A lost answer".
+ * States: "SUCCESS" is the one of an operation that returned 0. "ERROR" and "CANCELED" refuse. "OK",
+ * "PROCESSED" and an unknown one come with ERR_SERVER_ERROR too, and say neither: see "A lost answer".
  *
  * Codes, and what they mean. What cashier and engineer do about each of them: docs/terminal.md.
  *   OK                            no refusal

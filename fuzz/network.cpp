@@ -8,6 +8,8 @@
 
 namespace {
 
+std::vector<std::string> answers;
+size_t turn;
 std::string answer;
 size_t piece = 500;
 size_t given;
@@ -40,6 +42,7 @@ int __wrap_lumo_setsockopt(lumo::SOCKET, int, int, const char *, int) {
 }
 
 int __wrap_lumo_connect(lumo::SOCKET, const lumo::sockaddr *, int) {
+  answer = answers[turn++ % answers.size()];
   given = 0;
   pieces_left = pieces_in_all;
   broke = false;
@@ -74,9 +77,16 @@ int __wrap_lumo_closesocket(lumo::SOCKET) {
 namespace fuzz {
 
 void AnswerWith(const std::string &bytes, size_t new_piece, size_t pieces) {
-  answer = bytes;
+  answers = {bytes};
   piece = std::max<size_t>(new_piece, 1);
   pieces_in_all = pieces;
+}
+
+void AnswerInTurn(const std::vector<std::string> &new_answers) {
+  answers = new_answers;
+  turn = 0;
+  piece = 500;
+  pieces_in_all = kNeverBreaks;
 }
 
 bool Broke() {

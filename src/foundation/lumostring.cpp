@@ -24,7 +24,7 @@ size_t AllocationSize(uint32_t capacity) {
   const uint64_t rounded = (needed + unit - 1) / unit * unit;
   // Only a text of nearly 4 GiB is allocated as it is.
   const bool is_32_bits = rounded <= UINT32_MAX;
-  return static_cast<size_t>(is_32_bits ? rounded : needed);  // GCOVR_EXCL_BR_LINE: no test has 4 GiB
+  return static_cast<size_t>(is_32_bits ? rounded : needed);
 }
 
 // `needed` bytes of text call for this capacity, the smallest multiple of the step that holds them.

@@ -99,7 +99,7 @@ int GrowBuffer(JsonParser *parser) {
   uint32_t size = parser->bufferSize;
   if (limit != 0 && size == limit) return kJsonDataLimit;
   if (parser->config.reallocHook == nullptr) return kJsonNoMemory;
-  if (size >= kLargestDoubledSize) return kJsonNoMemory;  // GCOVR_EXCL_BR_LINE: a token of 2 GiB
+  if (size >= kLargestDoubledSize) return kJsonNoMemory;
   size *= 2;
   if (limit != 0 && size > limit) size = limit;
   void *buffer = parser->config.reallocHook(parser->buffer, size);
@@ -234,7 +234,7 @@ int Open(JsonParser *parser, uint8_t kind) {
   if (parser->stackFill == parser->stackSize) {
     if (parser->config.maxNesting != 0) return kJsonNestingLimit;
     if (parser->config.reallocHook == nullptr) return kJsonNoMemory;
-    if (parser->stackSize >= kLargestDoubledSize) return kJsonNoMemory;  // GCOVR_EXCL_BR_LINE: 2^31 levels
+    if (parser->stackSize >= kLargestDoubledSize) return kJsonNoMemory;
     void *stack = parser->config.reallocHook(parser->stack, parser->stackSize * size_t{2});
     if (stack == nullptr) return kJsonNoMemory;
     parser->stack = static_cast<uint8_t *>(stack);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -214,6 +215,17 @@ TEST(TextBufferLimit, IsWhatALengthOf32BitsCounts) {
   ExpectNoMemory(UINT32_MAX);
   ExpectNoMemory(UINT32_MAX - 4);
   ExpectNoMemory(0xFFFFFF00U - 4);
+}
+
+// Rounded up to an eighth as any other, its size would not fit in 32 bits.
+TEST_F(TextBuffer, OfNearly4GiBIsAllocatedAsItIs) {
+  EXPECT_EXIT(
+      {
+        std::atexit([] { std::fprintf(stderr, "%zu bytes\n", test::CountAllocations().last_size); });
+        test::FailNextAllocation();
+        lumo::StringReserve(string, 0xFFFFFF00U);
+      },
+      test::EndedAsFatal, testing::HasSubstr("4294967041 bytes"));
 }
 
 TEST_F(TextBuffer, GrowthWithoutMemoryIsFatal) {

@@ -156,6 +156,20 @@ TEST(JsonDomMemory, InitFailsWithoutHookOrMemory) {
   JsonDomFree(&builder);
 }
 
+TEST(JsonDomMemory, IsNotDoubledBeyondWhat32BitsCount) {
+  FakeTree tree;
+  JsonDomBuilder<FakeTree> builder;
+  builder.reallocHook = std::realloc;
+  ASSERT_EQ(JsonDomInit(&builder, &tree), 0);
+  builder.reallocHook = [](void *, size_t) -> void * {
+    ADD_FAILURE() << "the size would not fit in its 32 bits";
+    return nullptr;
+  };
+  builder.stackSize = builder.stackFill = 0x80000000U;
+  EXPECT_EQ(JsonDomCallback<FakeTree>(&builder, JSON_ARRAY_BEGIN, nullptr, 0), 1);
+  JsonDomFree(&builder);
+}
+
 TEST(JsonDomMemory, GrowthThatFailsIsOneAndLosesNothing) {
   static int calls;
   calls = 0;

@@ -638,6 +638,28 @@ TEST(JsonParser, ReportsMemoryThatCannotBeHad) {
   EXPECT_EQ(outcome.taken, 256U);
 }
 
+TEST(JsonParserMemory, IsNotDoubledBeyondWhat32BitsCount) {
+  static int reallocs;
+  reallocs = 0;
+  JsonParserConfig config = PlainConfig();
+  config.reallocHook = [](void *, size_t) -> void * {
+    ++reallocs;
+    return nullptr;
+  };
+  JsonParser parser;
+  ASSERT_EQ(JsonParserInit(&parser, &config, nullptr, nullptr), 0);
+  ASSERT_EQ(JsonParserFeed(&parser, "[\"", 2, nullptr), 0);
+  parser.bufferSize = 0x80000000U;  // as after 2 GiB of the token
+  parser.bufferFill = parser.bufferSize - 1;
+  EXPECT_EQ(JsonParserFeed(&parser, "x", 1, nullptr), 1);
+  JsonParserFree(&parser);
+  ASSERT_EQ(JsonParserInit(&parser, &config, nullptr, nullptr), 0);
+  parser.stackSize = parser.stackFill = 0x80000000U;  // as after as many brackets
+  EXPECT_EQ(JsonParserFeed(&parser, "[", 1, nullptr), 1);
+  JsonParserFree(&parser);
+  EXPECT_EQ(reallocs, 0);
+}
+
 TEST(JsonParserMemory, ThereIsNoneForNoParserAndItIsFreedOnce) {
   const JsonParserConfig config = PlainConfig();
   EXPECT_EQ(JsonParserInit(nullptr, &config, nullptr, nullptr), 1);

@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "interrupt.h"
+#include "lumo.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -19,7 +20,9 @@
 namespace {
 
 #ifdef _WIN32
-constexpr char kLibraryName[] = "lumo.dll";
+std::filesystem::path FindLibrary(const std::filesystem::path &folder) {
+  return folder / "lumo.dll";
+}
 
 // The words of the command line as UTF-8, which the console then shows too.
 std::vector<std::string> TakeWords(int, char **) {
@@ -32,7 +35,13 @@ std::vector<std::string> TakeWords(int, char **) {
   return words;
 }
 #else
-constexpr char kLibraryName[] = "liblumo.so";
+// Where the library is installed, a terminal's folder has a link to it, under the name that programs ask for.
+std::filesystem::path FindLibrary(const std::filesystem::path &folder) {
+  const std::filesystem::path file = folder / "liblumo.so";
+  const std::filesystem::path link = folder / ("liblumo.so." + std::to_string(LUMO_VERSION_MAJOR));
+  std::error_code error;
+  return !std::filesystem::exists(file, error) && std::filesystem::exists(link, error) ? link : file;
+}
 
 // A stream that was closed stays one that cannot be used: otherwise the next file that is opened would take
 // its number, and what is printed would go into a file of the terminal.
@@ -52,7 +61,8 @@ std::vector<std::string> TakeWords(int count, char **words) {
 int Run(std::vector<std::string> words) {
   // Never destroyed: an interrupt may come at any moment.
   reg::Till &till = *new reg::Till;
-  till.libraryFile = std::filesystem::u8path(words[0]).parent_path() / kLibraryName;
+  // A register that was called by its name alone is that of the current folder.
+  till.libraryFile = FindLibrary(std::filesystem::u8path(words[0]).parent_path());
   reg::WatchForInterrupts([&till] { till.End(); });
 
   CLI::App app(

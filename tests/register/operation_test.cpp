@@ -168,6 +168,58 @@ TEST_F(Operation, PaymentWithoutTheServerAndWithoutARecordSaysSo) {
   EXPECT_EQ(facts["kept"], false);
 }
 
+TEST_F(Operation, WhoseRecordIsNotInTheLogSaysSo) {
+  constexpr char kMissing[] =
+      "register: LOG could not be written: this operation is missing from the reports\n";
+  EXPECT_FALSE(Do({"balance"}).contains("logged"));
+  EXPECT_EQ(Do({"deposit", "1"})["logged"], true);
+  Run({"bill", "100"});
+  EXPECT_EQ(Do({"pay"})["logged"], true);
+  // A folder in its place cannot be written.
+  std::filesystem::remove(folder / "LOG");
+  std::filesystem::create_directory(folder / "LOG");
+  // With a server, without one, and when OFFLINE has the other of the two records.
+  for (const bool is_away : {false, true}) {
+    if (is_away) GoAway();
+    const test::Outcome run = Run({"pay", "--confirm", "--card", test::kRichCard});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, kMissing);
+    EXPECT_THAT(run.out,
+                HasSubstr(is_away ? "\n  OFFLINE: no server was reached, the record waits to be sent, RRN"
+                                  : "\n  server SUCCESS / OK, RRN"));
+    const nlohmann::json facts = Do({"pay", "--confirm"}, 1);
+    EXPECT_EQ(facts["logged"], false);
+    EXPECT_EQ(facts.contains("kept"), is_away);
+    EXPECT_FALSE(facts.contains("code"));
+  }
+  EXPECT_EQ(Do({"pay", "--confirm"}, 1)["kept"], true);
+  EXPECT_EQ(Run({"confirm", "1234512120500001", "--card", test::kRichCard}).err, kMissing);
+  ComeBack();
+  // These the library itself refuses.
+  const nlohmann::json deposit = Do({"deposit", "1"}, 1);
+  EXPECT_EQ(deposit["code"], -201);
+  EXPECT_EQ(deposit["logged"], false);
+}
+
+TEST_F(Operation, FindsItsRecordAtTheEndOfALongLog) {
+  Write("LOG", "no record\n" + std::string(100000, 'x') + "\n");
+  EXPECT_EQ(Do({"deposit", "1"})["logged"], true);
+  // Longer than what is read at first, and the only one.
+  std::string bill =
+      R"({"bill":{"totalSum":100,"orderLen":1,"billNum":"1","billDate":"2012-12-05T10:00:00Z",)";
+  bill += R"("goodList":{"good":[{"title":")" + std::string(20000, 'T');
+  bill += R"(","productCode":"008","positionCost":100,"orderNum":1,"cnt":1}]}}})";
+  Write("LONG.JSN", bill);
+  std::filesystem::remove(folder / "LOG");
+  EXPECT_EQ(Do({"pay", "LONG.JSN"})["logged"], true);
+  // Without a number.
+  Write("STATE", R"({"offline":0,"shiftState":0,"update":0})");
+  GoAway();
+  const nlohmann::json facts = Do({"pay", "LONG.JSN"});
+  EXPECT_EQ(facts["rrn"], nullptr);
+  EXPECT_EQ(facts["logged"], true);
+}
+
 TEST_F(Operation, ThatNoServerAnsweredShowsNoState) {
   Do({"balance"});
   GoAway();

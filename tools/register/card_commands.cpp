@@ -48,7 +48,8 @@ void AddCardCommands(CLI::App &app, Till &till) {
             {"balance", [](Library &library) { return library.BalanceProc(); },
              [](Library &library) {
                return Amounts{{"balance", library.GetBalance()}};
-             }});
+             },
+             true, true, false});
   });
 
   CLI::App *deposit = app.add_subcommand("deposit", "Put an amount on a card");

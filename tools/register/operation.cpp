@@ -6,6 +6,7 @@
 
 #include "amount.h"
 #include "progress.h"
+#include "shop_files.h"
 #include "slip.h"
 
 namespace reg {
@@ -29,9 +30,11 @@ class OneTransaction {
 struct Ending {
   int code = 0;
   bool isOffline = false;
-  bool isKept = false;  // the record, by OFFLINE
-  std::string rrn;      // its own; empty when it had none
-  std::string state;    // of the server that answered; empty when none did
+  bool isDone = false;
+  bool isKept = false;    // the record, by OFFLINE
+  bool isLogged = false;  // and by LOG
+  std::string rrn;        // its own; empty when it had none
+  std::string state;      // of the server that answered; empty when none did
   std::string stateCode;
 };
 
@@ -55,26 +58,35 @@ size_t CountWaiting(const Till &till) {
   return count;
 }
 
+// Whether LOG ends with the record of this number. Without a number it must end otherwise than before.
+bool IsLogged(const JournalEnd &before, const JournalEnd &now, const std::string &rrn) {
+  if (!rrn.empty()) return now.line.find("\"requestId\":\"" + rrn + "\"") != std::string::npos;
+  return now.bytes != before.bytes || now.line != before.line;
+}
+
 Ending Run(Till &till, const Operation &operation) {
   const Library &library = *till.library;
   const std::string rrn_before = LastRrn(library);
   const size_t waiting_before = CountWaiting(till);
+  const std::filesystem::path log = till.Folder() / "LOG";
+  const JournalEnd log_before = EndOfJournal(log);
   Ending ending;
   {
     const Progress progress(till.TraceFile(), 0, till.showsProgress);
     ending.code = operation.call(*till.library);
   }
   ending.isOffline = library.lumoIsOffline() != 0;
-  // A payment returns 0 also when its record could not be written.
+  ending.isDone = ending.code == 0 || ending.code == ERR_OFFLINE_SAVE || ending.code == ERR_BILL_OPEN;
+  // A payment returns 0 also when its records could not be written.
   ending.isKept = ending.isOffline && ending.code != ERR_OFFLINE_SAVE && CountWaiting(till) > waiting_before;
   // That of an operation before it is not its own.
   const std::string rrn = LastRrn(library);
   if (rrn != rrn_before) ending.rrn = rrn;
+  ending.isLogged = ending.isDone && IsLogged(log_before, EndOfJournal(log), ending.rrn);
   // Before any answer the state is "OK"; and it stays what it was when no answer comes.
   const std::string state = library.getResponseState();
-  const bool is_done = ending.code == 0 || ending.code == ERR_OFFLINE_SAVE || ending.code == ERR_BILL_OPEN;
   if (ending.code == ERR_SERVER_ERROR ||
-      (operation.asksServer && is_done && !ending.isOffline && state != "OK")) {
+      (operation.asksServer && ending.isDone && !ending.isOffline && state != "OK")) {
     ending.state = state;
     ending.stateCode = library.getResponseStateCode();
   }
@@ -97,6 +109,7 @@ Facts FactsOf(const Operation &operation, const Ending &ending) {
   Facts facts;
   facts.Add("operation", operation.name).Add("offline", ending.isOffline);
   if (ending.isOffline) facts.Add("kept", ending.isKept);
+  if (operation.isRecorded && ending.isDone) facts.Add("logged", ending.isLogged);
   facts.Add("rrn", ending.rrn.empty() ? nullptr : ending.rrn.c_str());
   if (ending.state.empty()) return std::move(facts.Add("server", nullptr));
   return std::move(facts.Add("server", Facts().Add("state", ending.state).Add("code", ending.stateCode)));
@@ -115,6 +128,18 @@ std::string Slip(const Library &library) {
   return text;
 }
 
+// What no code of the library tells: which record is missing.
+void TellOfRecords(Till &till, const Operation &operation, const Ending &ending) {
+  if (ending.isOffline && !ending.isKept) {
+    std::cerr << "register: OFFLINE could not be written: no replay will tell the server of this operation\n";
+    till.status = kRefused;
+  }
+  if (operation.isRecorded && ending.isDone && !ending.isLogged) {
+    std::cerr << "register: LOG could not be written: this operation is missing from the reports\n";
+    till.status = kRefused;
+  }
+}
+
 }  // namespace
 
 void Operate(Till &till, const CardOptions &options, const Operation &operation) {
@@ -130,6 +155,7 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
     if (!till.asJson && IsLost(ending.code)) {
       std::cout << "  The server may have done it or not: ask by the RRN, as after a lost answer.\n";
     }
+    TellOfRecords(till, operation, ending);
     throw Refused{ending.code, library.GetErrorMessage(ending.code), facts};
   }
   const std::string slip = operation.hasSlip ? Slip(library) : "";
@@ -146,10 +172,7 @@ void Operate(Till &till, const CardOptions &options, const Operation &operation)
     }
     if (!amounts.empty()) std::cout << '\n';
   });
-  if (ending.isOffline && !ending.isKept) {
-    std::cerr << "register: OFFLINE could not be written: no replay will tell the server of this operation\n";
-    till.status = kRefused;
-  }
+  TellOfRecords(till, operation, ending);
 }
 
 }  // namespace reg

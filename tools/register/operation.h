@@ -20,6 +20,7 @@ struct Operation {
   std::function<Amounts(Library &)> amounts;  // what it brought, after a success; may be none
   bool hasSlip = true;
   bool asksServer = true;
+  bool isRecorded = true;  // leaves a record in LOG
 };
 
 // Runs the operation and shows what a cashier would see.

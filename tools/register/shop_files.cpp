@@ -1,5 +1,6 @@
 #include "shop_files.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -138,6 +139,28 @@ size_t CountRecords(const std::filesystem::path &file) {
   size_t count = 0;
   while (stream.is_open() && std::getline(stream, line) && !stream.eof()) ++count;
   return count;
+}
+
+JournalEnd EndOfJournal(const std::filesystem::path &file) {
+  JournalEnd end;
+  std::ifstream stream;
+  std::error_code error;
+  if (!std::filesystem::is_directory(file, error)) stream.open(file, std::ios::binary | std::ios::ate);
+  if (!stream.is_open()) return end;
+  end.bytes = static_cast<uint64_t>(stream.tellg());
+  // More and more of the end, until it holds a line from its beginning.
+  for (uint64_t length = std::min<uint64_t>(end.bytes, 4096);; length = std::min(end.bytes, length * 4)) {
+    std::string piece(length, '\0');
+    stream.seekg(static_cast<std::streamoff>(end.bytes - length));
+    if (!stream.read(piece.data(), static_cast<std::streamsize>(length))) return end;
+    const size_t feed = piece.rfind('\n');
+    const size_t before =
+        feed == std::string::npos || feed == 0 ? std::string::npos : piece.rfind('\n', feed - 1);
+    if (before != std::string::npos || length == end.bytes) {
+      if (feed != std::string::npos) end.line = piece.substr(before + 1, feed - before - 1);
+      return end;
+    }
+  }
 }
 
 std::optional<std::string> TryToRead(const std::filesystem::path &file) {

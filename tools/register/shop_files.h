@@ -52,6 +52,13 @@ std::string ReadWhole(const std::filesystem::path &file);
 std::vector<Record> ReadJournal(const std::filesystem::path &file);
 size_t CountRecords(const std::filesystem::path &file);
 
+struct JournalEnd {
+  uint64_t bytes = 0;
+  std::string line;  // the last whole one
+};
+// Nothing of a journal that is missing or cannot be read.
+JournalEnd EndOfJournal(const std::filesystem::path &file);
+
 // As ReadWhole, but never throws; nothing when it would.
 std::optional<std::string> TryToRead(const std::filesystem::path &file);
 ShiftState ReadState(const std::filesystem::path &file);

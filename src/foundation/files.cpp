@@ -89,7 +89,7 @@ bool AppendBlanks(HANDLE file, uint32_t count) {
 }
 
 // A longer text is none that was ever written here: its rest need not be blank, and is not worth the memory.
-constexpr uint32_t kMostBlanks = 64 * 1024;
+constexpr uint32_t kMostBlanks = 1024 * 1024;
 
 // Writes the text and, where the old one was longer, blanks over its rest, in one write, and cuts the blanks.
 bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_length) {

@@ -48,7 +48,7 @@ static void Say(const char *what, const char *outcome, int code) {
 static void Sell(int wants_to_spend) {
   const char *rrn = getRRN(), *outcome = "is not paid";
   char before[32] = "";
-  int code;
+  int code, is_refused;
   if (rrn != NULL) sprintf(before, "%.31s", rrn);
   if (BalanceProc() == 0) printf("on the card: %d.%02d\n", GetBalance() / 100, GetBalance() % 100);
   rrn = getRRN();
@@ -58,14 +58,15 @@ static void Sell(int wants_to_spend) {
   }
   code = PaymentProc(wants_to_spend, "BILL.JSN"); /* how many bonuses pay, the server decides */
   rrn = getRRN();
+  is_refused = code == ERR_SERVER_ERROR && strcmp(getResponseState(), "ERROR") == 0;
   if (code == 0 || code == ERR_BILL_OPEN) { /* paid; at worst the bill could not be rewritten */
     printf("%s%s%s", getReceiptHeaderPtr(), getReceiptBodyPtr(), getReceiptFooterPtr());
     code = PaymentConfirmProc(rrn); /* until now the bonuses were only reserved */
-    if (code != 0 && code != ERR_SERVER_ERROR) code = PaymentConfirmProc(rrn);
+    if (code != 0) code = PaymentConfirmProc(rrn);
     if (strcmp(getResponseStateCode(), "BILL_INCORRECT_STATE") == 0) code = 0; /* the first had arrived */
     outcome = lumoIsOffline() ? "waits for the server" : "is confirmed";
     if (code != 0) outcome = "is paid, confirm it later";
-  } else if (code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR) {
+  } else if (code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && !is_refused) {
     code = PaymentCancelProc(rrn); /* the answer is lost: paid or not? Undone, it can be sold again */
     outcome = code == 0 ? "is cancelled, sell again" : "may be paid, cancel it later";
     if (strcmp(getResponseStateCode(), "BILL_NOT_FOUND") == 0) outcome = "was never paid, sell again";

@@ -48,16 +48,16 @@ void Sell(const std::string &card, bool wants_to_spend, const char *bill_path) {
   }
   result = lumo::PaymentProc(wants_to_spend, "BILL.JSN");  // how many, the server decides
   const std::string rrn = lumo::getRRN();
+  const bool is_refused = result == ERR_SERVER_ERROR && lumo::getResponseState() == "ERROR";
   const char *outcome = "is not paid";
   if (result.ok() || result == ERR_BILL_OPEN) {  // paid; at worst the bill could not be rewritten
     std::cout << lumo::getReceiptHeaderPtr() << lumo::getReceiptBodyPtr() << lumo::getReceiptFooterPtr();
     result = lumo::PaymentConfirmProc(rrn);  // until now the bonuses were only reserved
-    if (!result.ok() && result != ERR_SERVER_ERROR) result = lumo::PaymentConfirmProc(rrn);
+    if (!result.ok()) result = lumo::PaymentConfirmProc(rrn);
     if (lumo::getResponseStateCode() == "BILL_INCORRECT_STATE") result = 0;  // the first had arrived
     outcome = lumo::lumoIsOffline() ? "waits for the server" : "is confirmed";
     if (!result.ok()) outcome = "is paid, confirm it later";
-  } else if (result.code() <= ERR_JSON_SYNTAX && result.code() >= ERR_REQUEST_SEND &&
-             result != ERR_SERVER_ERROR) {
+  } else if (result.code() <= ERR_JSON_SYNTAX && result.code() >= ERR_REQUEST_SEND && !is_refused) {
     result = lumo::PaymentCancelProc(rrn);  // the answer is lost: paid or not? Undone, it can be sold again
     outcome = result.ok() ? "is cancelled, sell again" : "may be paid, cancel it later";
     if (lumo::getResponseStateCode() == "BILL_NOT_FOUND") outcome = "was never paid, sell again";

@@ -41,16 +41,17 @@ public static class Sale
         }
         Result result = Lumo.PaymentProc(wantsToSpend ? 1 : 0, "BILL.JSN");  // how many bonuses pay, the server decides
         string rrn = Lumo.getRRN(), outcome = "is not paid";
+        bool isRefused = result == Result.ERR_SERVER_ERROR && Lumo.getResponseState() == "ERROR";
         if (result == 0 || result == Result.ERR_BILL_OPEN)  // paid; at worst the bill could not be rewritten
         {
             Console.Write(Lumo.getReceiptHeaderPtr() + Lumo.getReceiptBodyPtr() + Lumo.getReceiptFooterPtr());
             result = Lumo.PaymentConfirmProc(rrn);  // until now the bonuses were only reserved
-            if (result != 0 && result != Result.ERR_SERVER_ERROR) result = Lumo.PaymentConfirmProc(rrn);
+            if (result != 0) result = Lumo.PaymentConfirmProc(rrn);
             if (Lumo.getResponseStateCode() == "BILL_INCORRECT_STATE") result = 0;  // the first had arrived
             outcome = Lumo.lumoIsOffline() == 1 ? "waits for the server" : "is confirmed";
             if (result != 0) outcome = "is paid, confirm it later";
         }
-        else if (result <= Result.ERR_JSON_SYNTAX && result >= Result.ERR_REQUEST_SEND && result != Result.ERR_SERVER_ERROR)
+        else if (result <= Result.ERR_JSON_SYNTAX && result >= Result.ERR_REQUEST_SEND && !isRefused)
         {
             result = Lumo.PaymentCancelProc(rrn);  // the answer is lost: paid or not? Undone, it can be sold again
             outcome = result == 0 ? "is cancelled, sell again" : "may be paid, cancel it later";

@@ -38,7 +38,7 @@ end;
 
 { A sale in the current transaction. Goods can always be sold without the card. }
 procedure Sell(WantsToSpend: Boolean);
-var Before, Rrn, Outcome: UTF8String; Code: Integer;
+var Before, Rrn, Outcome: UTF8String; Code: Integer; IsRefused: Boolean;
 begin
   Before := getRRN;
   if BalanceProc = 0 then WriteLn(Format('on the card: %d.%.2d', [GetBalance div 100, GetBalance mod 100]));
@@ -48,15 +48,16 @@ begin
   end;
   Code := PaymentProc(Ord(WantsToSpend), 'BILL.JSN');  { how many bonuses pay, the server decides }
   Rrn := getRRN;
+  IsRefused := (Code = ERR_SERVER_ERROR) and (getResponseState = 'ERROR');
   Outcome := 'is not paid';
   if (Code = 0) or (Code = ERR_BILL_OPEN) then begin  { paid; at worst the bill could not be rewritten }
     Write(getReceiptHeaderPtr, getReceiptBodyPtr, getReceiptFooterPtr);
     Code := PaymentConfirmProc(Rrn);  { until now the bonuses were only reserved }
-    if (Code <> 0) and (Code <> ERR_SERVER_ERROR) then Code := PaymentConfirmProc(Rrn);
+    if Code <> 0 then Code := PaymentConfirmProc(Rrn);
     if getResponseStateCode = 'BILL_INCORRECT_STATE' then Code := 0;  { the first had arrived }
     if lumoIsOffline = 1 then Outcome := 'waits for the server' else Outcome := 'is confirmed';
     if Code <> 0 then Outcome := 'is paid, confirm it later';
-  end else if (Code <= ERR_JSON_SYNTAX) and (Code >= ERR_REQUEST_SEND) and (Code <> ERR_SERVER_ERROR) then begin
+  end else if (Code <= ERR_JSON_SYNTAX) and (Code >= ERR_REQUEST_SEND) and not IsRefused then begin
     Code := PaymentCancelProc(Rrn);  { the answer is lost: paid or not? Undone, it can be sold again }
     if Code = 0 then Outcome := 'is cancelled, sell again' else Outcome := 'may be paid, cancel it later';
     if getResponseStateCode = 'BILL_NOT_FOUND' then Outcome := 'was never paid, sell again';

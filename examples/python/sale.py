@@ -42,18 +42,19 @@ def sell(wants_to_spend):
         return
     code = register.PaymentProc(wants_to_spend, "BILL.JSN")  # how many bonuses pay, the server decides
     rrn = register.getRRN()
+    refused = code == Result.ERR_SERVER_ERROR and register.getResponseState() == "ERROR"
     outcome = "is not paid"
     if code in (0, Result.ERR_BILL_OPEN):  # paid; at worst the bill could not be rewritten
         print(register.getReceiptHeaderPtr() + register.getReceiptBodyPtr() + register.getReceiptFooterPtr(), end="")
         code = register.PaymentConfirmProc(rrn)  # until now the bonuses were only reserved
-        if code not in (0, Result.ERR_SERVER_ERROR):
+        if code != 0:
             code = register.PaymentConfirmProc(rrn)
         if register.getResponseStateCode() == "BILL_INCORRECT_STATE":  # the first had arrived
             code = 0
         outcome = "waits for the server" if register.lumoIsOffline() else "is confirmed"
         if code != 0:
             outcome = "is paid, confirm it later"
-    elif Result.ERR_REQUEST_SEND <= code <= Result.ERR_JSON_SYNTAX and code != Result.ERR_SERVER_ERROR:
+    elif Result.ERR_REQUEST_SEND <= code <= Result.ERR_JSON_SYNTAX and not refused:
         code = register.PaymentCancelProc(rrn)  # the answer is lost: paid or not? Undone, it can be sold again
         outcome = "is cancelled, sell again" if code == 0 else "may be paid, cancel it later"
         if register.getResponseStateCode() == "BILL_NOT_FOUND":

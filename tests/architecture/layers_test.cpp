@@ -83,7 +83,9 @@ std::vector<Source> SourcesIn(const fs::path &folder, const fs::path &root) {
     std::ifstream stream(entry.path());
     for (std::string line; std::getline(stream, line);) {
       std::smatch match;
-      if (std::regex_search(line, match, include)) source.includes.push_back(match[1]);
+      if (line.find('#') != std::string::npos && std::regex_search(line, match, include)) {
+        source.includes.push_back(match[1]);
+      }
       source.lines.push_back(line);
     }
     sources.push_back(source);

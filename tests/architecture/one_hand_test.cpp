@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,11 +43,17 @@ std::vector<TextFile> AllFiles() {
   return FilesOf({"src", "tools", "tests", "bench", "fuzz"});
 }
 
-// The line without its comment and its texts.
+// The line without its comment and what its texts hold.
 std::string CodeOf(const std::string &line) {
-  static const std::regex text(R"re("(?:[^"\\]|\\.)*")re");
-  const std::string code = std::regex_replace(line, text, "\"\"");
-  return code.substr(0, code.find("//"));
+  std::string code;
+  bool in_text = false;
+  for (size_t i = 0; i < line.size(); ++i) {
+    if (!in_text && line.compare(i, 2, "//") == 0) break;
+    if (line[i] == '"' && (i == 0 || line[i - 1] != '\'')) in_text = !in_text;
+    if (in_text && line[i] == '\\') ++i;
+    if (!in_text) code += line[i];
+  }
+  return code;
 }
 
 TEST(OneHand, FindsTheFiles) {
@@ -109,15 +117,35 @@ TEST(OneHand, ACommentDoesNotEndInALineOfAWordOrTwo) {
   }
 }
 
+// The names that stand before an opening bracket and after nothing that makes them another's: "std::", "->".
+std::vector<std::string> BareCalls(const std::string &code) {
+  std::vector<std::string> names;
+  for (size_t open = code.find('('); open != std::string::npos; open = code.find('(', open + 1)) {
+    size_t begin = open;
+    while (begin > 0 &&
+           (std::isalnum(static_cast<unsigned char>(code[begin - 1])) != 0 || code[begin - 1] == '_')) {
+      --begin;
+    }
+    if (begin < open && (begin == 0 || std::strchr(":*.>", code[begin - 1]) == nullptr)) {
+      names.push_back(code.substr(begin, open - begin));
+    }
+  }
+  return names;
+}
+
 TEST(OneHand, FunctionsOfTheCLibraryAreCalledByTheirFullName) {
-  const std::regex bare(
-      R"((^|[^:*\w.>])(mem(cpy|set|cmp|move|chr)|str(len|n?cmp|n?cpy|r?chr|str|cat|tol)|f?puts|fputc|fopen|)"
-      R"(fclose|fflush|fwrite|fread|v?f?printf|v?sn?printf|sscanf|malloc|calloc|realloc|free|exit|abort)\()");
+  const std::set<std::string> library = {
+      "memcpy",  "memset",  "memcmp",   "memmove", "memchr",   "strlen",   "strcmp",    "strncmp",
+      "strcpy",  "strncpy", "strchr",   "strrchr", "strstr",   "strcat",   "strtol",    "puts",
+      "fputs",   "fputc",   "fopen",    "fclose",  "fflush",   "fwrite",   "fread",     "printf",
+      "vprintf", "fprintf", "vfprintf", "sprintf", "vsprintf", "snprintf", "vsnprintf", "sscanf",
+      "malloc",  "calloc",  "realloc",  "free",    "exit",     "abort"};
   for (const TextFile &file : AllFiles()) {
     for (const std::string &line : file.lines) {
-      const std::string code = CodeOf(line);
-      if (code.find("extern \"\"") != std::string::npos) continue;  // one that is declared or replaced
-      EXPECT_FALSE(std::regex_search(code, bare)) << file.name << ": " << line;
+      if (line.find("extern \"") != std::string::npos) continue;  // one that is declared or replaced
+      for (const std::string &name : BareCalls(CodeOf(line))) {
+        EXPECT_EQ(library.count(name), 0U) << file.name << ": " << line;
+      }
     }
   }
 }

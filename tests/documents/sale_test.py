@@ -100,6 +100,7 @@ class Sale(unittest.TestCase):
         self.assertEqual(list(self.server.payments().values()), ["canceled"] * len(spoilt))
 
     def test_what_cannot_be_asked_is_not_known(self):
+        self.shop.configure(timeout=1)  # nothing is answered, so nobody can be too slow
         self.server.tell("fault silence")
         self.assertIn("outcome NOT_KNOWN\n", self.run_register("sell:10000:1"))
 

@@ -1,4 +1,4 @@
-// Which library file the register takes when nobody names one.
+// register/place_posix_test.cpp: which library file the register takes when nobody names one.
 #include "register/till.h"
 
 namespace {

@@ -150,7 +150,7 @@ JournalEnd EndOfJournal(const std::filesystem::path &file) {
   end.bytes = static_cast<uint64_t>(stream.tellg());
   // More and more of the end, until it holds a line from its beginning.
   for (uint64_t length = std::min<uint64_t>(end.bytes, 4096);; length = std::min(end.bytes, length * 4)) {
-    std::string piece(length, '\0');
+    std::string piece(static_cast<size_t>(length), '\0');
     stream.seekg(static_cast<std::streamoff>(end.bytes - length));
     if (!stream.read(piece.data(), static_cast<std::streamsize>(length))) return end;
     const size_t feed = piece.rfind('\n');

@@ -275,14 +275,6 @@ int FileMove(const char *from, const char *to) {
       TryPatiently(IsPatient(from) || IsPatient(to), [&] { return MoveFileW(from_path, to_path) != 0; }));
 }
 
-int FileCopy(const char *from, const char *to) {
-  WCHAR from_path[kPathUnits];
-  WCHAR to_path[kPathUnits];
-  BuildPath(from, from_path);
-  BuildPath(to, to_path);
-  return ErrorUnless(CopyFileW(from_path, to_path, 0) != 0);
-}
-
 bool FileExists(const char *name) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);

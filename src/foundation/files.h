@@ -54,7 +54,7 @@ Replaced FileReplace(const char *name, const char *text, uint32_t length);
 // These three return 0 or the system's error number.
 int FileDelete(const char *name);
 int FileMove(const char *from, const char *to);  // never replaces an existing file
-int FileCopy(const char *from, const char *to);  // replaces an existing file
+int FileCopy(const char *from, const char *to);  // replaces an existing file; no call uses it yet
 bool FileExists(const char *name);               // a file or a folder
 bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 

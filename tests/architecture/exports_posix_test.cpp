@@ -20,9 +20,10 @@ std::string Quoted(const std::string &path) {
   return quoted + "'";
 }
 
-// Of a program run with these options on the library file.
-std::string Output(const std::string &program, const std::string &options) {
-  const std::string command = Quoted(program) + " " + options + " " + Quoted(LUMO_LIBRARY_FILE);
+// Of a program run with these options on a file.
+std::string Output(const std::string &program, const std::string &options,
+                   const std::string &file = LUMO_LIBRARY_FILE) {
+  const std::string command = Quoted(program) + " " + options + " " + Quoted(file);
   const std::unique_ptr<FILE, int (*)(FILE *)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
   char buffer[4096];
@@ -71,6 +72,31 @@ TEST(LibraryFile, NeedsOnlyTheCLibrary) {
     ++count;
   }
   EXPECT_GT(count, 0);
+}
+
+// Of the library's own code, with those that stand for the system's calls.
+std::set<std::string> Functions(const std::string &file) {
+  std::set<std::string> names;
+  std::istringstream lines(Output(LUMO_NM, "--defined-only --format=posix --demangle", file));
+  const std::regex function(R"((lumo::\w+|lumo_\w+)(\(.*)? [tT] .*)");
+  std::smatch match;
+  for (std::string line; std::getline(lines, line);) {
+    if (std::regex_match(line, match, function)) names.insert(match[1]);
+  }
+  return names;
+}
+
+TEST(LibraryFile, HoldsNoFunctionThatNoCallUses) {
+  const std::set<std::string> all = Functions(LUMO_STATIC_LIBRARY);
+  const std::set<std::string> linked = Functions(LUMO_LIBRARY_FILE);
+  EXPECT_GT(linked.size(), 100U);
+  for (const char *name :
+       {"lumo::InitConfig", "lumo::SaveConfig", "lumo::GetAdProcess", "lumo::StringAppendFormat",
+        "lumo::FileCopy", "lumo::FileRead", "lumo::JsonPrinterPretty", "lumo::Md5Hex", "lumo::SetPrinterFlag",
+        "lumo_CopyFileW"}) {
+    EXPECT_EQ(all.count(name), 1U) << name;
+    EXPECT_EQ(linked.count(name), 0U) << name;
+  }
 }
 
 }  // namespace

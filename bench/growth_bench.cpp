@@ -73,7 +73,8 @@ void ReadAndWriteBill(benchmark::State &state) {
   Peak peak;
   for (auto _ : state) {
     lumo::Transaction *transaction = lumo::TransactionCreate();
-    if (lumo::BillParse(transaction, "BILL", 1) != 0 || lumo::BillModify(transaction, "BILL") != 0) {
+    if (lumo::BillParse(transaction, "BILL", lumo::GoodBonuses::kLoad) != 0 ||
+        lumo::BillModify(transaction, "BILL") != 0) {
       std::abort();
     }
     lumo::TransactionFree(transaction);

@@ -33,8 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const lumo::ScopedTransaction scoped(lumo::TransactionCreate());
   lumo::Transaction *transaction = scoped.get();
   transaction->request.type = lumo::REQUEST_PAYMENT;
-  const int code =
-      lumo::ParseOperationResponse(transaction, answer.c_str(), static_cast<uint32_t>(answer.size()));
+  const int code = lumo::ParseOperationResponse(transaction, answer.c_str());
   fuzz::Promise(IsOutcome(code), "a code that an answer can have");
   fuzz::Promise((code == 0) <= (transaction->response.requestState == lumo::STATE_SUCCESS),
                 "no success that the server did not report");

@@ -18,13 +18,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                   "goods where they are counted");
     return 0;
   }
-  const int code = lumo::BillParse(transaction, "BILL", (options & 2) != 0 ? 1 : 0);
+  const int code = lumo::BillParse(
+      transaction, "BILL", (options & 2) != 0 ? lumo::GoodBonuses::kLoad : lumo::GoodBonuses::kPassOver);
   fuzz::Promise(code == 0 || code == -303 || code == -402, "a result of a bill's own");
   if (code == 0) {
     fuzz::Promise(lumo::BillModify(transaction, "BILL") == 0, "a bill that was read can be written");
     const std::string written = fuzz::ReadFile("BILL");
     const int32_t goods = transaction->bill.goodCount;
-    fuzz::Promise(lumo::BillParse(transaction, "BILL", 1) == 0, "a bill that was written can be read");
+    fuzz::Promise(lumo::BillParse(transaction, "BILL", lumo::GoodBonuses::kLoad) == 0,
+                  "a bill that was written can be read");
     fuzz::Promise(transaction->bill.goodCount == goods, "all its goods");
     fuzz::Promise(lumo::BillModify(transaction, "BILL") == 0, "and written again");
     fuzz::Promise(fuzz::ReadFile("BILL") == written, "the same");

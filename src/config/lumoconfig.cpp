@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/file_names.h"
 #include "foundation/file_sink.h"
 #include "foundation/files.h"
 #include "foundation/memory.h"
@@ -10,9 +11,6 @@
 
 namespace lumo {
 namespace {
-
-constexpr char kNewConfigFile[] = "CONFIG.JSN";
-constexpr char kConfigFile[] = "CONFIG";
 
 SettingsRecord settings;
 

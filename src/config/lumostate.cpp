@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "foundation/dates.h"
+#include "foundation/file_names.h"
 #include "foundation/files.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
@@ -13,7 +14,6 @@
 namespace lumo {
 namespace {
 
-constexpr char kStateFile[] = "STATE";
 constexpr char kEmptyState[] = "{}";
 constexpr size_t kStateDateBytes = 30;  // terminator included; a longer text is cut
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "foundation/arithmetic.h"
+#include "foundation/format.h"
 #include "foundation/result_codes.h"
 
 namespace lumo {
@@ -23,6 +24,11 @@ int32_t PortBetween(const char *begin, const char *end) {
   if (static_cast<size_t>(end - begin) >= kPortBytes) end = begin + kPortBytes - 1;
   CopyRange(text, begin, end);
   return ParseInt32(text);
+}
+
+// Room for a piece of the address.
+char *AllocatePiece(const char *address) {
+  return static_cast<char *>(MemMalloc(std::strlen(TextOrEmpty(address)) + 1, LUMO_HERE));
 }
 
 }  // namespace
@@ -46,5 +52,11 @@ int ParseAddress(const char *address, char *out_host, int32_t *out_port, char *o
   CopyRange(out_path, slash, end);
   return 0;
 }
+
+ServerAddress::ServerAddress(const char *address)
+    : host(AllocatePiece(address)),
+      path(AllocatePiece(address)),
+      port(0),
+      result(ParseAddress(address, host.get(), &port, path.get())) {}
 
 }  // namespace lumo

@@ -10,7 +10,6 @@
 #include "foundation/trace.h"
 #include "json/lumojson.h"
 #include "platform/platform.h"
-#include "protocol/transaction_json.h"
 #include "protocol/transaction_request_json.h"
 #include "record/transaction.h"
 
@@ -34,13 +33,13 @@ void WriteFormatted(HANDLE file, const char *format, ...) {
 
 }  // namespace
 
-int BillParse(Transaction *transaction, const char *path, int load_mode) {
+int BillParse(Transaction *transaction, const char *path, GoodBonuses bonuses) {
   const ScopedReader reader(JsonReaderCreate());
   Trace("BillParse\n");
   if (TraceIfNull(transaction)) return ERR_NO_TRANSACTION;
   transaction->bill = BillBlock{};
   const int result = ParseJsonFile(reader.get(), path);
-  return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader.get()), load_mode);
+  return result != 0 ? result : LoadBill(transaction, JsonReaderRoot(reader.get()), bonuses);
 }
 
 int BillModify(Transaction *transaction, const char *path) {

@@ -3,13 +3,15 @@
 
 #include <cstdint>
 
+#include "protocol/transaction_json.h"
+
 namespace lumo {
 
 struct Transaction;
 
 // Read a file into the record, whose bill is emptied first. Each returns 0, ERR_NO_TRANSACTION, a code of
-// ParseJsonFile or, for another structure, ERR_RESPONSE_STRUCTURE. load_mode 1 also reads the goods' bonuses.
-int BillParse(Transaction *transaction, const char *path, int load_mode);
+// ParseJsonFile or, for another structure, ERR_RESPONSE_STRUCTURE.
+int BillParse(Transaction *transaction, const char *path, GoodBonuses bonuses);
 int CashbackParse(Transaction *transaction, const char *path);
 
 int BillModify(Transaction *transaction, const char *path);  // 0, ERR_NO_TRANSACTION or ERR_BILL_OPEN

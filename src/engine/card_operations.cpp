@@ -39,7 +39,7 @@ int ActivationProcess(Transaction *transaction, const char *activation_type, con
   int result = StartOperation(transaction, REQUEST_ACTIVATION);
   if (result != 0) return result;
   if (bill_path != nullptr) {
-    result = BillParse(transaction, bill_path, 0);
+    result = BillParse(transaction, bill_path, GoodBonuses::kPassOver);
     if (result != 0) {
       TraceError("BillParse res [%d] %s\n", result, ErrorMessage(result));
       return ERR_BILL_FORMAT;

@@ -23,7 +23,7 @@ bool FallsBackOffline(int result) {
 
 // Fills the bill from the register's file. What the customer asks to spend is stored even when that fails.
 int TakeBill(Transaction *transaction, int32_t spend, const char *bill_path) {
-  const int result = BillParse(transaction, bill_path, 0);
+  const int result = BillParse(transaction, bill_path, GoodBonuses::kPassOver);
   transaction->bill.spendAmount = spend;
   return result;
 }

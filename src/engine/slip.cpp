@@ -121,6 +121,12 @@ void PrintSlipFooter(Transaction *transaction) {
   ReceiptPrintf(transaction->footer, "%s\n", TextOrEmpty(Settings().receiptFooter));
 }
 
+void PrintRrn(Transaction *transaction) {
+  if (transaction->request.requestId != nullptr) {
+    ReceiptPrintf(transaction->body, "RRN: %16s\n", transaction->request.requestId);
+  }
+}
+
 void PrintActivation(Transaction *transaction, ActivationType type, int32_t amount) {
   ReceiptBuffer *body = transaction->body;
   if (type == ACTIVATION_GIFT_CARD) {
@@ -230,12 +236,6 @@ void PrintCashBack(Transaction *transaction) {
     ReceiptPrintf(body, "   ЧАСТИЧНЫЙ ВОЗВРАТ    \n");
   }
   PrintSum(body, "Возвращено (бнс.):", transaction->returnedSum);
-}
-
-void PrintRrn(Transaction *transaction) {
-  if (transaction->request.requestId != nullptr) {
-    ReceiptPrintf(transaction->body, "RRN: %16s\n", transaction->request.requestId);
-  }
 }
 
 const char *GetTransReceiptHeader(const Transaction *transaction) {

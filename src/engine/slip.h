@@ -12,6 +12,7 @@ struct Transaction;
 
 void PrintSlipHeader(Transaction *transaction, const char *card_num);
 void PrintSlipFooter(Transaction *transaction);
+void PrintRrn(Transaction *transaction);  // a line of an operation's own; none without a request id
 
 // The lines of an operation that succeeded, behind those of earlier ones in the body. PrintActivation shows
 // `amount`, as it was sent, for a gift card alone.
@@ -23,9 +24,6 @@ void PrintExchange(Transaction *transaction);
 void PrintPayment(Transaction *transaction);
 void PrintConfirm(Transaction *transaction);  // of a cancellation, too
 void PrintCashBack(Transaction *transaction);
-
-// "RRN: " and the request's id; nothing when there is none.
-void PrintRrn(Transaction *transaction);
 
 // Each traces its name. Without a transaction: the pointer's error line, and null or ERR_NO_TRANSACTION.
 const char *GetTransReceiptHeader(const Transaction *transaction);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/file_names.h"
 #include "foundation/memory.h"
 #include "foundation/module_path.h"
 #include "foundation/trace.h"
@@ -36,7 +37,7 @@ const OpenMode *FindMode(const char *mode) {
 }
 
 // The files that must not fail because somebody copies the folder at that moment.
-constexpr const char *kPatientFiles[] = {"STATE", "LOG", "OFFLINE", "OFFLINE_TMP"};
+constexpr const char *kPatientFiles[] = {kStateFile, kLogFile, kOfflineFile, kOfflineTmpFile};
 constexpr uint32_t kPauseMilliseconds = 25;
 constexpr int kPauses = 10;
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/file_names.h"
 #include "foundation/files.h"
 #include "foundation/format.h"
 #include "foundation/memory.h"
@@ -11,10 +12,6 @@
 
 namespace lumo {
 namespace {
-
-constexpr char kLog[] = "LOG";
-constexpr char kOffline[] = "OFFLINE";
-constexpr char kOfflineTmp[] = "OFFLINE_TMP";
 
 constexpr size_t kLongestName = 260;  // of a copy, its suffix included, without a warning
 
@@ -49,17 +46,17 @@ LineCount CountLinesOf(const char *file_name) {
 
 LineCount CountLogLines() {
   FileStamp stamp = {};
-  if (log_count.isKnown && ReadFileStamp(kLog, &stamp) && stamp.length == log_count.stamp.length &&
+  if (log_count.isKnown && ReadFileStamp(kLogFile, &stamp) && stamp.length == log_count.stamp.length &&
       stamp.writeTime == log_count.stamp.writeTime) {
     return {log_count.lines, true};
   }
-  return CountLinesOf(kLog);
+  return CountLinesOf(kLogFile);
 }
 
 // `length` is what LOG must have for the count to be true of it.
 void RememberLogCount(int32_t lines, uint32_t length) {
   log_count.lines = lines;
-  log_count.isKnown = ReadFileStamp(kLog, &log_count.stamp) && log_count.stamp.length == length;
+  log_count.isKnown = ReadFileStamp(kLogFile, &log_count.stamp) && log_count.stamp.length == length;
 }
 
 void CloseOrTrace(HANDLE file, const char *message) {
@@ -138,8 +135,8 @@ class Backwards {
 // How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order.
 // *failed is set when that cannot be told.
 uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records, bool *failed) {
-  const ScopedFile tmp_file(FileOpen(kOfflineTmp, "rb"));
-  const ScopedFile file(FileOpen(kOffline, "rb"));
+  const ScopedFile tmp_file(FileOpen(kOfflineTmpFile, "rb"));
+  const ScopedFile file(FileOpen(kOfflineFile, "rb"));
   uint32_t count = 0;
   *failed = !FileIsValid(tmp_file.get()) || !FileIsValid(file.get());
   if (*failed) return count;
@@ -156,7 +153,7 @@ uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records
 
 bool CutOfflineTmp(uint32_t length) {
   const QuietTrace quiet;
-  const ScopedFile file(FileOpen(kOfflineTmp, "r+"));
+  const ScopedFile file(FileOpen(kOfflineTmpFile, "r+"));
   return FileIsValid(file.get()) && FileCut(file.get(), length);
 }
 
@@ -164,7 +161,7 @@ bool CutOfflineTmp(uint32_t length) {
 // reads the file.
 void FlushOfflineTmp() {
   const QuietTrace quiet;
-  const ScopedFile file(FileOpen(kOfflineTmp, "r+"));
+  const ScopedFile file(FileOpen(kOfflineTmpFile, "r+"));
   if (FileIsValid(file.get())) FileFlush(file.get());
 }
 
@@ -174,8 +171,8 @@ enum class Durable { kNo, kYes };
 // Gives OFFLINE_TMP its name after a commit that could not. Comes before anything that makes an OFFLINE,
 // beside which those records would be overlooked.
 void FinishCommit() {
-  if (commit_is_unfinished && FileIsMissing(kOffline)) {
-    const int code = FileMove(kOfflineTmp, kOffline);
+  if (commit_is_unfinished && FileIsMissing(kOfflineFile)) {
+    const int code = FileMove(kOfflineTmpFile, kOfflineFile);
     commit_is_unfinished = code != 0 && code != ERROR_FILE_NOT_FOUND;
   }
 }
@@ -264,10 +261,10 @@ int AppendLogRecord(const char *record) {
   if (IsNullRecord(record)) return ERR_OFFLINE_SAVE;
   LineCount count = CountLogLines();
   if (static_cast<int64_t>(count.lines) + 1 >= log_size) {
-    TrimOldestLines(log_size / 3, kLog);
+    TrimOldestLines(log_size / 3, kLogFile);
     count.isExact = false;
   }
-  const Appended appended = AppendRecord(kLog, record, TextLength(record), Durable::kNo);
+  const Appended appended = AppendRecord(kLogFile, record, TextLength(record), Durable::kNo);
   log_count.isKnown = false;
   if (appended.code == 0 && count.isExact) RememberLogCount(count.lines + 1, appended.length);
   return appended.code;
@@ -276,59 +273,60 @@ int AppendLogRecord(const char *record) {
 int AppendOfflineRecord(const char *record) {
   if (IsNullRecord(record)) return ERR_OFFLINE_SAVE;
   FinishCommit();
-  const Appended appended = AppendRecord(kOffline, record, TextLength(record), Durable::kYes);
+  const Appended appended = AppendRecord(kOfflineFile, record, TextLength(record), Durable::kYes);
   if (appended.code == 0 || appended.held) return appended.code;
   // Once more: nobody else knows of a sale without the server, and a payment does not report its loss.
   const QuietTrace quiet;
-  return AppendRecord(kOffline, record, TextLength(record), Durable::kYes).code;
+  return AppendRecord(kOfflineFile, record, TextLength(record), Durable::kYes).code;
 }
 
 // Not on the disk one by one: CommitOfflineTmp sees to them all.
 int AppendOfflineTmpRecord(const char *record) {
   return IsNullRecord(record) ? ERR_OFFLINE_SAVE
-                              : AppendRecord(kOfflineTmp, record, TextLength(record), Durable::kNo).code;
+                              : AppendRecord(kOfflineTmpFile, record, TextLength(record), Durable::kNo).code;
 }
 
 int AppendOfflineTmpEntry(const RecordEntry *entry) {
-  return IsNullRecord(entry->text) ? ERR_OFFLINE_SAVE
-                                   : AppendRecord(kOfflineTmp, entry->text, entry->length, Durable::kNo).code;
+  return IsNullRecord(entry->text)
+             ? ERR_OFFLINE_SAVE
+             : AppendRecord(kOfflineTmpFile, entry->text, entry->length, Durable::kNo).code;
 }
 
 int CommitOfflineTmp() {
-  if (!FileExists(kOfflineTmp)) return 0;
+  if (!FileExists(kOfflineTmpFile)) return 0;
   FlushOfflineTmp();
-  int code = FileDelete(kOffline);
+  int code = FileDelete(kOfflineFile);
   if (code == 0) {
-    code = FileMove(kOfflineTmp, kOffline);
+    code = FileMove(kOfflineTmpFile, kOfflineFile);
     commit_is_unfinished = code != 0;
   }
   return code;
 }
 
 bool DropInterruptedReplay(const RecordEntry *offline_records) {
-  if (offline_records == nullptr || FileIsMissing(kOfflineTmp)) return true;
+  if (offline_records == nullptr || FileIsMissing(kOfflineTmpFile)) return true;
   const QuietTrace quiet;
   bool all_listed = false;
-  const ScopedRecords first(ListRecords(kOfflineTmp, &all_listed));
+  const ScopedRecords first(ListRecords(kOfflineTmpFile, &all_listed));
   if (!all_listed) return false;
   const Backwards set_aside(first.get());
   const Backwards records(offline_records);
   bool failed = false;
   const uint32_t again = CountSetAsideAgain(set_aside, records, &failed);
   if (failed) return false;
-  if (again == set_aside.count()) return FileDelete(kOfflineTmp) == 0;
+  if (again == set_aside.count()) return FileDelete(kOfflineTmpFile) == 0;
   return again == 0 || CutOfflineTmp(set_aside.at(again - 1)->offset);
 }
 
 OfflineTmpMark MarkOfflineTmp() {
   FileStamp stamp = {};
-  const bool exists = ReadFileStamp(kOfflineTmp, &stamp);
+  const bool exists = ReadFileStamp(kOfflineTmpFile, &stamp);
   return {exists, exists ? static_cast<uint32_t>(stamp.length) : 0};
 }
 
 void TakeBackOfflineTmp(OfflineTmpMark mark) {
   if (!mark.exists) {
-    if (FileExists(kOfflineTmp)) FileDelete(kOfflineTmp);
+    if (FileExists(kOfflineTmpFile)) FileDelete(kOfflineTmpFile);
     return;
   }
   CutOfflineTmp(mark.length);
@@ -336,34 +334,34 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
 
 int32_t CountOfflineRecords() {
   FinishCommit();
-  if (FileIsMissing(kOffline)) return 0;
-  const LineCount count = CountLinesOf(kOffline);
+  if (FileIsMissing(kOfflineFile)) return 0;
+  const LineCount count = CountLinesOf(kOfflineFile);
   return count.isExact ? count.lines : static_cast<int32_t>(ERR_JSON_FILE_OPEN);
 }
 
 int ClearOffline(int32_t expected) {
   // A count that failed is a negative number, and no expectation.
   if (expected < 0 || CountOfflineRecords() != expected) return ERR_LOG_DELETE;
-  return FileIsMissing(kOffline) || FileDelete(kOffline) == 0 ? 0 : ERR_LOG_DELETE;
+  return FileIsMissing(kOfflineFile) || FileDelete(kOfflineFile) == 0 ? 0 : ERR_LOG_DELETE;
 }
 
 RecordEntry *GetLogRecords() {
   Trace("GetLogRecords()\n");
   bool whole = false;
-  return FirstRecord(kLog, &whole);
+  return FirstRecord(kLogFile, &whole);
 }
 
 RecordEntry *GetOfflineRecords(bool *out_whole) {
   Trace("GetOfflineRecords()\n");
-  return FirstRecord(kOffline, out_whole);
+  return FirstRecord(kOfflineFile, out_whole);
 }
 
 RecordEntry *NextLogRecord(RecordEntry *entry) {
-  return NextRecord(entry, kLog);
+  return NextRecord(entry, kLogFile);
 }
 
 RecordEntry *NextOfflineRecord(RecordEntry *entry) {
-  return NextRecord(entry, kOffline);
+  return NextRecord(entry, kOfflineFile);
 }
 
 RecordEntry *ListRecords(const char *file_name, bool *out_whole) {

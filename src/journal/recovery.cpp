@@ -1,5 +1,6 @@
 #include "journal/recovery.h"
 
+#include "foundation/file_names.h"
 #include "foundation/files.h"
 #include "journal/line_file.h"
 #include "journal/logger.h"
@@ -7,11 +8,8 @@
 namespace lumo {
 namespace {
 
-constexpr char kLog[] = "LOG";
-constexpr char kOldLog[] = "LOG.old";  // what a trim cuts
-constexpr char kNewLog[] = "LOG.new";  // LOG.old and LOG joined, before it becomes LOG
-constexpr char kOffline[] = "OFFLINE";
-constexpr char kOfflineTmp[] = "OFFLINE_TMP";
+constexpr char kOldLogFile[] = "LOG.old";  // what a trim cuts
+constexpr char kNewLogFile[] = "LOG.new";  // LOG.old and LOG joined, before it becomes LOG
 
 // A file of lines, listed and open.
 struct Lines {
@@ -82,35 +80,36 @@ bool CopyBoth(HANDLE old_file, HANDLE file, HANDLE new_file) {
 }
 
 bool WriteNewLog() {
-  const ScopedFile old_file(FileOpen(kOldLog, "rb"));
-  const ScopedFile file(FileOpen(kLog, "rb"));
-  const ScopedFile new_file(FileOpen(kNewLog, "wb"));
+  const ScopedFile old_file(FileOpen(kOldLogFile, "rb"));
+  const ScopedFile file(FileOpen(kLogFile, "rb"));
+  const ScopedFile new_file(FileOpen(kNewLogFile, "wb"));
   return CopyBoth(old_file.get(), file.get(), new_file.get());
 }
 
 // LOG.old's records come before LOG's. LOG.old stays until all is under LOG's name: interrupted anywhere, the
 // next start finds each record in one of the files.
 void JoinLogs() {
-  if (!WriteNewLog() || FileDelete(kLog) != 0) {
-    FileDelete(kNewLog);
+  if (!WriteNewLog() || FileDelete(kLogFile) != 0) {
+    FileDelete(kNewLogFile);
     return;
   }
-  if (FileMove(kNewLog, kLog) == 0) FileDelete(kOldLog);
+  if (FileMove(kNewLogFile, kLogFile) == 0) FileDelete(kOldLogFile);
 }
 
 // LOG.new beside LOG means one of two things. It was not finished, and the other files hold all of it. Or it
 // is whole, LOG was deleted for it, and a new LOG was begun before it had the name: then it is the older log.
 void RecoverNewLog() {
-  const bool has_old_log = FileExists(kOldLog);
-  const Answer in_log = HoldsLastLineOf(kLog, kNewLog);
-  const Answer in_old_log = has_old_log ? HoldsLastLineOf(kOldLog, kNewLog) : Answer::kNo;
+  const bool has_old_log = FileExists(kOldLogFile);
+  const Answer in_log = HoldsLastLineOf(kLogFile, kNewLogFile);
+  const Answer in_old_log = has_old_log ? HoldsLastLineOf(kOldLogFile, kNewLogFile) : Answer::kNo;
   if (in_log == Answer::kYes || in_old_log == Answer::kYes) {
-    FileDelete(kNewLog);
+    FileDelete(kNewLogFile);
     return;
   }
   if (in_log == Answer::kUnknown || in_old_log == Answer::kUnknown) return;
-  if (!has_old_log || (HoldsLastLineOf(kNewLog, kOldLog) == Answer::kYes && FileDelete(kOldLog) == 0)) {
-    FileMove(kNewLog, kOldLog);
+  if (!has_old_log ||
+      (HoldsLastLineOf(kNewLogFile, kOldLogFile) == Answer::kYes && FileDelete(kOldLogFile) == 0)) {
+    FileMove(kNewLogFile, kOldLogFile);
   }
 }
 
@@ -120,34 +119,34 @@ bool HoldsNoRecord(const char *name) {
 }
 
 void RecoverOldLog() {
-  if (HoldsNoRecord(kOldLog)) {
-    FileDelete(kOldLog);
+  if (HoldsNoRecord(kOldLogFile)) {
+    FileDelete(kOldLogFile);
     return;
   }
-  if (FileIsMissing(kLog)) {
-    FileMove(kOldLog, kLog);
+  if (FileIsMissing(kLogFile)) {
+    FileMove(kOldLogFile, kLogFile);
     return;
   }
-  const Answer is_in_log = HoldsLastLineOf(kLog, kOldLog);
-  const Answer is_copy = is_in_log == Answer::kNo ? IsPieceOf(kLog, kOldLog) : Answer::kUnknown;
+  const Answer is_in_log = HoldsLastLineOf(kLogFile, kOldLogFile);
+  const Answer is_copy = is_in_log == Answer::kNo ? IsPieceOf(kLogFile, kOldLogFile) : Answer::kUnknown;
   if (is_in_log == Answer::kYes) {
-    FileDelete(kOldLog);
+    FileDelete(kOldLogFile);
   } else if (is_copy == Answer::kYes) {
-    if (FileDelete(kLog) == 0) FileMove(kOldLog, kLog);
+    if (FileDelete(kLogFile) == 0) FileMove(kOldLogFile, kLogFile);
   } else if (is_copy == Answer::kNo) {
     JoinLogs();
   }
 }
 
 void RecoverLog() {
-  if (FileExists(kNewLog)) {
-    if (FileIsMissing(kLog)) {
-      FileMove(kNewLog, kLog);
+  if (FileExists(kNewLogFile)) {
+    if (FileIsMissing(kLogFile)) {
+      FileMove(kNewLogFile, kLogFile);
     } else {
       RecoverNewLog();
     }
   }
-  if (FileExists(kOldLog) && FileIsMissing(kNewLog)) RecoverOldLog();
+  if (FileExists(kOldLogFile) && FileIsMissing(kNewLogFile)) RecoverOldLog();
 }
 
 }  // namespace
@@ -155,7 +154,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-  if (FileExists(kOfflineTmp) && FileIsMissing(kOffline)) FileMove(kOfflineTmp, kOffline);
+  if (FileExists(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) FileMove(kOfflineTmpFile, kOfflineFile);
 }
 
 }  // namespace lumo

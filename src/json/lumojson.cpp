@@ -334,9 +334,9 @@ int WriteStringMember(JsonPrinter *printer, const char *key, const char *text) {
                         text != nullptr ? static_cast<uint32_t>(std::strlen(text)) : 0);
 }
 
-int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag) {
+int WriteBoolMember(JsonPrinter *printer, const char *key, bool flag) {
   WriteKey(printer, key);
-  return JsonPrinterRaw(printer, flag != 0 ? JSON_TRUE : JSON_FALSE, nullptr, 0);
+  return JsonPrinterRaw(printer, flag ? JSON_TRUE : JSON_FALSE, nullptr, 0);
 }
 
 int SetPrinterFlag(int value) {

@@ -86,7 +86,7 @@ inline int TracedKeyLength(const JsonMember &member) {
 // Print a key with its value.
 int WriteIntMember(JsonPrinter *printer, const char *key, int32_t value);
 int WriteStringMember(JsonPrinter *printer, const char *key, const char *text);  // null prints as ""
-int WriteBoolMember(JsonPrinter *printer, const char *key, int32_t flag);
+int WriteBoolMember(JsonPrinter *printer, const char *key, bool flag);
 void WriteKey(JsonPrinter *printer, const char *key);
 
 // The process-wide flag of the member writers. Kept for callers that set it: the text is the same with

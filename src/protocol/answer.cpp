@@ -34,7 +34,7 @@ constexpr ResponseForm kResponses[] = {
 
 }  // namespace
 
-int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t /*length*/) {
+int ParseOperationResponse(Transaction *transaction, const char *answer) {
   Trace("ParseOperationResponse\n");
   const int status = ParseHttpStatus(answer);
   if (status != 0) {

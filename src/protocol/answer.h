@@ -10,7 +10,7 @@ namespace lumo {
 
 struct Transaction;
 
-int ParseOperationResponse(Transaction *transaction, const char *answer, uint32_t length);
+int ParseOperationResponse(Transaction *transaction, const char *answer);
 int CheckDataIntegrity(Transaction *transaction, const JsonNode *root);
 int ParseHttpStatus(const char *answer);  // the number after "HTTP Status"; 0 without one
 

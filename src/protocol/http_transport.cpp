@@ -6,7 +6,6 @@
 #include "config/server_address.h"
 #include "foundation/format.h"
 #include "foundation/lumostring.h"
-#include "foundation/memory.h"
 #include "foundation/result_codes.h"
 #include "foundation/trace.h"
 #include "protocol/answer.h"
@@ -26,59 +25,14 @@ constexpr int32_t kLargestAnswer = 4 * 1024 * 1024;
 // What an ordinary request or answer takes, so that its text need not grow piece by piece.
 constexpr uint32_t kMessageBytes = 4000;
 
-// The server that was reached. Its texts are owned.
-struct Server {
-  char *host;
-  char *path;
-  int32_t port;
-};
-
-void FreeServer(Server *server) {
-  if (server->host != nullptr) {
-    MemFree(server->host, LUMO_HERE);
-    MemFree(server->path, LUMO_HERE);
-  }
-  *server = Server{};
-}
-
-int ParseServer(const char *address, Server *server) {
-  FreeServer(server);
-  const size_t size = std::strlen(TextOrEmpty(address)) + 1;
-  server->host = static_cast<char *>(MemCalloc(1, size, LUMO_HERE));
-  server->path = static_cast<char *>(MemCalloc(1, size, LUMO_HERE));
-  return ParseAddress(address, server->host, &server->port, server->path);
-}
-
-// Tries the server address, then the alternate one; `server` is the one of the last attempt.
-int Connect(const Transaction *transaction, Server *server) {
-  const char *const addresses[] = {transaction->serverAddr, transaction->serverAltAddr};
-  constexpr int kAttempts = 2;
-  int result = 0;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    result = ParseServer(addresses[attempt], server);
-    if (result != 0) {
-      TraceError("ParseAddress res[%d]\n", result);
-      if (attempt == kAttempts - 1) TraceError("Connection failed!\n");
-      continue;
-    }
-    Trace("Connecting to %s:%d/%s...\n", server->host, server->port, server->path);
-    result = SocketConnect(server->host, server->port, transaction->timeout);
-    if (result == 0) {
-      Trace("Connection established!\n");
-      break;
-    }
-  }
-  return result;
-}
-
 // The head is not formatted in one piece: an address has no greatest length.
-void AppendRequest(String *request, const Server &server, const char *web_method, const String *body) {
+void AppendRequest(String *request, const ServerAddress &server, const char *web_method, const String *body) {
   StringAppend(request, "POST ");
-  StringAppend(request, server.path);
+  StringAppend(request, server.path.get());
   StringAppend(request, "/");
   StringAppend(request, web_method);
   StringAppend(request, "\nHost: ");
-  StringAppend(request, server.host);
+  StringAppend(request, server.host.get());
   StringAppend(request, ":");
   StringAppend(request, IntToText(server.port));
   StringAppend(request, "\nContent-Type: application/json-soap;charset=UTF-8\nContent-Length: ");
@@ -89,7 +43,7 @@ void AppendRequest(String *request, const Server &server, const char *web_method
 }
 
 // 0, ERR_REQUEST_SEND or ERR_REQUEST_BUILD.
-int SendRequest(const Transaction *transaction, const Server &server) {
+int SendRequest(const Transaction *transaction, const ServerAddress &server) {
   const ScopedString body(StringCreate());
   const ScopedString request(StringCreate());
   StringReserve(body.get(), kMessageBytes);
@@ -137,12 +91,28 @@ int ReadAnswer(Transaction *transaction) {
     TraceError("LUMO_Receive error: %d\n", received);
     return ERR_NO_RESPONSE;
   }
-  const uint32_t length = StringGetLength(answer.get());
-  if (length == 0) {
+  if (StringGetLength(answer.get()) == 0) {
     TraceError("No data received\n");
     return ERR_NO_RESPONSE;
   }
-  return ParseOperationResponse(transaction, StringGetText(answer.get()), length);
+  return ParseOperationResponse(transaction, StringGetText(answer.get()));
+}
+
+// Has the server at this address carry the operation out. False when it cannot be reached; nothing was sent.
+bool AskServer(Transaction *transaction, const char *address, int *out_result) {
+  const ServerAddress server(address);
+  *out_result = server.result;
+  if (*out_result != 0) {
+    TraceError("ParseAddress res[%d]\n", *out_result);
+    return false;
+  }
+  Trace("Connecting to %s:%d/%s...\n", server.host.get(), server.port, server.path.get());
+  *out_result = SocketConnect(server.host.get(), server.port, transaction->timeout);
+  if (*out_result != 0) return false;
+  Trace("Connection established!\n");
+  *out_result = SendRequest(transaction, server);
+  if (*out_result == 0) *out_result = ReadAnswer(transaction);
+  return true;
 }
 
 }  // namespace
@@ -151,12 +121,11 @@ int TransactionProcessJson(Transaction *transaction) {
   Trace("TransactionProcessJson\n");
   // An answer without a request id must not leave that of an earlier exchange behind.
   transaction->response.requestId = nullptr;
-  Server server = {};
-  int result = Connect(transaction, &server);
-  if (result == 0) result = SendRequest(transaction, server);
-  if (result == 0) result = ReadAnswer(transaction);
-  FreeServer(&server);
-  if (result == ERR_CONNECT || result == ERR_SERVER_ADDRESS) return ERR_CONNECT;
+  int result = 0;
+  const bool reached = AskServer(transaction, transaction->serverAddr, &result) ||
+                       AskServer(transaction, transaction->serverAltAddr, &result);
+  if (!reached && result == ERR_SERVER_ADDRESS) TraceError("Connection failed!\n");
+  if (!reached && (result == ERR_SERVER_ADDRESS || result == ERR_CONNECT)) return ERR_CONNECT;
   // Note: also when Winsock did not start, where closing fails as well.
   if (SocketClose() < 0) TraceError("LUMO_Disconnect error: %d\n", result);
   return result;

@@ -179,10 +179,10 @@ void LoadBonuses(Transaction *transaction, Good *good, const JsonNode &list) {
   }
 }
 
-void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int load_bonuses) {
+void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, GoodBonuses bonuses) {
   for (const JsonMember &member : JsonMembers(&node)) {
     if (KeyEquals(member, "bonus")) {
-      if (load_bonuses != 0) LoadBonuses(transaction, good, member.value);
+      if (bonuses == GoodBonuses::kLoad) LoadBonuses(transaction, good, member.value);
     } else if (!LoadMember(transaction, good, Style::kGood, kGoodMembers, member)) {
       TraceWarning("Unsupported GOOD element [%.*s]\n", TracedKeyLength(member), member.key);
     }
@@ -190,7 +190,7 @@ void LoadGood(Transaction *transaction, Good *good, const JsonNode &node, int lo
 }
 
 // 0 or ERR_RESPONSE_STRUCTURE.
-int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) {
+int LoadGoods(Transaction *transaction, const JsonNode &list, GoodBonuses bonuses) {
   if (list.type != JSON_ARRAY_BEGIN) {
     TraceError("Goods is not an array\n");
     return ERR_RESPONSE_STRUCTURE;
@@ -203,13 +203,13 @@ int LoadGoods(Transaction *transaction, const JsonNode &list, int load_bonuses) 
       TraceError("Good is not an object\n");
       return ERR_RESPONSE_STRUCTURE;
     }
-    LoadGood(transaction, &bill.goods[bill.goodCount++], element, load_bonuses);
+    LoadGood(transaction, &bill.goods[bill.goodCount++], element, bonuses);
   }
   return 0;
 }
 
 // 0 or ERR_RESPONSE_STRUCTURE.
-int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuses) {
+int LoadGoodList(Transaction *transaction, const JsonNode &node, GoodBonuses bonuses) {
   if (!JsonIsObject(node)) {
     TraceError("Goods list is not an object\n");
     return ERR_RESPONSE_STRUCTURE;
@@ -219,7 +219,7 @@ int LoadGoodList(Transaction *transaction, const JsonNode &node, int load_bonuse
       TraceError("not a good element [%.*s]\n", TracedKeyLength(member), member.key);
       continue;
     }
-    const int result = LoadGoods(transaction, member.value, load_bonuses);
+    const int result = LoadGoods(transaction, member.value, bonuses);
     if (result != 0) return result;
   }
   return 0;
@@ -277,7 +277,9 @@ constexpr PartLoader kPartLoaders[] = {
     {"request", PART_REQUEST, LoadRequest, LoadAnsweredRequest},
     {"response", PART_RESPONSE, LoadResponse},
     {"bill", PART_BILL,
-     [](Transaction *transaction, const JsonNode *node) { return LoadBill(transaction, node, 1); }},
+     [](Transaction *transaction, const JsonNode *node) {
+       return LoadBill(transaction, node, GoodBonuses::kLoad);
+     }},
     {"paymentConfirm", PART_PAYMENT_CONFIRM, LoadPaymentConfirm},
     {"balance", PART_BALANCE, LoadBalance},
     {"activation", PART_ACTIVATION, LoadActivation, LoadAnsweredActivation},
@@ -325,7 +327,7 @@ int LoadResponse(Transaction *transaction, const JsonNode *node) {
   return 0;
 }
 
-int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
+int LoadBill(Transaction *transaction, const JsonNode *node, GoodBonuses bonuses) {
   if (node == nullptr) {
     TraceError("root element is NULL\n");
     return ERR_RESPONSE_STRUCTURE;
@@ -336,7 +338,7 @@ int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses) {
   }
   for (const JsonMember &member : JsonMembers(node)) {
     if (KeyEquals(member, "goodList")) {
-      const int result = LoadGoodList(transaction, member.value, load_bonuses);
+      const int result = LoadGoodList(transaction, member.value, bonuses);
       if (result != 0) return result;
     } else if (!LoadMember(transaction, &transaction->bill, Style::kBill, kBillMembers, member)) {
       TraceWarning("unsupported bill element [%.*s]\n", TracedKeyLength(member), member.key);

@@ -37,11 +37,13 @@ enum class PartSource {
 // walk, and the result is 0.
 uint32_t LoadParts(Transaction *transaction, const JsonNode *node, PartSource source);
 
-// Loaders, one a part. Each returns 0; LoadBill and LoadCashBack also ERR_RESPONSE_STRUCTURE. `LoadBill`
-// reads the goods' bonuses only when `load_bonuses` is not 0.
+// What a register's own bill says of its goods' bonuses does not count: only the server gives them.
+enum class GoodBonuses { kLoad, kPassOver };
+
+// Loaders, one a part. Each returns 0; LoadBill and LoadCashBack also ERR_RESPONSE_STRUCTURE.
 int LoadRequest(Transaction *transaction, const JsonNode *node);
 int LoadResponse(Transaction *transaction, const JsonNode *node);
-int LoadBill(Transaction *transaction, const JsonNode *node, int load_bonuses);
+int LoadBill(Transaction *transaction, const JsonNode *node, GoodBonuses bonuses);
 int LoadPaymentConfirm(Transaction *transaction, const JsonNode *node);
 int LoadBalance(Transaction *transaction, const JsonNode *node);
 int LoadCashBack(Transaction *transaction, const JsonNode *node);

@@ -105,10 +105,10 @@ void WriteValue(JsonPrinter *printer, const MemberName &member, MemberField fiel
       WriteIntMember(printer, member.key, *field.number);
       break;
     case MemberKind::kWrittenFlag:
-      WriteBoolMember(printer, member.key, *field.number);
+      WriteBoolMember(printer, member.key, *field.number != 0);
       break;
     case MemberKind::kFlag:
-      WriteBoolMember(printer, member.key, *field.flag ? 1 : 0);
+      WriteBoolMember(printer, member.key, *field.flag);
       break;
     default:
       WriteStringMember(printer, member.key, EnumerationText(field, member.kind));

@@ -51,7 +51,7 @@ class BillFiles : public test::Shop {
 
 TEST_F(BillFiles, ABillIsReadWithItsGoods) {
   folder.Write("BILL.JSN", kReadBill);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), 0);
   const lumo::BillBlock &bill = card->bill;
   EXPECT_EQ(bill.totalSum, 15000);
   EXPECT_EQ(bill.orderLen, 2);
@@ -68,15 +68,15 @@ TEST_F(BillFiles, ABillIsReadWithItsGoods) {
   EXPECT_EQ(bill.goods[1].cnt, 3);
 }
 
-TEST_F(BillFiles, Mode0PassesTheBonusesOver) {
+TEST_F(BillFiles, TheBonusesOfItsGoodsArePassedOver) {
   folder.Write("BILL.JSN", kReadBill);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), 0);
   EXPECT_EQ(card->bill.goods[0].bonusCount, 0);
 }
 
-TEST_F(BillFiles, Mode1ReadsTheBonuses) {
+TEST_F(BillFiles, TheBonusesOfItsGoodsAreReadWhenAskedFor) {
   folder.Write("BILL.JSN", kReadBill);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 1), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kLoad), 0);
   ASSERT_EQ(card->bill.goods[0].bonusCount, 1);
   const lumo::Bonus &bonus = card->bill.goods[0].bonuses[0];
   EXPECT_EQ(bonus.earned, 250);
@@ -89,7 +89,7 @@ TEST_F(BillFiles, Mode1ReadsTheBonuses) {
 TEST_F(BillFiles, ReadingStartsFromAnEmptyBill) {
   FillBill();
   folder.Write("BILL.JSN", R"({"orderLen":5})");
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), 0);
   EXPECT_EQ(card->bill.orderLen, 5);
   card->bill.orderLen = 0;
   ExpectZeroBill();
@@ -97,7 +97,7 @@ TEST_F(BillFiles, ReadingStartsFromAnEmptyBill) {
 
 TEST_F(BillFiles, ABillBehindAByteOrderMarkIsRead) {
   folder.Write("BILL.JSN", std::string("\xEF\xBB\xBF") + kReadBill);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), 0);
   EXPECT_EQ(card->bill.totalSum, 15000);
 }
 
@@ -123,7 +123,7 @@ class DamagedBill : public BillFiles, public testing::WithParamInterface<Damaged
 TEST_P(DamagedBill, GivesItsCode) {
   FillBill();
   folder.Write("BILL.JSN", GetParam().text);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), GetParam().code);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), GetParam().code);
   EXPECT_EQ(card->bill.spendAmount, 0);
   if (GetParam().code == -303) ExpectZeroBill();
 }
@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, DamagedBill, testing::ValuesIn(kDamagedBills), t
 
 TEST_F(BillFiles, AMissingBillLeavesAnEmptyBlock) {
   FillBill();
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), -307);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), -307);
   ExpectZeroBill();
   EXPECT_EQ(folder.Trace(),
             "BillParse\n"
@@ -141,23 +141,23 @@ TEST_F(BillFiles, AMissingBillLeavesAnEmptyBlock) {
 }
 
 TEST_F(BillFiles, ANullPathIsAMissingFile) {
-  EXPECT_EQ(lumo::BillParse(card, nullptr, 0), -307);
+  EXPECT_EQ(lumo::BillParse(card, nullptr, lumo::GoodBonuses::kPassOver), -307);
   EXPECT_THAT(folder.Trace(),
               StartsWith("BillParse\nparseJsonFile [(null)]\nERROR: CreateFile function failed"));
 }
 
 TEST_F(BillFiles, AnEmptyPathCannotBeOpened) {
-  EXPECT_EQ(lumo::BillParse(card, "", 0), -307);
+  EXPECT_EQ(lumo::BillParse(card, "", lumo::GoodBonuses::kPassOver), -307);
 }
 
 TEST_F(BillFiles, ReadingWithoutARecordTracesThePointer) {
-  EXPECT_EQ(lumo::BillParse(nullptr, "BILL.JSN", 0), -100);
+  EXPECT_EQ(lumo::BillParse(nullptr, "BILL.JSN", lumo::GoodBonuses::kPassOver), -100);
   EXPECT_EQ(folder.Trace(), "BillParse\nERROR: Pointer \"trans\" is null\n");
 }
 
 TEST_F(BillFiles, ABillIsRewrittenWithItsBonuses) {
   folder.Write("BILL.JSN", kReadBill);
-  ASSERT_EQ(lumo::BillParse(card, "BILL.JSN", 1), 0);
+  ASSERT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kLoad), 0);
   card->bill.spendAmount = 300;
   folder.ClearTrace();
   EXPECT_EQ(lumo::BillModify(card, "BILL.JSN"), 0);
@@ -303,7 +303,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, AmountBill, testing::ValuesIn(kAmounts), test::C
 
 TEST_F(BillFiles, AnAmountBillIsABillOfOnePosition) {
   ASSERT_EQ(lumo::CreateAmountBill(12345, "BILL.JSN"), 0);
-  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", 0), 0);
+  EXPECT_EQ(lumo::BillParse(card, "BILL.JSN", lumo::GoodBonuses::kPassOver), 0);
   EXPECT_EQ(card->bill.totalSum, 12345);
   EXPECT_EQ(card->bill.orderLen, 1);
   EXPECT_EQ(card->bill.partnerFee, 1000);

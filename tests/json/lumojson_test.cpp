@@ -364,8 +364,8 @@ TEST(MemberWriters, PrintKeyAndValue) {
   EXPECT_EQ(WriteIntMember(&printer, "c", INT32_MAX), 0);
   EXPECT_EQ(WriteStringMember(&printer, "d", "x\"y"), 0);
   EXPECT_EQ(WriteStringMember(&printer, "e", nullptr), 0);
-  EXPECT_EQ(WriteBoolMember(&printer, "f", 0), 0);
-  EXPECT_EQ(WriteBoolMember(&printer, "g", -5), 0);
+  EXPECT_EQ(WriteBoolMember(&printer, "f", false), 0);
+  EXPECT_EQ(WriteBoolMember(&printer, "g", true), 0);
   WriteKey(&printer, "h");
   JsonPrinterRaw(&printer, JSON_NULL, nullptr, 0);
   JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);

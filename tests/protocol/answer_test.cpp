@@ -19,7 +19,7 @@ class AnswerReader : public ProtocolTest {
  protected:
   int Parse(const std::string &answer) {
     folder.ClearTrace();
-    return lumo::ParseOperationResponse(record, answer.c_str(), static_cast<uint32_t>(answer.size()));
+    return lumo::ParseOperationResponse(record, answer.c_str());
   }
 };
 
@@ -294,7 +294,7 @@ TEST_F(AnswerReader, AnswerCutShortIsReadAsFarAsItWent) {
 }
 
 TEST_F(AnswerReader, NullAnswerIsAnEmptyOne) {
-  EXPECT_EQ(lumo::ParseOperationResponse(record, nullptr, 0), -402);
+  EXPECT_EQ(lumo::ParseOperationResponse(record, nullptr), -402);
 }
 
 TEST_F(AnswerReader, NamesOf101BytesAreRefusedSilently) {

@@ -524,10 +524,10 @@ TEST_F(WholePart, NodeThatIsNoObjectHoldsNoMembers) {
 
 class Bill : public ProtocolTest {
  protected:
-  int LoadFrom(const std::string &json, int load_bonuses = 1) {
+  int LoadFrom(const std::string &json, lumo::GoodBonuses bonuses = lumo::GoodBonuses::kLoad) {
     const Document document(json);
     folder.ClearTrace();
-    return lumo::LoadBill(record, document.root(), load_bonuses);
+    return lumo::LoadBill(record, document.root(), bonuses);
   }
 };
 
@@ -604,10 +604,10 @@ class BillShape : public ProtocolTest, public ::testing::WithParamInterface<Miss
 
 TEST_P(BillShape, IsJudgedBeforeItIsRead) {
   if (GetParam().json == nullptr) {
-    EXPECT_EQ(lumo::LoadBill(record, nullptr, 1), GetParam().code);
+    EXPECT_EQ(lumo::LoadBill(record, nullptr, lumo::GoodBonuses::kLoad), GetParam().code);
   } else {
     const Document document(GetParam().json);
-    EXPECT_EQ(lumo::LoadBill(record, document.root(), 1), GetParam().code);
+    EXPECT_EQ(lumo::LoadBill(record, document.root(), lumo::GoodBonuses::kLoad), GetParam().code);
   }
   EXPECT_EQ(TakeTrace(), GetParam().trace);
   EXPECT_EQ(record->bill.goodCount, GetParam().goods);
@@ -695,7 +695,8 @@ TEST_F(Bill, GoodMatchesWholeKeysOnly) {
 }
 
 TEST_F(Bill, PassesOverBonusesSilentlyWhenNotAsked) {
-  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"earned\":1}],\"cnt\":2},{\"bonus\":7}]}}", 0),
+  EXPECT_EQ(LoadFrom("{\"goodList\":{\"good\":[{\"bonus\":[{\"earned\":1}],\"cnt\":2},{\"bonus\":7}]}}",
+                     lumo::GoodBonuses::kPassOver),
             0);
   EXPECT_EQ(record->bill.goods[0].bonusCount, 0);
   EXPECT_EQ(TakeTrace(), " cnt [2]\n");

@@ -575,8 +575,8 @@ LUMO_API int LUMO_CALL lumoOfflineCount(void);
 
 /* Removes OFFLINE when it holds exactly `expected` records: the number that SendOfflinePayments returned,
  * when it equals what lumoOfflineCount told before. Returns 0, or ERR_LOG_DELETE: OFFLINE holds another
- * number of records, or cannot be read or removed, and is left as it was. Without an OFFLINE only 0 is
- * expected. */
+ * number of records, or other ones, or cannot be read or removed, and is left as it was. Without an OFFLINE
+ * only 0 is expected. */
 LUMO_API int LUMO_CALL lumoClearOffline(int expected);
 
 #ifdef __cplusplus

@@ -42,12 +42,14 @@ int OfflinePaymentsProcess() {
   bool all_set_aside = all_listed && DropInterruptedReplay(records.get());
   const OfflineTmpMark mark = MarkOfflineTmp();
   int sent = 0;
+  bool all_sent = true;
   for (RecordEntry *entry = records.get(); entry != nullptr;) {
     const ScopedTransaction transaction(TransactionCreate());
     if (ReplayRecord(transaction.get(), entry->text) == 0) {
       ++sent;
-    } else if (AppendOfflineTmpEntry(entry) != 0) {
-      all_set_aside = false;
+    } else {
+      all_sent = false;
+      if (AppendOfflineTmpEntry(entry) != 0) all_set_aside = false;
     }
     entry = NextOfflineRecord(entry);
   }
@@ -56,6 +58,8 @@ int OfflinePaymentsProcess() {
   // an interrupted replay's could not be told from them: the server knows by the request id what it took.
   const int result = all_set_aside ? CommitOfflineTmp() : 0;
   if (!all_set_aside) TakeBackOfflineTmp(mark);
+  // The register sees that as many were sent as it counted. What is in OFFLINE now was not among them.
+  if (all_set_aside && all_sent && mark.exists) OthersTookPlaceOfOffline();
   if (result != 0) TraceError("Records flush failed [%d]\n", result);
   return sent;
 }

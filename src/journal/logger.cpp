@@ -20,6 +20,9 @@ int32_t log_size = 0;
 // OFFLINE made way for OFFLINE_TMP, which then could not be given its name.
 bool commit_is_unfinished;
 
+// A replay sent all of OFFLINE, and then what an earlier one had left took its place.
+bool others_took_place;
+
 // How many lines LOG had when this process wrote it last. As long as its length and time are the same, nobody
 // else wrote it, and it need not be read to be counted.
 struct {
@@ -168,13 +171,10 @@ void FlushOfflineTmp() {
 // Whether a record must be on the disk before its operation counts as done.
 enum class Durable { kNo, kYes };
 
-// Gives OFFLINE_TMP its name after a commit that could not. Comes before anything that makes an OFFLINE,
-// beside which those records would be overlooked.
+// Gives OFFLINE_TMP its name after a commit that could not. Comes before anything that uses or makes an
+// OFFLINE, beside which those records would be overlooked.
 void FinishCommit() {
-  if (commit_is_unfinished && FileIsMissing(kOfflineFile)) {
-    const int code = FileMove(kOfflineTmpFile, kOfflineFile);
-    commit_is_unfinished = code != 0 && code != ERROR_FILE_NOT_FOUND;
-  }
+  if (commit_is_unfinished && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
 }
 
 struct Appended {
@@ -295,12 +295,18 @@ int AppendOfflineTmpEntry(const RecordEntry *entry) {
 int CommitOfflineTmp() {
   if (!FileExists(kOfflineTmpFile)) return 0;
   FlushOfflineTmp();
-  int code = FileDelete(kOfflineFile);
-  if (code == 0) {
-    code = FileMove(kOfflineTmpFile, kOfflineFile);
-    commit_is_unfinished = code != 0;
-  }
+  const int code = FileDelete(kOfflineFile);
+  return code == 0 ? RenameOfflineTmp() : code;
+}
+
+int RenameOfflineTmp() {
+  const int code = FileMove(kOfflineTmpFile, kOfflineFile);
+  commit_is_unfinished = code != 0 && code != ERROR_FILE_NOT_FOUND;
   return code;
+}
+
+void OthersTookPlaceOfOffline() {
+  others_took_place = true;
 }
 
 bool DropInterruptedReplay(const RecordEntry *offline_records) {
@@ -333,6 +339,7 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
 }
 
 int32_t CountOfflineRecords() {
+  others_took_place = false;
   FinishCommit();
   if (FileIsMissing(kOfflineFile)) return 0;
   const LineCount count = CountLinesOf(kOfflineFile);
@@ -340,8 +347,8 @@ int32_t CountOfflineRecords() {
 }
 
 int ClearOffline(int32_t expected) {
-  // A count that failed is a negative number, and no expectation.
-  if (expected < 0 || CountOfflineRecords() != expected) return ERR_LOG_DELETE;
+  // A count that failed is a negative number, and no expectation. As many other records are not those sent.
+  if (expected < 0 || others_took_place || CountOfflineRecords() != expected) return ERR_LOG_DELETE;
   return FileIsMissing(kOfflineFile) || FileDelete(kOfflineFile) == 0 ? 0 : ERR_LOG_DELETE;
 }
 
@@ -353,7 +360,8 @@ RecordEntry *GetLogRecords() {
 
 RecordEntry *GetOfflineRecords(bool *out_whole) {
   Trace("GetOfflineRecords()\n");
-  return FirstRecord(kOfflineFile, out_whole);
+  FinishCommit();
+  return FirstRecord(kOffline, out_whole);
 }
 
 RecordEntry *NextLogRecord(RecordEntry *entry) {

@@ -29,6 +29,10 @@ int AppendOfflineTmpEntry(const RecordEntry *entry);
 
 // Replaces OFFLINE by OFFLINE_TMP, when there is one. 0 or the system's error number.
 int CommitOfflineTmp();
+// Its second half. When it fails it is done again before OFFLINE is used.
+int RenameOfflineTmp();
+// Tells that a commit put other records in the place of a whole OFFLINE that was sent.
+void OthersTookPlaceOfOffline();
 
 // Takes off the end of OFFLINE_TMP what OFFLINE holds still, in the same order: a replay that was interrupted
 // left it, and the next one would keep it twice. Given the whole list of OFFLINE. False when that fails.
@@ -44,7 +48,8 @@ void TakeBackOfflineTmp(OfflineTmpMark mark);
 
 // How many records OFFLINE holds; 0 when there is none, ERR_JSON_FILE_OPEN when it cannot be opened or read.
 int32_t CountOfflineRecords();
-// Deletes OFFLINE when it holds exactly so many records; ERR_LOG_DELETE otherwise.
+// Deletes OFFLINE when it holds exactly so many records; ERR_LOG_DELETE otherwise, and until the next count
+// when others took the place of those that were counted.
 int ClearOffline(int32_t expected);
 
 // The records of a journal with the first text loaded; null when it cannot be opened or holds none. Walk with

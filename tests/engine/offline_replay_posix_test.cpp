@@ -6,6 +6,7 @@
 
 #include "engine/offline_replay.h"
 #include "engine/waiting_records.h"
+#include "journal/logger.h"
 #include "support/file_traffic.h"
 
 namespace {
@@ -71,6 +72,33 @@ TEST_F(ReplayTrouble, AJournalThatCannotBeOpenedIsNotDeleted) {
   test::EndFileTrouble();
   EXPECT_EQ(folder.Read("OFFLINE"), WaitingRecord(1));
   EXPECT_EQ(folder.Read("OFFLINE_TMP"), WaitingRecord(3));
+}
+
+TEST_F(ReplayTrouble, ACommitThatCouldNotBeFinishedIsFinishedByTheNextReplay) {
+  StartServer({Refused(), Taken()});
+  Open(WaitingRecord(1));
+  test::RefuseMove("OFFLINE_TMP");
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
+  test::EndFileTrouble();
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(folder.Read("OFFLINE"), WaitingRecord(1));
+  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
+}
+
+// As many records wait as were sent, and none of them has been.
+TEST_F(ReplayTrouble, RecordsOfAnEarlierReplayAreNotClearedForThoseSent) {
+  StartServer({Taken(), Taken()});
+  Open(WaitingRecord(1));
+  folder.Write("OFFLINE_TMP", WaitingRecord(3));
+  EXPECT_EQ(lumo::CountOfflineRecords(), 1);
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(lumo::ClearOffline(1), -202);
+  EXPECT_EQ(folder.Read("OFFLINE"), WaitingRecord(3));
+  EXPECT_EQ(lumo::CountOfflineRecords(), 1);
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(lumo::ClearOffline(1), 0);
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
 }
 
 }  // namespace

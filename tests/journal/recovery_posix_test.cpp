@@ -5,6 +5,7 @@
 #include <string>
 
 #include "foundation/files.h"
+#include "journal/logger.h"
 #include "journal/recovery.h"
 #include "support/file_traffic.h"
 #include "support/folder.h"
@@ -161,6 +162,20 @@ TEST_F(RecoveryFaults, AJoinedLogWaitsWhileAnOtherCannotBeRead) {
   test::EndFileTrouble();
   lumo::RecoverJournals();
   EXPECT_EQ(folder.Read("LOG"), "1\n2\n3\n4\n5\n");
+}
+
+TEST_F(RecoveryFaults, AReplayThatCannotBeFinishedAtTheStartIsWhenItsRecordsAreWanted) {
+  folder.Write("OFFLINE_TMP", "1\n");
+  test::RefuseMove("OFFLINE_TMP");
+  lumo::RecoverJournals();
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "1\n");
+  test::EndFileTrouble();
+  bool whole = false;
+  const lumo::ScopedRecords records(lumo::GetOfflineRecords(&whole));
+  EXPECT_TRUE(whole);
+  ASSERT_NE(records.get(), nullptr);
+  EXPECT_STREQ(records.get()->text, "1");
+  EXPECT_EQ(folder.Read("OFFLINE"), "1\n");
 }
 
 }  // namespace

@@ -361,7 +361,7 @@ RecordEntry *GetLogRecords() {
 RecordEntry *GetOfflineRecords(bool *out_whole) {
   Trace("GetOfflineRecords()\n");
   FinishCommit();
-  return FirstRecord(kOffline, out_whole);
+  return FirstRecord(kOfflineFile, out_whole);
 }
 
 RecordEntry *NextLogRecord(RecordEntry *entry) {

@@ -154,11 +154,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-<<<<<<< HEAD
-  if (FileExists(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) FileMove(kOfflineTmpFile, kOfflineFile);
-=======
-  if (FileExists(kOfflineTmp) && FileIsMissing(kOffline)) RenameOfflineTmp();
->>>>>>> bf4fbc4 (replay: records of an earlier replay are never cleared for those sent; an unfinished commit is finished by the next replay)
+  if (FileExists(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
 }
 
 }  // namespace lumo

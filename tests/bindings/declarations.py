@@ -12,7 +12,7 @@ from typing import NamedTuple
 
 
 class Call(NamedTuple):
-    result: str       # "int" or "text"
+    result: str       # "code", one of LumoResult; "number"; "int", where a language does not tell the two apart; or "text"
     arguments: tuple  # of (type, name); types "int", "text", "handle", "buffer"
 
 
@@ -22,6 +22,19 @@ class Binding(NamedTuple):
     codes: dict   # name: (value, whether a call returns it)
     passed: dict  # name: the arguments that the public call hands to the library, in order
     documented: dict  # name: the arguments that the documentation names; no entry without documentation
+
+
+# Calls that return a number, or that a number and a code share. Every other int is a code of LumoResult.
+NUMBERS = {"DllAttach", "getPingPort", "getPingAltPort", "getOfflineState", "getNeedUpdate", "GetActivationAmount", "GetBalance",
+           "GetCashBackResult", "GetEarnBonusAmount", "GetSpendBonusAmount", "GetDiscountAmount", "getReceiptBody",
+           "SendOfflinePayments", "GenerateSummaryReport", "GenerateReport", "lumoIsOffline", "lumoOfflineCount"}
+
+
+class Types(dict):
+    """What a type of a language is to the comparison. One that is none of them is itself, and differs."""
+
+    def __missing__(self, name):
+        return name
 
 
 def plain(name):
@@ -59,7 +72,7 @@ def codes_of(found):
 def read_header(text):
     codes = codes_of(re.findall(r"(ERR_\w+) = (-\d+),? +/\* (.*?) \*/", text))
     text = re.sub(r"/\*.*?\*/", "", text, flags=re.S)
-    types = {"int": "int", "const char *": "text", "char *": "text", "void *": "handle"}
+    types = Types({"int": "int", "const char *": "text", "char *": "text", "void *": "handle"})
     calls = {}
     for result, name, arguments in re.findall(r"LUMO_API\s+([\w *]+?)\s*LUMO_CALL\s+(\w+)\((.*?)\);", text, re.S):
         pairs = []
@@ -73,14 +86,16 @@ def read_header(text):
 # ---- The bindings ----
 
 def read_cpp(text):
-    types = {"Result": "int", "int": "int", "std::string": "text", "Text": "text", "void *": "handle"}
+    # A number that could be ignored is none that this header hands out.
+    results = Types({"Result": "code", "[[nodiscard]] int": "number", "std::string": "text"})
+    types = Types({"int": "int", "Text": "text", "void *": "handle"})
     public, passed, documented = {}, {}, {}
-    pattern = r"((?:^///[^\n]*\n)*)^(?:\[\[nodiscard\]\] )?inline (Result|int|std::string) (\w+)\(([^)]*)\) \{(.*?)^\}"
-    for doc, result, name, arguments, body in re.findall(pattern, text[:text.index("// ---- Scopes")], re.S | re.M):
+    pattern = r"((?:^///[^\n]*\n)*)^(\[\[nodiscard\]\] )?inline ([\w:]+) (\w+)\(([^)]*)\) \{(.*?)^\}"
+    for doc, kept, result, name, arguments, body in re.findall(pattern, text[:text.index("// ---- Scopes")], re.S | re.M):
         if "::" + name not in body:
             continue
         pairs = [re.fullmatch(r"(.*?)(\w+)", argument).groups() for argument in split(arguments)]
-        public[name] = Call(types[result], tuple((types[kind.strip()], plain(argument)) for kind, argument in pairs))
+        public[name] = Call(results[kept + result], tuple((types[kind.strip()], plain(argument)) for kind, argument in pairs))
         passed[name] = handed(body, "::" + name)
         if doc:
             documented[name] = [plain(argument) for argument in re.findall(r"@param (\w+) ", doc)]
@@ -89,19 +104,21 @@ def read_cpp(text):
 
 
 def read_csharp(text):
-    types = {"Result": "int", "int": "int", "string": "text", "byte[]": "text", "IntPtr": "handle"}
+    native = Types({"int": "int", "byte[]": "text", "IntPtr": "text"})
+    managed = Types({"Result": "code", "int": "number", "string": "text"})
+    types = Types({"int": "int", "string": "text", "byte[]": "text", "IntPtr": "handle"})
     raw, public, passed, documented = {}, {}, {}, {}
 
     def call(result, arguments):
         pairs = [argument.split() for argument in split(arguments)]
-        return Call(types[result], tuple((types[kind], plain(argument)) for kind, argument in pairs))
+        return Call(result, tuple((types[kind], plain(argument)) for kind, argument in pairs))
 
     for result, name, arguments in re.findall(
             r"\[DllImport\(File, CallingConvention = Convention\)\]\s+internal static extern (\w+) (\w+)\((.*?)\);", text, re.S):
-        raw[name] = call("string" if result == "IntPtr" else result, arguments)
+        raw[name] = call(native[result], arguments)
     for doc, result, name, arguments, body in re.findall(
             r"((?:^ +///[^\n]*\n)*)^    public static (\w+) (\w+)\((.*?)\)\s*\{(.*?)\}$", text, re.S | re.M):
-        public[name] = call(result, arguments)
+        public[name] = call(managed[result], arguments)
         passed[name] = handed(body, rf"Native\.{name}")
         if "<summary>" in doc:
             documented[name] = [plain(argument) for argument in re.findall(r'<param name="(\w+)">', doc)]
@@ -110,7 +127,7 @@ def read_csharp(text):
 
 
 def read_pascal(text):
-    types = {"LongInt": "int", "UTF8String": "text", "PAnsiChar": "text", "Pointer": "handle"}
+    types = Types({"LongInt": "int", "UTF8String": "text", "PAnsiChar": "text", "Pointer": "handle"})
     interface, implementation = text.split("\nimplementation\n")
 
     def call(arguments, result):
@@ -135,15 +152,18 @@ def read_pascal(text):
             heading + r"\s+cdecl; external LumoFile name '(\w+)';$", implementation, re.M):
         if alias == "lumo_" + name:
             raw[name] = call(arguments, result)
-    for name, _, _, body in re.findall(heading + r"\n(.*?)^end;", implementation, re.M | re.S):
+    for name, arguments, result, body in re.findall(heading + r"\n(.*?)^end;", implementation, re.M | re.S):
         passed[name] = handed(body, rf"\blumo_{name}")
+        if name in public and public[name] != call(arguments, result):
+            public[name] = Call("declared twice, and not alike", ())
     codes = codes_of(re.findall(r"^  (ERR_\w+) += (-\d+); \{ (.+) \}$", interface, re.M))
     return Binding(raw, public, codes, passed, documented)
 
 
 def read_python(text):
-    types = {"int": "int", "str": "text", "Optional[str]": "text", "Optional[int]": "handle",
-             "_int": "int", "_text_p": "text", "ctypes.c_void_p": "handle"}
+    types = Types({"int": "int", "str": "text", "Optional[str]": "text", "Optional[int]": "handle",
+                   "ctypes.c_int": "int", "ctypes.c_char_p": "text", "ctypes.c_void_p": "handle"})
+    types.update({name: types[kind] for name, kind in re.findall(r"^(_\w+) = (ctypes\.\w+)$", text, re.M)})
     raw, public, passed, documented = {}, {}, {}, {}
     for name, result, arguments in re.findall(r'^    "(\w+)": \((\S+), \[(.*?)\]\),$', text, re.M):
         raw[name] = Call(types[result], tuple((types[argument], None) for argument in split(arguments)))
@@ -192,6 +212,9 @@ def compare(header, codes, binding, has_own_declarations):
         differ("code", codes, binding.codes)
     # A register gets the text itself where the library fills a buffer.
     expected = {name: Call("text", ()) if "buffer" in types_of(call) else call for name, call in header.items()}
+    if any(call.result == "code" for call in binding.public.values()):
+        expected = {name: call._replace(result="number" if name in NUMBERS else "code") if call.result == "int" else call
+                    for name, call in expected.items()}
     differ("call", expected, binding.public)
     names = {name: [argument for _, argument in call.arguments] for name, call in expected.items()}
     differ("documented arguments of", names, binding.documented)
@@ -210,6 +233,8 @@ SPOILINGS = {
         (r"CreateTransaction\(card_num.get\(\), employee_id.get\(\)\)", "CreateTransaction(employee_id.get(), card_num.get())"),
         (r"CreateTransaction\(Text card_num, Text employee_id\)", "CreateTransaction(Text employee_id, Text card_num)"),
         (r"inline std::string getRRN", "inline int getRRN"),
+        (r"inline Result DepositProc", "inline int DepositProc"),
+        (r"\[\[nodiscard\]\] inline int GetBalance", "inline int GetBalance"),
         (r"return ::DepositProc", "return ::ExchangeProc"),
         (r"/// Puts money on the card.\n(///.*\n)*", ""),
         (r"/// @param token.*\n", ""),
@@ -218,6 +243,8 @@ SPOILINGS = {
         (r".*extern int DepositProc.*\n", ""),
         (r"extern int DepositProc\(int", "extern int DepositProc(byte[]"),
         (r"extern IntPtr getRRN", "extern int getRRN"),
+        (r"extern int DepositProc", "extern long DepositProc"),
+        (r"public static Result DepositProc", "public static int DepositProc"),
         (r"CreateTransaction\(byte\[\] cardNum, byte\[\] employeeId\)", "CreateTransaction(byte[] employeeId, byte[] cardNum)"),
         (r"Native\.CreateTransaction\(Bytes\(cardNum\), Bytes\(employeeId\)\)", "Native.CreateTransaction(Bytes(employeeId), Bytes(cardNum))"),
         (r"public static Result DepositProc.*\n", ""),
@@ -233,6 +260,8 @@ SPOILINGS = {
         (r"function DepositProc\(Amount: LongInt\)", "function DepositProc(Amount: UTF8String)"),
         (r"function lumo_getRRN: PAnsiChar", "function lumo_getRRN: LongInt"),
         (r"name 'ExchangeProc'", "name 'LinkCardProc'"),
+        (r"(function ExchangeProc\(const Token: UTF8String\)): LongInt;", r"\1: Int64;"),
+        (r"(function ExchangeProc\(const Token: UTF8String\)): LongInt;\nbegin", r"\1: Int64;\nbegin"),
         (r"lumo_CreateTransaction\(PAnsiChar\(CardNum\), PAnsiChar\(EmployeeId\)\)",
          "lumo_CreateTransaction(PAnsiChar(EmployeeId), PAnsiChar(CardNum))"),
         (r"function lumo_CreateTransaction\(CardNum, EmployeeId", "function lumo_CreateTransaction(EmployeeId, CardNum"),
@@ -247,6 +276,7 @@ SPOILINGS = {
         (r'    "DepositProc": .*\n', ""),
         (r'"DepositProc": \(_int, \[_int\]\)', '"DepositProc": (_int, [_text_p])'),
         (r'"getRRN": \(_text_p', '"getRRN": (_int'),
+        (r"^_int = ctypes.c_int$", "_int = ctypes.c_long"),
         (r"def CreateTransaction\(self, card_num: str, employee_id: str\)", "def CreateTransaction(self, employee_id: str, card_num: str)"),
         (r"_utf8\(card_num\), _utf8\(employee_id\)", "_utf8(employee_id), _utf8(card_num)"),
         (r"self\._dll\.DepositProc\(", "self._dll.ExchangeProc("),

@@ -24,6 +24,22 @@ WINE = os.path.join(SOURCE, "script", "wine-run")
 # What a command of the README is here.
 MINGW = {"windows-x86": "i686-w64-mingw32", "windows-x64": "x86_64-w64-mingw32", "wince-x86": "i686-w64-mingw32"}
 PASCAL = {"windows-x86": "i386-win32", "windows-x64": "x86_64-win64"}
+# What a register programmer gets: every file, and no other.
+CONTENTS = """
+    README.txt CHANGELOG.md LICENSE SECURITY.md include/lumo.h include/lumo.hpp terminal/CONFIG.JSN
+    bindings/csharp/Lumo.cs bindings/pascal/lumo.pas
+    bindings/python/backend.py bindings/python/lumo.py bindings/python/pyproject.toml
+    examples/c/sale.c examples/cpp/sale.cpp examples/csharp/Sale.cs examples/pascal/sale.pas examples/python/sale.py
+    docs/files.md docs/languages.md docs/loyalty_server.md docs/programming.md docs/protocol.md docs/register.md docs/ru.md
+    docs/terminal.md docs/images/loyalty_server_page.png
+    docs/schemas/answer.json docs/schemas/bill.json docs/schemas/config.json docs/schemas/parts.json docs/schemas/record.json
+    docs/schemas/request.json docs/schemas/return_list.json docs/schemas/state.json
+""".split()
+OF_THE_SYSTEM = {
+    "linux": "terminal/liblumo.so.1 terminal/liblumo.so terminal/register bin/loyalty_server bin/loyalty_server_page.so",
+    "windows": "terminal/lumo.dll terminal/register.exe bin/loyalty_server.exe lib/lumo.lib lib/lumo.def",
+    "wince": "terminal/lumo.dll terminal/lumo_check.exe lib/lumo.lib lib/lumo.def",
+}
 
 
 class Wrong(Exception):
@@ -43,6 +59,20 @@ def check_sum(name):
     with open(os.path.join(PACKAGES, name), "rb") as file:
         if sums.get(name) != hashlib.sha256(file.read()).hexdigest():
             raise Wrong(f"SHA256SUMS has another sum for {name}")
+
+
+def check_contents(folder, flavour):
+    """The package holds what it should, and README.txt names no file that it lacks."""
+    found = {os.path.relpath(os.path.join(place, name), folder).replace(os.sep, "/")
+             for place, _, names in os.walk(folder) for name in names}
+    expected = {*CONTENTS, *OF_THE_SYSTEM[flavour.split("-")[0]].split()}
+    if found != expected:
+        raise Wrong(f"the package lacks {sorted(expected - found)}, and should not hold {sorted(found - expected)}")
+    with open(os.path.join(folder, "README.txt"), encoding="utf-8") as file:
+        said = file.read().replace("\\", "/")
+    for path in set(re.findall(r"\b(?:docs|examples|bindings|include|lib)/[\w./]*\w", said)):
+        if not os.path.exists(os.path.join(folder, path)):
+            raise Wrong(f"README.txt names {path}, which is not in the package")
 
 
 def check_links(folder):
@@ -163,13 +193,12 @@ def main():
         with tempfile.TemporaryDirectory() as work:
             subprocess.run(["cmake", "-E", "tar", "xf", os.path.join(PACKAGES, name)], cwd=work, check=True)
             unpacked, = os.listdir(work)
+            check_contents(os.path.join(work, unpacked), flavour)
             check_links(os.path.join(work, unpacked))
             with open(os.path.join(work, unpacked, "README.txt"), encoding="utf-8") as file:
                 commands = read_commands(file.read())
             server = commands.pop("server", [None])[0]
             if flavour.startswith("wince"):
-                if not os.path.exists(os.path.join(work, unpacked, "terminal", "lumo_check.exe")):
-                    raise Wrong("lumo_check.exe is missing")
                 check_calls_of_windows_ce(os.path.join(work, unpacked))
                 if flavour == "wince-x86":
                     sell_with_stand_ins(os.path.join(work, unpacked))

@@ -250,6 +250,38 @@ TEST_F(Operation, WithoutANumberShowsNone) {
   EXPECT_EQ(facts["server"]["code"], "REQUEST_ID_EMPTY");
 }
 
+TEST_F(Operation, ThatTheLibraryRefusesAskedNoServer) {
+  Do({"balance"});
+  Run({"bill", "100"});
+  const auto refused = [this](Words words) {
+    words.insert(words.end(), {"--card", test::kRichCard});
+    const test::Outcome run = Run(words);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(Masked(run.out), "  no server was asked, RRN *\n");
+    return run.err.substr(0, run.err.find(':'));
+  };
+  EXPECT_EQ(refused({"pay", "none.JSN"}), "error -106");
+  EXPECT_EQ(refused({"pay", "none.JSN", "--confirm"}), "error -307");
+  EXPECT_EQ(refused({"return", "1234512120500001", "--list", "none.JSN"}), "error -113");
+  EXPECT_EQ(refused({"activate", "gift", "--account", "NONE"}), "error -103");
+}
+
+TEST_F(Operation, WordsThatCannotWorkAreRefusedBeforeAnythingIsDone) {
+  const auto before = Files();
+  const Words card = {"--card", test::kRichCard};
+  for (Words words :
+       {Words{"deposit", "-5"}, Words{"bill", "-0.01"}, Words{"activate", "--amount", "-1"},
+        Words{"confirm", ""}, Words{"cancel", ""}, Words{"return", ""}, Words{"exchange", ""},
+        Words{"link", ""}, Words{"deposit", "21474836.48"}, Words{"deposit", ""}, Words{"deposit", "1,50"}}) {
+    if (words[0] != "bill") words.insert(words.end(), card.begin(), card.end());
+    const test::Outcome run = Run(words);
+    EXPECT_EQ(run.status, 2) << words[0] << words[1];
+    EXPECT_NE(run.err, "") << words[0] << words[1];
+    EXPECT_EQ(run.out, "") << words[0] << words[1];
+  }
+  EXPECT_EQ(Files(), before);
+}
+
 TEST_F(Operation, BillIsWrittenOrNot) {
   EXPECT_EQ(Run({"bill", "12.34"}).out, "  written: BILL.JSN\n");
   EXPECT_EQ(nlohmann::json::parse(Read("BILL.JSN"))["totalSum"], 1234);

@@ -61,7 +61,7 @@ void AddCardCommands(CLI::App &app, Till &till) {
 
   CLI::App *exchange = app.add_subcommand("exchange", "Move a card's accounts to the card of a token");
   auto token = std::make_shared<std::string>();
-  exchange->add_option("token", *token, "The token")->required();
+  Needs(exchange->add_option("token", *token, "The token"));
   exchange->callback([card = AddCard(exchange), token, &till] {
     Operate(till, *card,
             {"exchange", [&](Library &library) { return library.ExchangeProc(token->c_str()); }, nullptr});
@@ -69,7 +69,7 @@ void AddCardCommands(CLI::App &app, Till &till) {
 
   CLI::App *link = app.add_subcommand("link", "Link a card to another card's account");
   auto linked = std::make_shared<std::string>();
-  link->add_option("linked", *linked, "Card number to link")->required();
+  Needs(link->add_option("linked", *linked, "Card number to link"));
   link->callback([card = AddCard(link), linked, &till] {
     Operate(till, *card,
             {"link", [&](Library &library) { return library.LinkCardProc(linked->c_str()); }, nullptr, true,

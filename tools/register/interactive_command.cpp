@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "options.h"
 
 namespace reg {
 namespace {
@@ -69,6 +70,7 @@ int TakeLines(Till &till) {
     app.add_subcommand("quit", "Leave")->callback([&quit] { quit = true; });
     CLI::App *card = app.add_subcommand("card", "Choose the card for the next operations");
     card->add_option("number", till.card, "Card number")->required();
+    TakeOnlyText(app);
     worst = std::max(worst, Parse(app, till, [&] {
                        if (HasOpenQuote(line)) throw Failure(kBadWords, "a quote is not closed: " + line);
                        app.parse(line, false);

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "interrupt.h"
 #include "lumo.h"
+#include "options.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -73,6 +74,7 @@ int Run(std::vector<std::string> words) {
   reg::AddCommands(app, till);
   reg::AddInteractiveCommand(app, till);
   reg::AddCompletionCommand(app, till);
+  reg::TakeOnlyText(app);
   words.erase(words.begin());
   std::reverse(words.begin(), words.end());  // as CLI11 takes them
   const int status = reg::Parse(app, till, [&] { app.parse(words); });

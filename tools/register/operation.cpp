@@ -43,9 +43,16 @@ std::string LastRrn(const Library &library) {
   return rrn == nullptr ? "" : rrn;
 }
 
+// The library refused it before it asked anybody.
+bool IsRefusedHere(int code) {
+  return code == ERR_SHIFT_NOT_OPEN || code == ERR_ACTIVATION_TYPE || code == ERR_ACCOUNT_TYPE ||
+         code == ERR_BILL_FORMAT || code == ERR_RETURN_LIST_FORMAT || code == ERR_JSON_FILE_OPEN;
+}
+
 // The server may have done it or not.
 bool IsLost(int code) {
-  return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR;
+  return code <= ERR_JSON_SYNTAX && code >= ERR_REQUEST_SEND && code != ERR_SERVER_ERROR &&
+         !IsRefusedHere(code);
 }
 
 // Of OFFLINE; none when it cannot be read.
@@ -101,6 +108,7 @@ std::string TextOf(const Operation &operation, const Ending &ending) {
            rrn;
   }
   if (!operation.asksServer) return "  " + operation.name + " asks no server" + rrn;
+  if (IsRefusedHere(ending.code)) return "  no server was asked" + rrn;
   if (ending.state.empty()) return "  no server answered" + rrn;
   return "  server " + ending.state + " / " + ending.stateCode + rrn;
 }

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "amount.h"
+#include "utf8.h"
 
 namespace reg {
 
@@ -21,6 +22,7 @@ std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, c
       [amount, name](const std::string &text) {
         try {
           *amount = ParseAmount(text);
+          if (*amount < 0) throw std::invalid_argument("an amount is never below 0: " + text);
         } catch (const std::invalid_argument &error) {
           throw CLI::ValidationError(name, error.what());
         }
@@ -29,6 +31,25 @@ std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, c
   option->type_name("AMOUNT");
   if (required) option->required();
   return amount;
+}
+
+void TakeOnlyText(CLI::App &app) {
+  const CLI::Validator is_text(
+      [](const std::string &text) {
+        return std::string(Mended(text) == text ? "" : "it is not UTF-8: " + Mended(text));
+      },
+      "");
+  for (CLI::Option *option : app.get_options()) {
+    // A file may be called anything.
+    if (option->get_name() != "--library" && !(app.get_name() == "trace" && option->get_name() == "file"))
+      option->check(is_text);
+  }
+  for (CLI::App *command : app.get_subcommands([](CLI::App *) { return true; })) TakeOnlyText(*command);
+}
+
+CLI::Option *Needs(CLI::Option *option) {
+  return option->required()->check(CLI::Validator(
+      [](const std::string &text) { return std::string(text.empty() ? "it must not be empty" : ""); }, ""));
 }
 
 }  // namespace reg

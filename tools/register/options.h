@@ -8,7 +8,8 @@
 
 namespace CLI {  // NOLINT(readability-identifier-naming): its own name
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace reg {
 
@@ -22,6 +23,13 @@ std::shared_ptr<CardOptions> AddCard(CLI::App *command);
 // An amount as a cashier writes it, in hundredths.
 std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, const std::string &help,
                                    bool required);
+
+// What is typed goes to the server and into records, which are UTF-8: other words are refused, of every
+// command.
+void TakeOnlyText(CLI::App &app);
+
+// One that has to be there, and not to be empty.
+CLI::Option *Needs(CLI::Option *option);
 
 inline const char *OrNull(const std::optional<std::string> &text) {
   return text ? text->c_str() : nullptr;

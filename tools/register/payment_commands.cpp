@@ -52,7 +52,7 @@ void AddPay(CLI::App &app, Till &till) {
 
 std::shared_ptr<std::string> AddRrn(CLI::App *command) {
   auto rrn = std::make_shared<std::string>();
-  command->add_option("rrn", *rrn, "RRN of the payment")->required();
+  Needs(command->add_option("rrn", *rrn, "RRN of the payment"));
   return rrn;
 }
 

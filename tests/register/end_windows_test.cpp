@@ -23,7 +23,9 @@ class ConsoleEnd : public test::Till {
   }
   ~ConsoleEnd() override { FreeConsole(); }
 
-  static void Press(DWORD event) { EXPECT_TRUE(GenerateConsoleCtrlEvent(event, 0)) << GetLastError(); }
+  static void Press(int event) {
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(static_cast<DWORD>(event), 0)) << GetLastError();
+  }
 
   bool IsSent() const {
     return Exists("TRACE.TXT") && Read("TRACE.TXT").find("Sending buffer") != std::string::npos;
@@ -35,7 +37,9 @@ TEST_F(ConsoleEnd, WaitsForThePaymentThatRuns) {
   Run({"balance", "--card", test::kRichCard});
   Run({"bill", "100"});
   server.SetFault(loyalty::ParseFault("delay 1000"));
-  for (const DWORD event : {CTRL_C_EVENT, CTRL_BREAK_EVENT}) {
+  std::vector<int> events = {CTRL_C_EVENT};
+  if (!test::IsUnderWine()) events.push_back(CTRL_BREAK_EVENT);  // Wine 8 sends none: the call fails there
+  for (const int event : events) {
     std::filesystem::remove(folder / "TRACE.TXT");
     const auto process = Start({"pay", "--card", test::kRichCard});
     EXPECT_TRUE(test::Eventually([&] { return IsSent(); }));
@@ -44,9 +48,10 @@ TEST_F(ConsoleEnd, WaitsForThePaymentThatRuns) {
     EXPECT_EQ(run.status, 130);
     EXPECT_EQ(run.err, "register: interrupted; what runs is finished first\n");
     EXPECT_THAT(run.out, HasSubstr("SUCCESS"));
-    EXPECT_THAT(Read("TRACE.TXT"), EndsWith("CloseTransaction()\nLUMOClean()\n"));
+    EXPECT_THAT(Read("TRACE.TXT"), EndsWith("CloseTransaction()\r\nLUMOClean()\r\n"));
   }
-  server.Visit([](loyalty::Programme &programme) { EXPECT_EQ(programme.payments().size(), 2U); });
+  server.Visit(
+      [&events](loyalty::Programme &programme) { EXPECT_EQ(programme.payments().size(), events.size()); });
 }
 
 TEST_F(ConsoleEnd, ComesAtOnceWhenNothingRuns) {

@@ -74,11 +74,22 @@ TEST_F(Status, SaysWhatCannotBeRead) {
   EXPECT_EQ(Run({"status"}).status, 3);
   EXPECT_EQ(Run({"status"}).err, "register: STATE cannot be read\n");
   const std::filesystem::path elsewhere = folder / "none" / "liblumo.so";
-  EXPECT_EQ(test::Process(std::filesystem::u8path(REGISTER_PROGRAM), {"-l", elsewhere.u8string(), "status"},
-                          fresh.path())
-                .Wait()
-                .status,
-            3);
+  for (const char *command : {"status", "journal", "queue"}) {
+    const test::Outcome run = test::Process(std::filesystem::u8path(REGISTER_PROGRAM),
+                                            {"-l", elsewhere.u8string(), command}, fresh.path())
+                                  .Wait();
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "register: there is no folder " + elsewhere.parent_path().u8string() + "\n");
+  }
+  for (const std::string &word : {folder.u8string(), std::string()}) {
+    const test::Outcome run =
+        test::Process(std::filesystem::u8path(REGISTER_PROGRAM), {"--library", word, "status"}, fresh.path())
+            .Wait();
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.err,
+                HasSubstr(word.empty() ? "--library: it must not be empty\n"
+                                       : "--library: that is a folder: name the library file in it\n"));
+  }
 }
 
 TEST_F(Status, AndTheOthersSayWhichFileIsAFolder) {
@@ -86,8 +97,17 @@ TEST_F(Status, AndTheOthersSayWhichFileIsAFolder) {
   std::filesystem::create_directory(folder / "STATE");
   EXPECT_EQ(Run({"status"}).status, 3);
   EXPECT_THAT(Run({"status"}).out, HasSubstr("STATE CANNOT BE READ"));
+  EXPECT_EQ(Run({"report"}).err, "register: STATE cannot be read\n");
+  EXPECT_EQ(Run({"report"}).status, 3);
   std::filesystem::create_directory(folder / "LOG");
-  EXPECT_THAT(Run({"status"}).err, HasSubstr("LOG cannot be read\n"));
+  Write("OFFLINE", "{}\n");
+  const nlohmann::json facts = Facts({"status"}, 3);
+  EXPECT_EQ(facts["error"], "STATE cannot be read; LOG cannot be read");
+  EXPECT_EQ(facts["log"], nullptr);
+  EXPECT_EQ(facts["waiting"], 1);
+  EXPECT_EQ(Run({"status"}).err, "register: STATE cannot be read; LOG cannot be read\n");
+  EXPECT_THAT(Run({"status"}).out,
+              HasSubstr("\n  log         CANNOT BE READ\n  waiting     1 offline records\n"));
   EXPECT_THAT(Run({"journal"}).err, HasSubstr("LOG cannot be read\n"));
   std::filesystem::create_directory(folder / "CONFIG.JSN");
   EXPECT_THAT(Run({"configure", "--timeout", "5"}).err, HasSubstr("CONFIG.JSN cannot be read\n"));

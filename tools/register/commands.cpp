@@ -32,7 +32,16 @@ void ShowVersion(Till &till) {
 
 void AddGeneralOptions(CLI::App &app, Till &till) {
   app.add_option("-l,--library", till.libraryFile, "The library file; its folder holds all of lumo's files")
-      ->capture_default_str();
+      ->capture_default_str()
+      ->check(CLI::Validator(
+          [](const std::string &name) {
+            std::error_code error;
+            return std::string(name.empty() ? "it must not be empty"
+                               : std::filesystem::is_directory(std::filesystem::u8path(name), error)
+                                   ? "that is a folder: name the library file in it"
+                                   : "");
+          },
+          ""));
   app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
   app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
   app.add_flag("--progress", till.showsProgress,

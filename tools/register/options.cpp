@@ -41,8 +41,9 @@ void TakeOnlyText(CLI::App &app) {
       "");
   for (CLI::Option *option : app.get_options()) {
     // A file may be called anything.
-    if (option->get_name() != "--library" && !(app.get_name() == "trace" && option->get_name() == "file"))
-      option->check(is_text);
+    const std::string name = option->get_name();
+    const bool is_file = name == "--library" || (app.get_name() == "trace" && name == "file");
+    if (!is_file) option->check(is_text);
   }
   for (CLI::App *command : app.get_subcommands([](CLI::App *) { return true; })) TakeOnlyText(*command);
 }

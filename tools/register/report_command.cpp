@@ -21,6 +21,7 @@ struct ReportOptions {
 // was sold in that second and after the second before.
 std::string BeforeOpening(const Till &till) {
   const ShiftState state = ReadState(till.Folder() / "STATE");
+  if (state.present && !state.readable) throw Failure(kNoFile, "STATE cannot be read");
   if (state.shiftState == 0 || state.openDate.empty()) {
     throw Failure(kBadWords, "no shift is open: say --all, or --from and --to");
   }

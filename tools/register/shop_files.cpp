@@ -63,11 +63,17 @@ bool IsMissing(const std::filesystem::path &file) {
          std::filesystem::is_directory(std::filesystem::absolute(file).parent_path(), error);
 }
 
+Failure MissingFolder(const std::filesystem::path &folder) {
+  return {kNoFile, "there is no folder " + folder.u8string()};
+}
+
 // Not open when the file is missing. Throws Failure when it cannot be read: some systems open a folder too.
 std::ifstream Open(const std::filesystem::path &file) {
   std::ifstream stream;
   if (IsMissing(file)) return stream;
   std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
+  if (!std::filesystem::exists(folder, error)) throw MissingFolder(folder);
   if (!std::filesystem::is_directory(file, error)) stream.open(file, std::ios::binary);
   if (!stream.is_open()) throw Failure(kNoFile, file.u8string() + " cannot be read");
   return stream;

@@ -192,7 +192,7 @@ TEST_F(Queue, IsNotEmptyWithoutItsFolder) {
                     {"-l", (folder / "none" / "liblumo.so").u8string(), "queue"}, fresh.path())
           .Wait();
   EXPECT_EQ(run.status, 3);
-  EXPECT_THAT(run.err, HasSubstr("OFFLINE cannot be read\n"));
+  EXPECT_THAT(run.err, HasSubstr("there is no folder "));
 }
 
 TEST_F(Queue, ClearsWhatAnotherProgramHasSent) {

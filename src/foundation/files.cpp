@@ -101,6 +101,7 @@ bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_leng
   std::memcpy(padded.get(), text, length);
   std::memset(padded.get() + length, ' ', blanks);
   if (!FileMoveTo(file, 0) || !FileWriteAll(file, padded.get(), padded_length)) return false;
+  FileFlush(file);  // a power cut must not find the old text cut
   return FileCut(file, length) || padded_length == old_length;
 }
 
@@ -126,6 +127,7 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
   if (!FileIsValid(file)) return MakeDirectly(name, text, length);
   const bool written = FileWriteAll(file, text, length);
+  if (written) FileFlush(file);  // a power cut must not find the name without the text
   FileClose(file);
   if (written && FileMove(new_name, name) == 0) return Replaced::kDone;
   FileDelete(new_name);

@@ -419,6 +419,8 @@ int TrimOldestLines(int32_t count, const char *file_name) {
   HANDLE new_file = FileOpen(name, "wb");
   const bool both_open = FileIsValid(old_file) && FileIsValid(new_file);
   const bool copied = both_open && CopyBehindLines(count, old_file, new_file);
+  // On the disk before the copy goes: a power cut leaves one of them whole.
+  if (copied) FileFlush(new_file);
   CloseOrTrace(old_file, "old file is NULL\n");
   CloseOrTrace(new_file, "new file is NULL\n");
   if (!both_open) return ERR_LOG_DELETE;

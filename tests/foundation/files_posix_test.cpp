@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "foundation/files.h"
 #include "support/file_traffic.h"
@@ -52,6 +53,20 @@ TEST_F(FileTrouble, BlanksThatCannotBeCutOffStay) {
   test::FailSeekAfter(2);
   EXPECT_EQ(Replace("newer"), lumo::Replaced::kDone);
   EXPECT_EQ(folder.Read("F"), "newer   ");
+}
+
+TEST_F(FileTrouble, ATextIsOnTheDiskBeforeItsFileHasItsNameOrLength) {
+  for (const auto &[text, steps] : {std::pair<const char *, const char *>{"old text", "FM"},
+                                    {"new", "FC"},
+                                    {"newer", ""},
+                                    {"newly", ""}}) {
+    test::ResetFileTraffic();
+    EXPECT_EQ(Replace(text), lumo::Replaced::kDone);
+    EXPECT_EQ(test::CountFileTraffic().steps, steps) << text;
+    test::FailFlushAfter(0);
+    EXPECT_EQ(Replace(text), lumo::Replaced::kDone);
+    EXPECT_EQ(folder.Read("F"), text);
+  }
 }
 
 // A damaged file may have any length: it is not taken into memory to be written over.

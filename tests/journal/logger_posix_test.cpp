@@ -142,6 +142,16 @@ TEST_F(JournalFaults, ATrimPutsTheFileBackWhenItCannotBeCopied) {
   EXPECT_EQ(folder.Read("J"), NumberLines(3, 5));
 }
 
+TEST_F(JournalFaults, ATrimmedFileIsOnTheDiskBeforeItsCopyGoes) {
+  folder.Write("J", NumberLines(1, 5));
+  test::ResetFileTraffic();
+  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), 0);
+  EXPECT_EQ(test::CountFileTraffic().steps, "MFD");
+  test::FailFlushAfter(0);
+  EXPECT_EQ(lumo::TrimOldestLines(1, "J"), 0) << "a disk that cannot has the file all the same";
+  EXPECT_EQ(folder.Read("J"), NumberLines(3, 5));
+}
+
 TEST_F(JournalFaults, ATrimWithoutANewFileLeavesAllUnderTheCopysName) {
   folder.Write("J", NumberLines(1, 5));
   test::RefuseOpen("J");

@@ -111,6 +111,7 @@ lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access
 }
 
 lumo::BOOL __wrap_lumo_DeleteFileW(const lumo::WCHAR *name) {
+  traffic.steps += 'D';
   if (Refuses(RefusedDelete(), name)) {
     lumo::lumo_SetLastError(kAccessDenied);
     return 0;
@@ -160,6 +161,7 @@ lumo::DWORD __wrap_lumo_SetFilePointer(lumo::HANDLE file, lumo::LONG offset, lum
 }
 
 lumo::BOOL __wrap_lumo_MoveFileW(const lumo::WCHAR *from, const lumo::WCHAR *to) {
+  traffic.steps += 'M';
   if (Refuses(RefusedMove(), from)) {
     lumo::lumo_SetLastError(kAccessDenied);
     return 0;
@@ -168,6 +170,7 @@ lumo::BOOL __wrap_lumo_MoveFileW(const lumo::WCHAR *from, const lumo::WCHAR *to)
 }
 
 lumo::BOOL __wrap_lumo_SetEndOfFile(lumo::HANDLE file) {
+  traffic.steps += 'C';
   if (IsTurn(&cut_fails_after)) {
     lumo::lumo_SetLastError(kAccessDenied);
     return 0;
@@ -176,6 +179,7 @@ lumo::BOOL __wrap_lumo_SetEndOfFile(lumo::HANDLE file) {
 }
 
 lumo::BOOL __wrap_lumo_FlushFileBuffers(lumo::HANDLE file) {
+  traffic.steps += 'F';
   if (IsTurn(&flush_fails_after)) {
     lumo::lumo_SetLastError(kDiskFull);
     return 0;

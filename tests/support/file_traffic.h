@@ -15,6 +15,7 @@ struct FileTraffic {
   uint64_t bytes_read = 0;
   uint64_t bytes_written = 0;
   uint32_t largest_read = 0;  // in bytes asked for
+  std::string steps;          // F a flush, C a cut, D a deletion, M a renaming, in their order
 };
 
 void ResetFileTraffic();

@@ -1,5 +1,4 @@
-// register/end_windows_test.cpp: how the register ends when somebody presses Ctrl-C or Ctrl-Break at its
-// console.
+// register/end_windows_test.cpp: how the register ends at Ctrl-C and Ctrl-Break on its console.
 #include "register/till.h"
 #include "support/wine.h"
 

@@ -24,8 +24,7 @@ std::shared_ptr<CardOptions> AddCard(CLI::App *command);
 std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, const std::string &help,
                                    bool required);
 
-// What is typed goes to the server and into records, which are UTF-8: other words are refused, of every
-// command.
+// What is typed goes to the server and into records, which are UTF-8: every command refuses other words.
 void TakeOnlyText(CLI::App &app);
 
 // One that has to be there, and not to be empty.

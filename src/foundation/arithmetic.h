@@ -1,5 +1,4 @@
-// foundation/arithmetic.h: 32-bit amounts without undefined behaviour. Sums and products wrap
-// as two's complement.
+// foundation/arithmetic.h: 32-bit amounts without undefined behaviour: sums and products wrap.
 #pragma once
 
 #include <cstdint>

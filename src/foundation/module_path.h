@@ -1,5 +1,4 @@
-// foundation/module_path.h: where the library's files lie. Every file name is taken
-// relative to moduleDirectory.
+// foundation/module_path.h: where the library's files lie. Every file name is relative to moduleDirectory.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +13,7 @@ constexpr uint32_t kPathUnits = 260;  // the system's limit for a path, terminat
 void SetModuleDirectory(const WCHAR *directory);
 const WCHAR *ModuleDirectory();
 
-// Names the trace file "TRACE_" + tag + ".TXT"; a null or empty tag, or one that does not
-// fit, means "TRACE.TXT".
+// Names the trace file "TRACE_" + tag + ".TXT". Without a tag, and with one that does not fit: "TRACE.TXT".
 void SetTraceTag(const char *utf8_tag);
 const WCHAR *TraceTag();
 

@@ -1,5 +1,4 @@
-// json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns
-// the whole tree.
+// json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns it whole.
 #pragma once
 
 #include "foundation/scoped.h"

@@ -22,8 +22,7 @@ constexpr size_t kAlignment = alignof(std::max_align_t);
 constexpr size_t kHeadBytes = (sizeof(TransactionMemory) + kAlignment - 1) / kAlignment * kAlignment;
 constexpr size_t kChunkBytes = 2048 - kHeadBytes;  // holds all the texts of a transaction without goods
 
-// A piece above this size gets a chunk of its own, so that at most a quarter of a shared chunk
-// is ever wasted.
+// A piece above this size gets a chunk of its own. So at most a quarter of a shared chunk is wasted.
 constexpr size_t kLargestSharedPiece = kChunkBytes / 4;
 
 TransactionMemory *CreateChunk(size_t capacity) {

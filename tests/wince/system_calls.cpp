@@ -11,7 +11,6 @@
 #include <stdexcept>
 
 #include "platform/posix/posix_calls.h"
-#include "platform/posix/posix_numbers.h"
 #include "wince/loader.h"
 
 namespace wince {

@@ -1,7 +1,7 @@
 // platform/posix/posix_calls.h: the system calls that the library is written against, as this platform
-// implements them: their types, and each call under the name lumo_ and its own. So a bare name inside this
-// folder is always the operating system's. The layers above take the calls from posix_platform.h, under their
-// own names. Tests put functions of theirs in front of them at the link.
+// implements them: each call under the name lumo_ and its own, and so the types that this system knows too. A
+// bare name inside this folder is always the operating system's. The layers above take the calls from
+// posix_platform.h, under their own names. Tests put functions of theirs in front of them at the link.
 #pragma once
 
 #include <cstdarg>
@@ -9,49 +9,26 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/win_types.h"
+
 namespace lumo {
 
 using WCHAR = char16_t;
-using BOOL = int;
-using DWORD = uint32_t;
-using LONG = int32_t;
-using UINT = uint32_t;
-using WORD = uint16_t;
-using HANDLE = void *;
-using HMODULE = void *;
-
-// INVALID_HANDLE_VALUE is all bits set, as a pointer.
-#define INVALID_HANDLE_VALUE (reinterpret_cast<::lumo::HANDLE>(static_cast<intptr_t>(-1)))
-
-struct SYSTEMTIME {
-  WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
-};
-struct FILETIME {
-  DWORD dwLowDateTime, dwHighDateTime;
-};
-struct WIN32_FILE_ATTRIBUTE_DATA {
-  DWORD dwFileAttributes;
-  FILETIME ftCreationTime, ftLastAccessTime, ftLastWriteTime;
-  DWORD nFileSizeHigh, nFileSizeLow;
-};
-enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
-
-using SOCKET = uintptr_t;
 
 struct WSADATA {
   WORD wVersion, wHighVersion;
 };
-struct in_addr {
+struct lumo_in_addr {
   uint32_t s_addr;  // network byte order
 };
-struct sockaddr {
+struct lumo_sockaddr {
   uint16_t sa_family;
   char sa_data[14];
 };
-struct sockaddr_in {
+struct lumo_sockaddr_in {
   int16_t sin_family;
   uint16_t sin_port;  // network byte order
-  in_addr sin_addr;
+  lumo_in_addr sin_addr;
   char sin_zero[8];
 };
 
@@ -107,7 +84,7 @@ uint32_t lumo_inet_addr(const char *text);
 uint16_t lumo_htons(uint16_t value);
 SOCKET lumo_socket(int family, int type, int protocol);
 int lumo_setsockopt(SOCKET socket, int level, int option, const char *value, int length);
-int lumo_connect(SOCKET socket, const sockaddr *address, int length);
+int lumo_connect(SOCKET socket, const lumo_sockaddr *address, int length);
 int lumo_send(SOCKET socket, const char *data, int length, int flags);
 int lumo_recv(SOCKET socket, char *buffer, int capacity, int flags);
 int lumo_shutdown(SOCKET socket, int how);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/posix/posix_calls.h"
-#include "platform/posix/posix_numbers.h"
 
 namespace lumo {
 
@@ -12,5 +11,8 @@ const char *LibraryFile();
 
 // errno as a socket error.
 int SocketErrorOf(int error);
+
+// In units, terminator excluded.
+int WideLength(const WCHAR *wide);
 
 }  // namespace lumo

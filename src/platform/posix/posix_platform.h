@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/posix/posix_calls.h"
-#include "platform/posix/posix_numbers.h"
+#include "platform/win_names.h"
 
 #define LUMO_WIDE(text) u##text
 
@@ -12,12 +12,9 @@ namespace lumo {
 
 constexpr WCHAR kPathSeparator = u'/';
 
-constexpr int AF_INET = WIN_AF_INET;
-constexpr int SOCK_STREAM = WIN_SOCK_STREAM;
-constexpr int SOL_SOCKET = WIN_SOL_SOCKET;
-constexpr int SO_SNDTIMEO = WIN_SO_SNDTIMEO;
-constexpr int SO_RCVTIMEO = WIN_SO_RCVTIMEO;
-constexpr uint32_t INADDR_NONE = WIN_INADDR_NONE;
+using in_addr = lumo_in_addr;
+using sockaddr = lumo_sockaddr;
+using sockaddr_in = lumo_sockaddr_in;
 
 static constexpr auto &GetLastError = lumo_GetLastError;
 

@@ -35,12 +35,6 @@ void WriteWide(FILE *out, const WCHAR *wide, int length) {
   }
 }
 
-int WideLength(const WCHAR *wide) {
-  int length = 0;
-  while (wide[length] != 0) ++length;
-  return length;
-}
-
 }  // namespace
 
 DWORD lumo_GetLastError() {

@@ -175,19 +175,19 @@ int lumo_setsockopt(SOCKET socket, int level, int option, const char *value, int
   return result == 0 ? 0 : Fail(SocketErrorOf(errno));
 }
 
-int lumo_connect(SOCKET socket, const sockaddr *address, int length) {
+int lumo_connect(SOCKET socket, const lumo_sockaddr *address, int length) {
   if (!IsStarted()) return SOCKET_ERROR;
-  sockaddr_in given = {};
+  lumo_sockaddr_in given = {};
   if (address == nullptr || length < static_cast<int>(sizeof given)) return Fail(WSAEFAULT);
   std::memcpy(&given, address, sizeof given);
   if (given.sin_family != WIN_AF_INET) return Fail(WSAEAFNOSUPPORT);
-  ::sockaddr_in target = {};
+  sockaddr_in target = {};
   target.sin_family = AF_INET;
   target.sin_port = given.sin_port;
   target.sin_addr.s_addr = given.sin_addr.s_addr;
   const int descriptor = DescriptorOf(socket);
   const int64_t begin = Milliseconds();
-  if (connect(descriptor, reinterpret_cast<::sockaddr *>(&target), sizeof target) == 0) return 0;
+  if (connect(descriptor, reinterpret_cast<sockaddr *>(&target), sizeof target) == 0) return 0;
   int error = errno;
   if (error == EINTR) {
     // The system goes on connecting; only the end of it can be waited for.

@@ -50,13 +50,13 @@ int Fail(DWORD error) {
   return 0;
 }
 
+}  // namespace
+
 int WideLength(const WCHAR *wide) {
   int length = 0;
   while (wide[length] != 0) ++length;
   return length;
 }
-
-}  // namespace
 
 int lumo_MultiByteToWideChar(UINT code_page, DWORD, const char *text, int length, WCHAR *wide, int capacity) {
   if (code_page != CP_UTF8 || text == nullptr || length == 0 || capacity < 0 ||

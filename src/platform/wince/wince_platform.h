@@ -10,60 +10,18 @@
 #include <cstdio>
 #include <cwchar>
 
+#include "platform/win_names.h"
+
 #define LUMO_WIDE(text) L##text
 #define LUMO_IMPORT extern "C" __declspec(dllimport)
 
 namespace lumo {
 
 using WCHAR = wchar_t;
-using BOOL = int;
-using DWORD = unsigned long;
-using LONG = long;
-using UINT = unsigned int;
-using WORD = unsigned short;
-using HANDLE = void *;
-using HMODULE = void *;
 
-static_assert(sizeof(WCHAR) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(HANDLE) == 4);
+static_assert(sizeof(WCHAR) == 2 && sizeof(HANDLE) == 4);
 
 constexpr WCHAR kPathSeparator = L'\\';
-
-// INVALID_HANDLE_VALUE is all bits set, as a pointer.
-#define INVALID_HANDLE_VALUE (reinterpret_cast<::lumo::HANDLE>(static_cast<intptr_t>(-1)))
-
-constexpr DWORD GENERIC_READ = 0x80000000U;
-constexpr DWORD GENERIC_WRITE = 0x40000000U;
-constexpr DWORD CREATE_ALWAYS = 2;
-constexpr DWORD OPEN_EXISTING = 3;
-constexpr DWORD OPEN_ALWAYS = 4;
-constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
-constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFFU;
-constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFFU;
-constexpr DWORD FILE_BEGIN = 0;
-constexpr DWORD FILE_CURRENT = 1;
-constexpr DWORD FILE_END = 2;
-constexpr UINT CP_UTF8 = 65001;
-
-constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
-constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
-constexpr DWORD ERROR_ACCESS_DENIED = 5;
-constexpr DWORD ERROR_SHARING_VIOLATION = 32;
-constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
-constexpr DWORD ERROR_ALREADY_EXISTS = 183;
-
-struct SYSTEMTIME {
-  WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
-};
-
-struct FILETIME {
-  DWORD dwLowDateTime, dwHighDateTime;
-};
-struct WIN32_FILE_ATTRIBUTE_DATA {
-  DWORD dwFileAttributes;
-  FILETIME ftCreationTime, ftLastAccessTime, ftLastWriteTime;
-  DWORD nFileSizeHigh, nFileSizeLow;
-};
-enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 LUMO_IMPORT DWORD GetLastError();
 
@@ -103,17 +61,6 @@ BOOL AppendToFile(const FileName *name, const char *text, size_t length);
 void DebugBreak();
 [[noreturn]] void PlatformExit(int status);
 
-using SOCKET = uintptr_t;
-constexpr SOCKET INVALID_SOCKET = ~static_cast<SOCKET>(0);
-constexpr int SOCKET_ERROR = -1;
-constexpr int AF_INET = 2;
-constexpr int SOCK_STREAM = 1;
-constexpr int SOL_SOCKET = 0xFFFF;
-constexpr int SO_SNDTIMEO = 0x1005;
-constexpr int SO_RCVTIMEO = 0x1006;
-constexpr int SD_BOTH = 2;
-constexpr unsigned long INADDR_NONE = 0xFFFFFFFFU;
-
 struct WSADATA {
   WORD wVersion, wHighVersion;
   char szDescription[257];
@@ -134,10 +81,6 @@ struct sockaddr_in {
   in_addr sin_addr;
   char sin_zero[8];
 };
-
-constexpr WORD MAKEWORD(int low, int high) {
-  return static_cast<WORD>((low & 0xFF) | ((high & 0xFF) << 8));
-}
 
 LUMO_IMPORT int WSAStartup(WORD version, WSADATA *data);
 LUMO_IMPORT int WSACleanup();

@@ -1,11 +1,36 @@
-// platform/posix/posix_numbers.h: the numbers that go with the calls of posix_calls.h. Some have names that
-// the operating system's headers give to macros; those are behind the prefix WIN_ here, and posix_platform.h
-// gives them their own names.
+// platform/win_types.h: the types and numbers of the calls, for the platforms that have no header of the
+// system for them. Some names are macros in other systems' headers. Those are behind the prefix WIN_ here,
+// and win_names.h gives them their own.
 #pragma once
 
-#include "platform/posix/posix_calls.h"
+#include <cstdint>
 
 namespace lumo {
+
+using BOOL = int;
+using DWORD = uint32_t;
+using LONG = int32_t;
+using UINT = uint32_t;
+using WORD = uint16_t;
+using HANDLE = void *;
+using HMODULE = void *;
+using SOCKET = uintptr_t;
+
+// INVALID_HANDLE_VALUE is all bits set, as a pointer.
+#define INVALID_HANDLE_VALUE (reinterpret_cast<::lumo::HANDLE>(static_cast<intptr_t>(-1)))
+
+struct SYSTEMTIME {
+  WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
+};
+struct FILETIME {
+  DWORD dwLowDateTime, dwHighDateTime;
+};
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime, ftLastAccessTime, ftLastWriteTime;
+  DWORD nFileSizeHigh, nFileSizeLow;
+};
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 constexpr DWORD GENERIC_READ = 0x80000000U;
 constexpr DWORD GENERIC_WRITE = 0x40000000U;

@@ -77,9 +77,9 @@ static void Sell(int wants_to_spend) {
 int main(int argc, char **argv) {
   char opened[32], line[100], word[50];
   int code = argc == 2 ? LUMOInit() : ERR_CONFIG_LOAD;
-  if (code != 0) return Say("sale BILL", "cannot start", code), 1;
-  OpenShift("1");                  /* one that is open since before a restart goes on */
   sprintf(opened, "%.16s", Now()); /* the report's bounds are texts: before any second of this minute */
+  if (code != 0) return Say("sale BILL", "cannot start", code), 1;
+  OpenShift("1"); /* one that is open since before a restart goes on */
   while (puts("ready"), fflush(stdout), fgets(line, sizeof line, stdin) != NULL) {
     if (sscanf(line, "%49s", word) != 1) continue;
     if (strcmp(word, "send") == 0) {

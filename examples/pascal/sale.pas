@@ -5,13 +5,13 @@ program sale;
 
 {$IFDEF FPC}{$MODE DELPHI}{$ENDIF} {$APPTYPE CONSOLE}
 
-uses SysUtils, DateUtils, lumo;
+uses SysUtils, {$IFNDEF FPC}DateUtils,{$ENDIF} lumo;
 
 { The time as the library writes it, such as "2012-12-05T10:00:00Z". }
 function UtcNow: UTF8String;
 begin
   Result := UTF8String(FormatDateTime('yyyy"-"mm"-"dd"T"hh":"nn":"ss"Z"',
-    {$IFDEF FPC}LocalTimeToUniversal{$ELSE}TTimeZone.Local.ToUniversalTime{$ENDIF}(Now)));
+    {$IFDEF FPC}Now + GetLocalTimeOffset / (24 * 60){$ELSE}TTimeZone.Local.ToUniversalTime(Now){$ENDIF}));
 end;
 
 function WriteBill(const Path: string): Integer;

@@ -1,6 +1,6 @@
 // bench/payment.cpp: one online payment, lumo beside the register written by hand.
 //   payment check GOODS FOLDER              ends with 1 unless all leave the same bill, record, slip and
-//   trace payment once TILL GOODS FOLDER          one payment, for callgrind to count its instructions
+//   payment once TILL GOODS FOLDER          one payment, for callgrind to count its instructions
 //   payment race GOODS FOLDER PAYMENTS      till, processor time and wall time of a payment, in microseconds
 #include "payment.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using bench::Stand;
 
-constexpr const char *kTills[] = {"lumo", "posix", "stdio", "waiting"};
+constexpr const char *kTills[] = {"lumo", "posix", "stdio", "waiting", "trace"};
 
 // The second in which a payment was made is not the same for all.
 std::string WithoutTimes(const std::string &text) {
@@ -61,7 +61,7 @@ int Check(const bench::PaymentServer &server, int goods, const std::string &wher
   return same ? 0 : 1;
 }
 
-// Turn by turn, so that what else the machine does meets all alike.
+// Turn by turn, and another first each time, so that what else the machine does meets all alike.
 void Race(const bench::PaymentServer &server, int goods, const std::string &where, int payments) {
   struct Runner {
     Stand stand;
@@ -69,12 +69,14 @@ void Race(const bench::PaymentServer &server, int goods, const std::string &wher
   };
   std::vector<Runner> runners;
   for (const char *name : kTills) runners.push_back({Stand(name, where, goods, server.port()), {}, {}});
-  for (int payment = -3; payment < payments; ++payment) {
-    for (Runner &runner : runners) {
+  constexpr int kWarmUps = 3;
+  for (int payment = 0; payment < kWarmUps + payments; ++payment) {
+    for (size_t turn = 0; turn < runners.size(); ++turn) {
+      Runner &runner = runners[(turn + static_cast<size_t>(payment)) % runners.size()];
       runner.stand.WriteBill();
       const double processor = bench::Now(CLOCK_PROCESS_CPUTIME_ID), wall = bench::Now(CLOCK_MONOTONIC);
       runner.stand.till->Pay();
-      if (payment < 0) continue;  // the first ones warm up
+      if (payment < kWarmUps) continue;
       runner.wall.push_back(bench::Now(CLOCK_MONOTONIC) - wall);
       runner.processor.push_back(bench::Now(CLOCK_PROCESS_CPUTIME_ID) - processor);
     }

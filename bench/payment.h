@@ -48,6 +48,9 @@ enum class Journal {
 // `folder` ends with "/"; the journal and the trace lie in it. The library file is copied there.
 std::unique_ptr<Till> OpenLumo(const std::string &library, const std::string &folder, int port);
 std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal);
+// Its first payment is one by hand; every later one only leaves the lines of the first, by open, write,
+// close. No register that leaves this trace can take less.
+std::unique_ptr<Till> OpenTraceAlone(const std::string &folder, int port);
 
 // A server in a process of its own. It answers every payment with a bill of `goods` goods, two bonuses each.
 class PaymentServer {
@@ -65,7 +68,8 @@ class PaymentServer {
 };
 
 // A till at work in a folder of its own, WHERE/NAME: lumo is the library file, stdio and posix the register
-// written by hand with that trace, waiting the same as stdio with its database as it comes.
+// written by hand with that trace, waiting the same as stdio with its database as it comes, trace what no
+// register can do without.
 struct Stand {
   Stand(const std::string &name, const std::string &where, int goods, int port);
 
@@ -86,6 +90,9 @@ double Now(clockid_t clock);
 double FastestQuarter(std::vector<double> times);
 
 // Ends the program with a message when something that must work does not.
-void Require(bool works, const char *what);
+[[noreturn]] void Fail(const char *what);
+inline void Require(bool works, const char *what) {
+  if (!works) Fail(what);
+}
 
 }  // namespace bench

@@ -1,6 +1,5 @@
 // The register that a programmer would write who has libcurl, RapidJSON and SQLite and not lumo. What it
-// keeps from payment to payment (the connection's handle, the database, the prepared statements) stays open,
-// and the terminal's state is read once.
+// keeps from payment to payment (the connection's handle, the database, the prepared statements) stays open.
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <rapidjson/document.h>
@@ -25,7 +24,8 @@ using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
 class Trace {
  public:
-  Trace(std::string path, TraceBy by) : path_(std::move(path)), by_(by) {}
+  Trace(std::string path, TraceBy by, std::vector<std::string> *kept = nullptr)
+      : path_(std::move(path)), by_(by), kept_(kept) {}
 
   __attribute__((format(printf, 2, 3))) void operator()(const char *format, ...) const {
     va_list arguments;
@@ -36,6 +36,13 @@ class Trace {
       ByPosix(format, arguments);
     }
     va_end(arguments);
+  }
+
+  void Append(const char *text, size_t length) const {
+    const int file = open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+    if (file < 0) return;
+    Require(write(file, text, length) == static_cast<ssize_t>(length), "writing the trace");
+    close(file);
   }
 
  private:
@@ -59,14 +66,13 @@ class Trace {
       text = longer.data();
     }
     va_end(again);
-    const int file = open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) return;
-    Require(write(file, text, length) == static_cast<ssize_t>(length), "writing the trace");
-    close(file);
+    Append(text, length);
+    if (kept_ != nullptr) kept_->emplace_back(text, length);
   }
 
   std::string path_;
   TraceBy by_;
+  std::vector<std::string> *kept_;  // the lines, for whoever wants to know them
 };
 
 struct Bonus {
@@ -86,14 +92,24 @@ struct Bill {
   std::vector<Good> goods;
 };
 
-constexpr const char *kAccounts[] = {"GLOBAL", "LOCAL", "DISCOUNT"};
+constexpr int kAccountCount = 3;
+constexpr const char *kAccounts[kAccountCount] = {"GLOBAL", "LOCAL", "DISCOUNT"};
 
 int AccountNumber(const std::string &name) {
   return static_cast<int>(std::find(std::begin(kAccounts), std::end(kAccounts), name) - kAccounts);
 }
 
+// A bill or an answer comes from outside: what it holds is looked at before it is taken.
 std::string Text(const rapidjson::Value &value) {
+  Require(value.IsString(), "a member that must be a text");
   return {value.GetString(), value.GetStringLength()};
+}
+
+const rapidjson::Value &MemberOf(const rapidjson::Value &object, const char *name) {
+  Require(object.IsObject(), "a member that must be an object");
+  const auto member = object.FindMember(name);
+  Require(member != object.MemberEnd(), name);
+  return member->value;
 }
 
 void WriteText(Writer &writer, const char *key, const std::string &text) {
@@ -161,8 +177,9 @@ size_t Collect(char *bytes, size_t size, size_t count, void *answer) {
 
 class ByHand : public Till {
  public:
-  ByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal)
-      : folder_(folder), trace_(folder + "TRACE.TXT", trace_by), port_(port), rrn_(kFirstRrn) {
+  ByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal,
+         std::vector<std::string> *lines = nullptr)
+      : folder_(folder), trace_(folder + "TRACE.TXT", trace_by, lines), port_(port) {
     Require(sqlite3_open((folder + "journal.db").c_str(), &database_) == SQLITE_OK, "opening the database");
     if (journal == Journal::kUnhurried) {
       Run("PRAGMA journal_mode = WAL");
@@ -170,9 +187,11 @@ class ByHand : public Till {
     }
     Run("CREATE TABLE state (name TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID");
     Run("CREATE TABLE log (id INTEGER PRIMARY KEY, record TEXT)");
-    Run("INSERT INTO state VALUES ('reqId', ''), ('offline', '0'), ('update', '0')");
+    Run("INSERT INTO state VALUES ('offline', '0'), ('shiftId', '42'), ('shiftState', '1'), ('update', '0')");
+    Run((std::string("INSERT INTO state VALUES ('reqId', '") + kFirstRrn + "')").c_str());
     begin_ = Prepare("BEGIN IMMEDIATE");
     commit_ = Prepare("COMMIT");
+    read_state_ = Prepare("SELECT name, value FROM state");
     set_state_ = Prepare("UPDATE state SET value = ?2 WHERE name = ?1");
     append_ = Prepare("INSERT INTO log (record) VALUES (?1)");
     // Above the limit the oldest third goes.
@@ -191,7 +210,9 @@ class ByHand : public Till {
   }
 
   ~ByHand() override {
-    for (sqlite3_stmt *statement : {begin_, commit_, set_state_, append_, trim_}) sqlite3_finalize(statement);
+    for (sqlite3_stmt *statement : {begin_, commit_, read_state_, set_state_, append_, trim_}) {
+      sqlite3_finalize(statement);
+    }
     sqlite3_close(database_);
     curl_slist_free_all(headers_);
     curl_easy_cleanup(curl_);
@@ -199,7 +220,7 @@ class ByHand : public Till {
 
   std::string Pay() override {
     trace_("CreateTransaction [%s] [%s]\n", kCard, kCashier);
-    TraceStateReload();
+    ReadState();
     std::string slip = MakeHeader();
     trace_("PaymentProc(%d, %s)\n", kSpend, bench::kBill);
     trace_("PaymentProcess\n");
@@ -209,7 +230,7 @@ class ByHand : public Till {
     trace_("ParseOperationResponse\n");
     ReadAnswer(bill);
     trace_("Disconnect\n");
-    TraceStateReload();
+    ReadState();
     trace_("SaveState\n");
     trace_("SaveState\n");
     trace_("ERROR: SetFilePointer function failed with error 0\n");
@@ -227,7 +248,7 @@ class ByHand : public Till {
   std::string LastRecord() override {
     sqlite3_stmt *statement = Prepare("SELECT record FROM log ORDER BY id DESC LIMIT 1");
     Require(sqlite3_step(statement) == SQLITE_ROW, "reading the journal");
-    const std::string record = reinterpret_cast<const char *>(sqlite3_column_text(statement, 0));
+    std::string record(Column(statement, 0));
     sqlite3_finalize(statement);
     return record;
   }
@@ -253,12 +274,31 @@ class ByHand : public Till {
     Step(set_state_);
   }
 
-  // The terminal's state is in memory; these lines are what lumo leaves when it reads its file again.
-  void TraceStateReload() const {
+  // Read again, as its lines say: another program of the shop may have opened a shift or gone offline.
+  void ReadState() {
     trace_("LoadState\n");
     trace_("parseJsonFile [STATE]\n");
     trace_("No BOM found 7B 22 72\n");
     trace_("ERROR: SetFilePointer function failed with error 0\n");
+    int result = SQLITE_ROW;
+    while ((result = sqlite3_step(read_state_)) == SQLITE_ROW) {
+      const std::string_view name = Column(read_state_, 0), value = Column(read_state_, 1);
+      if (name == "reqId") {
+        rrn_ = value;
+      } else if (name == "shiftId") {
+        shift_ = value;
+      } else if (name == "shiftState") {
+        shift_is_open_ = value == "1";
+      } else if (name == "offline") {
+        is_offline_ = value == "1";
+      }
+    }
+    Require(result == SQLITE_DONE && shift_is_open_ && !is_offline_, "the state");
+    sqlite3_reset(read_state_);
+  }
+  static std::string_view Column(sqlite3_stmt *statement, int column) {
+    return {reinterpret_cast<const char *>(sqlite3_column_text(statement, column)),
+            static_cast<size_t>(sqlite3_column_bytes(statement, column))};
   }
 
   static std::string MakeHeader() {
@@ -321,6 +361,7 @@ class ByHand : public Till {
   }
 
   void TakeBill(const rapidjson::Value &from, Bill &bill) const {
+    Require(from.IsObject(), "a member that must be an object");
     for (const auto &member : from.GetObject()) {
       if (member.name == "totalSum") {
         Take(" totalSum", bill.total, member.value);
@@ -333,7 +374,8 @@ class ByHand : public Till {
       } else if (member.name == "billDate") {
         Take(" billDate", bill.date, member.value);
       } else if (member.name == "goodList") {
-        const rapidjson::Value &goods = member.value["good"];
+        const rapidjson::Value &goods = MemberOf(member.value, "good");
+        Require(goods.IsArray(), "a member that must be an array");
         bill.goods.assign(goods.Size(), {});
         for (rapidjson::SizeType i = 0; i < goods.Size(); ++i) TakeGood(goods[i], bill.goods[i]);
       }
@@ -341,6 +383,7 @@ class ByHand : public Till {
   }
 
   void TakeGood(const rapidjson::Value &from, Good &good) const {
+    Require(from.IsObject(), "a member that must be an object");
     for (const auto &member : from.GetObject()) {
       if (member.name == "title") {
         Take(" title", good.title, member.value);
@@ -353,6 +396,7 @@ class ByHand : public Till {
       } else if (member.name == "cnt") {
         Take(" cnt", good.count, member.value);
       } else if (member.name == "bonus") {
+        Require(member.value.IsArray(), "a member that must be an array");
         good.bonuses.resize(member.value.Size());
         for (rapidjson::SizeType i = 0; i < member.value.Size(); ++i) {
           TakeBonus(member.value[i], good.bonuses[i]);
@@ -362,6 +406,7 @@ class ByHand : public Till {
   }
 
   void TakeBonus(const rapidjson::Value &from, Bonus &bonus) const {
+    Require(from.IsObject(), "a member that must be an object");
     for (const auto &member : from.GetObject()) {
       if (member.name == "earned") {
         Take("  earned", bonus.earned, member.value);
@@ -371,12 +416,14 @@ class ByHand : public Till {
         Take("  organizerFee", bonus.fee, member.value);
       } else if (member.name == "accountType") {
         bonus.account = Text(member.value);
+        Require(AccountNumber(bonus.account) < kAccountCount, "the account");
         trace_("  accountType [%d]\n", AccountNumber(bonus.account));
       }
     }
   }
 
   void Take(const char *label, int &field, const rapidjson::Value &value) const {
+    Require(value.IsInt(), "a member that must be a number");
     field = value.GetInt();
     trace_("%s [%d]\n", label, field);
   }
@@ -396,7 +443,7 @@ class ByHand : public Till {
     WriteText(writer, "cardNum", kCard);
     writer.Key("isOffline");
     writer.Bool(false);
-    WriteText(writer, "shiftId", "42");
+    WriteText(writer, "shiftId", shift_);
     writer.EndObject();
   }
 
@@ -435,22 +482,25 @@ class ByHand : public Till {
   void ReadAnswer(Bill &bill) {
     rapidjson::Document document;
     Require(!document.ParseInsitu(answer_.data()).HasParseError(), "the answer");
-    const rapidjson::Value &answer = document["putPaymentResponse"];
-    const rapidjson::Value &response = answer["response"];
-    Take("response.ver =", response["ver"]);
-    Take("response.requestId =", response["requestId"]);
-    Take("response.responseId =", response["responseId"]);
-    Take("response.responseDate =", response["responseDate"]);
-    Take("response.state =", response["requestState"]);
-    Take("response.stateCode =", response["requestStateCode"]);
-    Take("response.message =", response["message"]);
-    trace_("response.needUpdate = %d\n", response["isNeedUpdate"].GetBool() ? 1 : 0);
-    Require(Text(response["requestState"]) == "SUCCESS", "the payment");
-    rrn_ = Text(response["requestId"]);
-    TakeBill(answer["bill"], bill);
+    const rapidjson::Value &answer = MemberOf(document, "putPaymentResponse");
+    const rapidjson::Value &response = MemberOf(answer, "response");
+    Take("response.ver =", MemberOf(response, "ver"));
+    Take("response.requestId =", MemberOf(response, "requestId"));
+    Take("response.responseId =", MemberOf(response, "responseId"));
+    Take("response.responseDate =", MemberOf(response, "responseDate"));
+    Take("response.state =", MemberOf(response, "requestState"));
+    Take("response.stateCode =", MemberOf(response, "requestStateCode"));
+    Take("response.message =", MemberOf(response, "message"));
+    const rapidjson::Value &update = MemberOf(response, "isNeedUpdate");
+    Require(update.IsBool(), "a member that must be true or false");
+    trace_("response.needUpdate = %d\n", update.GetBool() ? 1 : 0);
+    Require(Text(MemberOf(response, "requestState")) == "SUCCESS", "the payment");
+    paid_rrn_ = Text(MemberOf(response, "requestId"));
+    TakeBill(MemberOf(answer, "bill"), bill);
   }
 
   void Take(const char *label, const rapidjson::Value &value) const {
+    Require(value.IsString(), "a member that must be a text");
     trace_("%s %s\n", label, value.GetString());
   }
 
@@ -465,7 +515,7 @@ class ByHand : public Till {
     WriteBill(writer, bill, true);
     writer.EndObject();
     Step(begin_);
-    SetState("reqId", rrn_);
+    SetState("reqId", paid_rrn_);
     SetState("update", "0");
     sqlite3_bind_int(trim_, 1, kLogSize);
     Step(trim_);
@@ -486,7 +536,7 @@ class ByHand : public Till {
   }
 
   std::string MakeBody(const Bill &bill) const {
-    int earned[3] = {}, spent[3] = {}, fee = 0;
+    int earned[kAccountCount] = {}, spent[kAccountCount] = {}, fee = 0;
     trace_("CountBonuses\n");
     for (const Good &good : bill.goods) {
       trace_("Good has %d bonuses\n", static_cast<int>(good.bonuses.size()));
@@ -517,7 +567,7 @@ class ByHand : public Till {
                   "Начислено всего:\n%19s бнс.\n"
                   "Начислено всего\n%s:\n%19s бнс.\n"
                   "Вознаграждение \nорганизатора:\n%19s бнс.\n",
-                  rrn_.c_str(), Amount(bill.total - spent[0] - spent[1] - spent[2]).c_str(),
+                  paid_rrn_.c_str(), Amount(bill.total - spent[0] - spent[1] - spent[2]).c_str(),
                   Amount(spent[0] + spent[1]).c_str(), Amount(earned[0]).c_str(), kRetailNetwork,
                   Amount(earned[0] + earned[1]).c_str(), Amount(fee).c_str());
     trace_("Bill:\n%s\n", text);
@@ -527,20 +577,47 @@ class ByHand : public Till {
   std::string folder_;
   Trace trace_;
   int port_;
-  std::string rrn_;
+  std::string rrn_, paid_rrn_;
+  std::string shift_;
+  bool shift_is_open_ = false, is_offline_ = false;
   std::string date_;
   std::string answer_;
   sqlite3 *database_ = nullptr;
-  sqlite3_stmt *begin_ = nullptr, *commit_ = nullptr, *set_state_ = nullptr, *append_ = nullptr,
-               *trim_ = nullptr;
+  sqlite3_stmt *begin_ = nullptr, *commit_ = nullptr, *read_state_ = nullptr, *set_state_ = nullptr,
+               *append_ = nullptr, *trim_ = nullptr;
   CURL *curl_ = nullptr;
   curl_slist *headers_ = nullptr;
+};
+
+// Makes one payment, and then leaves its trace again and again.
+class TraceAlone : public Till {
+ public:
+  TraceAlone(const std::string &folder, int port)
+      : whole_(folder, port, TraceBy::kPosix, Journal::kUnhurried, &lines_),
+        trace_(folder + "TRACE.TXT", TraceBy::kPosix) {}
+
+  std::string Pay() override {
+    if (lines_.empty()) return whole_.Pay();
+    for (const std::string &line : lines_) trace_.Append(line.data(), line.size());
+    return "";
+  }
+
+  std::string LastRecord() override { return whole_.LastRecord(); }
+
+ private:
+  std::vector<std::string> lines_;
+  ByHand whole_;
+  Trace trace_;
 };
 
 }  // namespace
 
 std::unique_ptr<Till> OpenByHand(const std::string &folder, int port, TraceBy trace_by, Journal journal) {
   return std::make_unique<ByHand>(folder, port, trace_by, journal);
+}
+
+std::unique_ptr<Till> OpenTraceAlone(const std::string &folder, int port) {
+  return std::make_unique<TraceAlone>(folder, port);
 }
 
 }  // namespace bench

@@ -53,7 +53,7 @@ class AttachInTrouble : public testing::Test {
     return DllAttach(&answer);
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(AttachInTrouble, AsksForItsOwnModuleWithAClearBuffer) {

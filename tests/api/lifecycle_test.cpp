@@ -29,30 +29,30 @@ class Lifecycle : public testing::Test {
     lumo::ReleaseSettings();
   }
   void MakeDirectory(const std::string &name) {
-    std::filesystem::create_directory(std::filesystem::u8path(folder_.path() + name));
+    std::filesystem::create_directory(std::filesystem::u8path(folder.path() + name));
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(Lifecycle, StartsWithADelivery) {
-  folder_.Write("CONFIG.JSN", kBom + "{\"timeout\":5}");
-  folder_.Write("STATE", kBom + "{\"update\":1}");
+  folder.Write("CONFIG.JSN", kBom + "{\"timeout\":5}");
+  folder.Write("STATE", kBom + "{\"update\":1}");
   EXPECT_EQ(LUMOInit(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
   EXPECT_EQ(getNeedUpdate(), 1);
-  EXPECT_TRUE(folder_.Exists("CONFIG"));
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_TRUE(folder.Exists("CONFIG"));
+  EXPECT_EQ(folder.Trace(),
             "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\nByte Order Mark skipping\nTimeout [5]\n"
             "LoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n");
 }
 
 TEST_F(Lifecycle, StartsWithConfigAlone) {
-  folder_.Write("CONFIG", kBom + "{\"timeout\":5}");
-  folder_.Write("STATE", kBom + "{}");
+  folder.Write("CONFIG", kBom + "{\"timeout\":5}");
+  folder.Write("STATE", kBom + "{}");
   EXPECT_EQ(LUMOInit(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\n"
             "ERROR: CreateFile function failed with error 2\nERROR: parserJsonFile error [-307]\n"
             "LoadConfig\nparseJsonFile [CONFIG]\nByte Order Mark skipping\nTimeout [5]\n"
@@ -60,18 +60,18 @@ TEST_F(Lifecycle, StartsWithConfigAlone) {
 }
 
 TEST_F(Lifecycle, ADamagedDeliveryGivesWayToConfig) {
-  folder_.Write("CONFIG.JSN", "{\"timeout\":5,\"logSize\":7,}");
-  folder_.Write("CONFIG", "{\"timeout\":6}");
+  folder.Write("CONFIG.JSN", "{\"timeout\":5,\"logSize\":7,}");
+  folder.Write("CONFIG", "{\"timeout\":6}");
   EXPECT_EQ(LUMOInit(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 6);
   EXPECT_EQ(lumo::Settings().logSize, 0) << "nothing of the damaged file stays";
-  EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
+  EXPECT_TRUE(folder.Exists("CONFIG.JSN"));
 }
 
 TEST_F(Lifecycle, WithoutSettingsItFailsBeforeTheState) {
   EXPECT_EQ(LUMOInit(), -111);
-  EXPECT_FALSE(folder_.Exists("STATE"));
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_FALSE(folder.Exists("STATE"));
+  EXPECT_EQ(folder.Trace(),
             "LUMOInit()\nLoadNewConfig\nparseJsonFile [CONFIG.JSN]\n"
             "ERROR: CreateFile function failed with error 2\nERROR: parserJsonFile error [-307]\n"
             "LoadConfig\nparseJsonFile [CONFIG]\n"
@@ -79,38 +79,38 @@ TEST_F(Lifecycle, WithoutSettingsItFailsBeforeTheState) {
 }
 
 TEST_F(Lifecycle, TheLoadersOwnCodesAreNotPassedOn) {
-  folder_.Write("CONFIG.JSN", "{,}");
-  folder_.Write("CONFIG", "{,}");
+  folder.Write("CONFIG.JSN", "{,}");
+  folder.Write("CONFIG", "{,}");
   EXPECT_EQ(LUMOInit(), -111);
 }
 
 TEST_F(Lifecycle, AStateThatCannotBeMade) {
-  folder_.Write("CONFIG", "{}");
+  folder.Write("CONFIG", "{}");
   MakeDirectory("STATE");
   EXPECT_EQ(LUMOInit(), -108);
 }
 
 TEST_F(Lifecycle, AStateThatIsNone) {
-  folder_.Write("CONFIG", "{}");
-  folder_.Write("STATE", "[]");
+  folder.Write("CONFIG", "{}");
+  folder.Write("STATE", "[]");
   EXPECT_EQ(LUMOInit(), -108);
 }
 
 TEST_F(Lifecycle, AMissingStateIsMade) {
-  folder_.Write("CONFIG", "{}");
+  folder.Write("CONFIG", "{}");
   EXPECT_EQ(LUMOInit(), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{}");
+  EXPECT_EQ(folder.Read("STATE"), "{}");
 }
 
 TEST_F(Lifecycle, HandsTheLogSizeToTheJournal) {
-  folder_.Write("CONFIG", "{\"logSize\":3}");
+  folder.Write("CONFIG", "{\"logSize\":3}");
   ASSERT_EQ(LUMOInit(), 0);
   for (const char *record : {"a", "b", "c"}) ASSERT_EQ(lumo::AppendLogRecord(record), 0);
-  EXPECT_EQ(folder_.Read("LOG"), "b\nc\n");
+  EXPECT_EQ(folder.Read("LOG"), "b\nc\n");
 }
 
 TEST_F(Lifecycle, ForgetsAnOpenTransactionWithoutFreeingIt) {
-  folder_.Write("CONFIG", "{\"receiptFooter\":\"Foot\"}");
+  folder.Write("CONFIG", "{\"receiptFooter\":\"Foot\"}");
   ASSERT_EQ(LUMOInit(), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
   lumo::Transaction *open = lumo::current_transaction;
@@ -123,21 +123,21 @@ TEST_F(Lifecycle, ForgetsAnOpenTransactionWithoutFreeingIt) {
 }
 
 TEST_F(Lifecycle, AFailedStartKeepsTheOpenTransaction) {
-  folder_.Write("CONFIG", "{}");
+  folder.Write("CONFIG", "{}");
   ASSERT_EQ(LUMOInit(), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
   const lumo::Transaction *open = lumo::current_transaction;
-  folder_.Remove("CONFIG");
+  folder.Remove("CONFIG");
   EXPECT_EQ(LUMOInit(), -111);
   EXPECT_EQ(lumo::current_transaction, open);
 }
 
 TEST_F(Lifecycle, ASecondStartReadsEverythingAnew) {
-  folder_.Write("CONFIG", "{\"terminalId\":\"1\"}");
+  folder.Write("CONFIG", "{\"terminalId\":\"1\"}");
   ASSERT_EQ(LUMOInit(), 0);
   const char *terminal = getTerminalId();
-  folder_.Write("CONFIG", "{\"terminalId\":\"2\"}");
-  folder_.Write("STATE", "{\"update\":1}");
+  folder.Write("CONFIG", "{\"terminalId\":\"2\"}");
+  folder.Write("STATE", "{\"update\":1}");
   EXPECT_EQ(LUMOInit(), 0);
   EXPECT_STREQ(getTerminalId(), "2");
   EXPECT_STREQ(terminal, "1");
@@ -147,48 +147,48 @@ TEST_F(Lifecycle, ASecondStartReadsEverythingAnew) {
 // ---- The trace file's name ----
 
 TEST_F(Lifecycle, ANameTagsTheTraceFileAndNothingElse) {
-  folder_.Write("CONFIG", "{}");
+  folder.Write("CONFIG", "{}");
   EXPECT_EQ(LUMOInitExt("K2"), 0);
-  EXPECT_FALSE(folder_.Exists("TRACE.TXT"));
-  EXPECT_THAT(folder_.Trace("TRACE_K2.TXT"), testing::StartsWith("LUMOInit()\nLoadNewConfig\n"));
-  EXPECT_TRUE(folder_.Exists("STATE"));
+  EXPECT_FALSE(folder.Exists("TRACE.TXT"));
+  EXPECT_THAT(folder.Trace("TRACE_K2.TXT"), testing::StartsWith("LUMOInit()\nLoadNewConfig\n"));
+  EXPECT_TRUE(folder.Exists("STATE"));
 }
 
 TEST_F(Lifecycle, ANameMayBeAnyText) {
   EXPECT_EQ(LUMOInitExt("Касса №1"), -111);
-  EXPECT_TRUE(folder_.Exists("TRACE_Касса №1.TXT"));
+  EXPECT_TRUE(folder.Exists("TRACE_Касса №1.TXT"));
 }
 
 TEST_F(Lifecycle, NullAndEmptyNamesMeanThePlainTraceFile) {
   LUMOInitExt("K2");
   EXPECT_EQ(LUMOInitExt(nullptr), -111);
-  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder.Trace(), testing::StartsWith("LUMOInit()\n"));
   LUMOInitExt("K2");
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(LUMOInitExt(""), -111);
-  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder.Trace(), testing::StartsWith("LUMOInit()\n"));
 }
 
 TEST_F(Lifecycle, LumoInitKeepsTheNameGivenLast) {
   LUMOInitExt("K2");
   LUMOInit();
-  EXPECT_FALSE(folder_.Exists("TRACE.TXT"));
+  EXPECT_FALSE(folder.Exists("TRACE.TXT"));
 }
 
 TEST_F(Lifecycle, ANameThatDoesNotFitMeansThePlainTraceFile) {
   LUMOInitExt("K2");
   const std::string long_name(259, 'x');
   EXPECT_EQ(LUMOInitExt(long_name.c_str()), -111);
-  EXPECT_THAT(folder_.Trace(), testing::StartsWith("LUMOInit()\n"));
+  EXPECT_THAT(folder.Trace(), testing::StartsWith("LUMOInit()\n"));
 }
 
 TEST_F(Lifecycle, CleaningOnlyTraces) {
-  folder_.Write("CONFIG", "{\"terminalId\":\"1\"}");
+  folder.Write("CONFIG", "{\"terminalId\":\"1\"}");
   ASSERT_EQ(LUMOInit(), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(LUMOClean(), 0);
-  EXPECT_EQ(folder_.Trace(), "LUMOClean()\n");
+  EXPECT_EQ(folder.Trace(), "LUMOClean()\n");
   EXPECT_STREQ(getTerminalId(), "1");
   EXPECT_EQ(CreateTransaction("1", "2"), -112);
   EXPECT_EQ(CloseTransaction(), 0);
@@ -206,7 +206,7 @@ TEST_F(Lifecycle, EveryCodeHasItsMessageAndNoLine) {
   for (const test::ResultCode &row : test::kResultCodes) {
     EXPECT_STREQ(GetErrorMessage(row.code), row.message) << row.code;
   }
-  EXPECT_EQ(folder_.Trace(), "");
+  EXPECT_EQ(folder.Trace(), "");
 }
 
 TEST_F(Lifecycle, EveryOtherCodeIsUnknown) {
@@ -225,7 +225,7 @@ TEST_F(Lifecycle, AnUnknownCodeIsTracedZeroIncluded) {
   EXPECT_STREQ(GetErrorMessage(0), "Неизвестная ошибка 0");
   EXPECT_STREQ(GetErrorMessage(5), "Неизвестная ошибка 5");
   EXPECT_STREQ(GetErrorMessage(-2147483647 - 1), "Неизвестная ошибка -2147483648");
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "WARNING: Unknown error code 0\nWARNING: Unknown error code 5\n"
             "WARNING: Unknown error code -2147483648\n");
 }

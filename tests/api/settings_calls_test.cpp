@@ -19,21 +19,21 @@ class SettingsCalls : public testing::Test {
   ~SettingsCalls() override { lumo::ReleaseSettings(); }
 
   void Load(const std::string &bytes) {
-    folder_.Write("CONFIG", bytes);
+    folder.Write("CONFIG", bytes);
     ASSERT_EQ(lumo::LoadConfig(), 0);
-    folder_.ClearTrace();
+    folder.ClearTrace();
   }
   static Host PingAddress() { return Host(getPingAddress(), &std::free); }
   static Host PingAltAddress() { return Host(getPingAltAddress(), &std::free); }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(SettingsCalls, TheTerminalIdIsHandedOutWithoutALine) {
   Load("{\"terminalId\":\"12345\"}");
   EXPECT_STREQ(getTerminalId(), "12345");
   EXPECT_EQ(getTerminalId(), lumo::Settings().terminalId);
-  EXPECT_EQ(folder_.Trace(), "");
+  EXPECT_EQ(folder.Trace(), "");
 }
 
 TEST_F(SettingsCalls, AnAbsentTerminalIdIsNull) {
@@ -49,7 +49,7 @@ TEST_F(SettingsCalls, EachAddressIsSplitAndTraced) {
   EXPECT_STREQ(PingAltAddress().get(), "10.0.0.6");
   EXPECT_EQ(getPingAltPort(), 80);
   EXPECT_EQ(
-      folder_.Trace(),
+      folder.Trace(),
       "getPingAddress: http://10.0.0.5:8080/loyalty/ -> [ip: \"10.0.0.5\"] port: 8080 webServ: \"/loyalty\"\n"
       "getPingPort: http://10.0.0.5:8080/loyalty/ -> ip: \"10.0.0.5\" [port: 8080] webServ: \"/loyalty\"\n"
       "getPingAltAddress: http://10.0.0.6:80/ -> [ip: \"10.0.0.6\"] port: 80 webServ: \"/\"\n"
@@ -60,7 +60,7 @@ TEST_F(SettingsCalls, AnAddressWithoutAPortIsRefused) {
   Load("{\"serverAddr\":\"http://10.0.0.5/\"}");
   EXPECT_STREQ(PingAddress().get(), "");
   EXPECT_EQ(getPingPort(), 0);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "getPingAddress: http://10.0.0.5/ -> [ip: \"\"] port: 0 webServ: \"\"\n"
             "getPingPort: http://10.0.0.5/ -> ip: \"\" [port: 0] webServ: \"\"\n");
 }
@@ -71,7 +71,7 @@ TEST_F(SettingsCalls, AbsentAddressesAreEmpty) {
   EXPECT_EQ(getPingPort(), 0);
   EXPECT_STREQ(PingAltAddress().get(), "");
   EXPECT_EQ(getPingAltPort(), 0);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "getPingAddress: (null) -> [ip: \"\"] port: 0 webServ: \"\"\n"
             "getPingPort: (null) -> ip: \"\" [port: 0] webServ: \"\"\n"
             "getPingAltAddress: (null) -> [ip: \"\"] port: 0 webServ: \"\"\n"

@@ -22,7 +22,7 @@ class ShiftCalls : public testing::Test {
     test::ReleaseClock();
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(ShiftCalls, AShiftFromOpeningToClosing) {
@@ -30,7 +30,7 @@ TEST_F(ShiftCalls, AShiftFromOpeningToClosing) {
   EXPECT_EQ(OpenShift("43"), -601);
   test::SetClock(2012, 12, 5, 20, 0, 0);
   EXPECT_EQ(CloseShift(), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"shiftId\":\"42\",\"shiftOpenDate\":\"2012-12-05T10:00:00Z\","
             "\"shiftCloseDate\":\"2012-12-05T20:00:00Z\",\"offline\":0,\"shiftState\":0,\"update\":0}");
   EXPECT_EQ(CloseShift(), 0);
@@ -39,23 +39,23 @@ TEST_F(ShiftCalls, AShiftFromOpeningToClosing) {
 TEST_F(ShiftCalls, NoShiftClosesOverAnOpenTransaction) {
   ASSERT_EQ(OpenShift("42"), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(CloseShift(), -603);
-  EXPECT_EQ(folder_.Trace(), "CloseShift\n");
+  EXPECT_EQ(folder.Trace(), "CloseShift\n");
   ASSERT_EQ(CloseTransaction(), 0);
   EXPECT_EQ(CloseShift(), 0);
 }
 
 TEST_F(ShiftCalls, LoadStateReadsTheFile) {
-  folder_.Write("STATE", "{\"update\":7}");
+  folder.Write("STATE", "{\"update\":7}");
   EXPECT_EQ(LoadState(), 0);
   EXPECT_EQ(getNeedUpdate(), 7);
-  folder_.Write("STATE", "[]");
+  folder.Write("STATE", "[]");
   EXPECT_EQ(LoadState(), -108);
 }
 
 TEST_F(ShiftCalls, InitStateEmptiesTheMemory) {
-  folder_.Write("STATE", "{\"update\":7}");
+  folder.Write("STATE", "{\"update\":7}");
   ASSERT_EQ(LoadState(), 0);
   EXPECT_EQ(InitState(), 0);
   EXPECT_EQ(getNeedUpdate(), 0);
@@ -63,16 +63,16 @@ TEST_F(ShiftCalls, InitStateEmptiesTheMemory) {
 
 TEST_F(ShiftCalls, TheOfflineFlagComesFromTheFile) {
   EXPECT_EQ(setOfflineState(1), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"offline\":1,\"shiftState\":0,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"offline\":1,\"shiftState\":0,\"update\":0}");
   EXPECT_EQ(getOfflineState(), 1);
-  folder_.Write("STATE", "{}");
+  folder.Write("STATE", "{}");
   EXPECT_EQ(getOfflineState(), 0);
 }
 
 TEST_F(ShiftCalls, TheUpdateFlagIsTheOneInMemory) {
   EXPECT_EQ(setNeedUpdate(1), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":1}");
-  folder_.Write("STATE", "{}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":1}");
+  folder.Write("STATE", "{}");
   EXPECT_EQ(getNeedUpdate(), 1);
 }
 

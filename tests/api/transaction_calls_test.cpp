@@ -48,22 +48,22 @@ class TransactionCalls : public testing::Test {
 
   // A started library with today's seventh RRN behind it.
   void Start(const std::string &address, const std::string &settings = "") {
-    folder_.Write("CONFIG",
-                  "{\"terminalId\":\"12345\",\"protocolVersion\":\"1.0\",\"serverAddr\":\"" + address +
-                      "\",\"serverAltAddr\":\"\",\"retailNetworkName\":\"Net\",\"timeout\":5,\"logSize\":100,"
-                      "\"receiptHeader\":\"Head\",\"receiptFooter\":\"Foot\"" +
-                      settings + "}");
-    folder_.Write("STATE", "{\"reqId\":\"1234512120500007\"}");
+    folder.Write("CONFIG",
+                 "{\"terminalId\":\"12345\",\"protocolVersion\":\"1.0\",\"serverAddr\":\"" + address +
+                     "\",\"serverAltAddr\":\"\",\"retailNetworkName\":\"Net\",\"timeout\":5,\"logSize\":100,"
+                     "\"receiptHeader\":\"Head\",\"receiptFooter\":\"Foot\"" +
+                     settings + "}");
+    folder.Write("STATE", "{\"reqId\":\"1234512120500007\"}");
     ASSERT_EQ(LUMOInit(), 0);
-    folder_.ClearTrace();
+    folder.ClearTrace();
   }
   void StartWithTransaction(const std::string &address, const std::string &settings = "") {
     Start(address, settings);
     ASSERT_EQ(CreateTransaction("9000000001", "7"), 0);
-    folder_.ClearTrace();
+    folder.ClearTrace();
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 std::string Answer(const std::string &name, const std::string &state, const std::string &code,
@@ -88,7 +88,7 @@ class WithoutTransaction : public TransactionCalls, public testing::WithParamInt
 
 TEST_P(WithoutTransaction, TracesAndAnswers) {
   EXPECT_EQ(GetParam().call(), GetParam().result);
-  EXPECT_EQ(folder_.Trace(), std::string(GetParam().trace) + kNoTransaction);
+  EXPECT_EQ(folder.Trace(), std::string(GetParam().trace) + kNoTransaction);
 }
 
 const LoneCall kLoneCalls[] = {
@@ -149,14 +149,14 @@ INSTANTIATE_TEST_SUITE_P(Calls, WithoutTransaction, testing::ValuesIn(kLoneCalls
 TEST_F(TransactionCalls, ClosingWithoutATransactionIsNoError) {
   EXPECT_EQ(CloseTransaction(), 0);
   EXPECT_EQ(CloseTransaction(), 0);
-  EXPECT_EQ(folder_.Trace(), "CloseTransaction()\nCloseTransaction()\n");
+  EXPECT_EQ(folder.Trace(), "CloseTransaction()\nCloseTransaction()\n");
 }
 
 TEST_F(TransactionCalls, WithoutATransactionTheServersStateIsEmpty) {
   EXPECT_STREQ(getResponseState(), "");
   EXPECT_STREQ(getResponseStateCode(), "");
   EXPECT_STREQ(getResponseMessage(), "");
-  EXPECT_EQ(folder_.Trace(), "getResponseState()\ngetResponseStateCode()\ngetResponseMessage()\n");
+  EXPECT_EQ(folder.Trace(), "getResponseState()\ngetResponseStateCode()\ngetResponseMessage()\n");
 }
 
 // ---- Creating and closing ----
@@ -164,7 +164,7 @@ TEST_F(TransactionCalls, WithoutATransactionTheServersStateIsEmpty) {
 TEST_F(TransactionCalls, ATransactionIsCreatedWithItsSlip) {
   Start("http://127.0.0.1:1/a");
   EXPECT_EQ(CreateTransaction("9000000001", "7"), 0);
-  EXPECT_THAT(folder_.Trace(), StartsWith("CreateTransaction [9000000001] [7]\nLoadState\n"));
+  EXPECT_THAT(folder.Trace(), StartsWith("CreateTransaction [9000000001] [7]\nLoadState\n"));
   EXPECT_STREQ(
       getReceiptHeaderPtr(),
       "Head\n2012/12/05      10:00:00\nТерминал          12345\n     *** КАРТА ***\n    9000000001\n");
@@ -175,7 +175,7 @@ TEST_F(TransactionCalls, ATransactionIsCreatedWithItsSlip) {
 TEST_F(TransactionCalls, NullTextsMakeATransactionWithEmptyFields) {
   Start("http://127.0.0.1:1/a");
   EXPECT_EQ(CreateTransaction(nullptr, nullptr), 0);
-  EXPECT_THAT(folder_.Trace(),
+  EXPECT_THAT(folder.Trace(),
               StartsWith("CreateTransaction [(null)] [(null)]\n"
                          "ERROR: trans_strcpy src == NULL\nERROR: trans_strcpy src == NULL\n"));
   ASSERT_NE(lumo::current_transaction, nullptr);
@@ -188,14 +188,14 @@ TEST_F(TransactionCalls, TheReceiptCallsTraceTheirEnginesNameAlone) {
   getReceiptHeaderPtr();
   getReceiptBodyPtr();
   getReceiptFooterPtr();
-  EXPECT_EQ(folder_.Trace(), "GetTransReceiptHeader\nGetTransReceiptBody\nGetTransReceiptFooter\n");
+  EXPECT_EQ(folder.Trace(), "GetTransReceiptHeader\nGetTransReceiptBody\nGetTransReceiptFooter\n");
 }
 
 TEST_F(TransactionCalls, ASecondTransactionIsRefusedAndTheFirstStays) {
   StartWithTransaction("http://127.0.0.1:1/a");
   const lumo::Transaction *first = lumo::current_transaction;
   EXPECT_EQ(CreateTransaction("2", "3"), -112);
-  EXPECT_EQ(folder_.Trace(), "CreateTransaction [2] [3]\nERROR: Transaction created already\n");
+  EXPECT_EQ(folder.Trace(), "CreateTransaction [2] [3]\nERROR: Transaction created already\n");
   EXPECT_EQ(lumo::current_transaction, first);
   EXPECT_STREQ(first->request.cardNum, "9000000001");
 }
@@ -204,8 +204,8 @@ TEST_F(TransactionCalls, ShiftModeNeedsAnOpenShift) {
   Start("http://127.0.0.1:1/a", ",\"shiftMode\":1");
   EXPECT_EQ(CreateTransaction("1", "2"), -602);
   EXPECT_EQ(lumo::current_transaction, nullptr);
-  EXPECT_THAT(folder_.Trace(), StartsWith("CreateTransaction [1] [2]\nLoadState\nparseJsonFile [STATE]\n"));
-  EXPECT_THAT(folder_.Trace(), EndsWith("ERROR: Shift mode is ON and shift not opened!\n"));
+  EXPECT_THAT(folder.Trace(), StartsWith("CreateTransaction [1] [2]\nLoadState\nparseJsonFile [STATE]\n"));
+  EXPECT_THAT(folder.Trace(), EndsWith("ERROR: Shift mode is ON and shift not opened!\n"));
   ASSERT_EQ(OpenShift("42"), 0);
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
   EXPECT_STREQ(lumo::current_transaction->request.shiftId, "42");
@@ -215,9 +215,9 @@ TEST_F(TransactionCalls, TheShiftIsCheckedBeforeTheOpenTransaction) {
   Start("http://127.0.0.1:1/a", ",\"shiftMode\":2");
   ASSERT_EQ(OpenShift("42"), 0);
   ASSERT_EQ(CreateTransaction("1", "2"), 0);
-  folder_.Write("STATE", "{\"shiftState\":0}");
+  folder.Write("STATE", "{\"shiftState\":0}");
   EXPECT_EQ(CreateTransaction("1", "2"), -602);
-  folder_.Write("STATE", "{\"shiftState\":1}");
+  folder.Write("STATE", "{\"shiftState\":1}");
   EXPECT_EQ(CreateTransaction("1", "2"), -112);
 }
 
@@ -232,7 +232,7 @@ TEST_F(TransactionCalls, AShiftModeOfZeroOrLessNeedsNoShift) {
 TEST_F(TransactionCalls, ClosingEndsTheTransaction) {
   StartWithTransaction("http://127.0.0.1:1/a");
   EXPECT_EQ(CloseTransaction(), 0);
-  EXPECT_EQ(folder_.Trace(), "CloseTransaction()\n");
+  EXPECT_EQ(folder.Trace(), "CloseTransaction()\n");
   EXPECT_EQ(lumo::current_transaction, nullptr);
   EXPECT_EQ(getReceiptBodyPtr(), nullptr);
   EXPECT_EQ(CreateTransaction("1", "2"), 0);
@@ -258,10 +258,10 @@ TEST_F(TransactionCalls, TheBalanceCountsGlobalAndLocalAccounts) {
                                "{\"accountType\":\"DISCOUNT\",\"availableAmount\":70,\"amount\":3}]}"));
   StartWithTransaction(server.address());
   EXPECT_EQ(BalanceProc(), 0);
-  EXPECT_THAT(folder_.Trace(), StartsWith("BalanceProc()\nBalanceProcess\nFillRequest(BALANCE)\n"));
-  folder_.ClearTrace();
+  EXPECT_THAT(folder.Trace(), StartsWith("BalanceProc()\nBalanceProcess\nFillRequest(BALANCE)\n"));
+  folder.ClearTrace();
   EXPECT_EQ(GetBalance(), 1250);
-  EXPECT_EQ(folder_.Trace(), "Ignore DISCOUNT 70\n");
+  EXPECT_EQ(folder.Trace(), "Ignore DISCOUNT 70\n");
   EXPECT_STREQ(getResponseState(), "SUCCESS");
   EXPECT_STREQ(getResponseStateCode(), "OK");
   EXPECT_STREQ(getResponseMessage(), "") << "a placeholder, whatever the server said";
@@ -288,7 +288,7 @@ TEST_F(TransactionCalls, TheRrnIsTheTerminalsLastOneAndNeedsNoTransaction) {
   EXPECT_EQ(getRRN(), nullptr);
   Start("http://127.0.0.1:1/a");
   EXPECT_STREQ(getRRN(), "1234512120500007");
-  EXPECT_EQ(folder_.Trace(), "getRRN()\n");
+  EXPECT_EQ(folder.Trace(), "getRRN()\n");
 }
 
 TEST_F(TransactionCalls, TheRrnHandedOutStaysUntilTheNextIsAskedFor) {
@@ -311,12 +311,12 @@ TEST_F(TransactionCalls, ThePaidBillsBonusesAreSummedByKind) {
       "{\"earned\":5,\"spend\":60,\"organizerFee\":3,\"accountType\":\"DISCOUNT\"}]}]}}"));
   StartWithTransaction(server.address());
   ASSERT_EQ(CreateAmountBill(10000, "BILL"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(PaymentProc(50, "BILL"), 0);
-  EXPECT_THAT(folder_.Trace(), StartsWith("PaymentProc(50, BILL)\nPaymentProcess\n"));
-  folder_.ClearTrace();
+  EXPECT_THAT(folder.Trace(), StartsWith("PaymentProc(50, BILL)\nPaymentProcess\n"));
+  folder.ClearTrace();
   EXPECT_EQ(GetEarnBonusAmount(), 130);
-  EXPECT_EQ(folder_.Trace(), "CountBonuses\nGood has 3 bonuses\n");
+  EXPECT_EQ(folder.Trace(), "CountBonuses\nGood has 3 bonuses\n");
   EXPECT_EQ(GetSpendBonusAmount(), 2400);
   EXPECT_EQ(GetDiscountAmount(), 60);
 }
@@ -333,9 +333,9 @@ class ActivationType : public TransactionCalls, public testing::WithParamInterfa
 
 TEST_P(ActivationType, IsTracedAsItsNumber) {
   EXPECT_EQ(ActivationProc(GetParam().type, nullptr, 1, "a", "c"), -100);
-  EXPECT_EQ(folder_.Trace(), "ActivationProc\n  activation_type [" + std::to_string(GetParam().number) +
-                                 "]\n  amount [1]\n  type [a]\n  refer_card_num [c]\nActivationProcess\n" +
-                                 kNoTransaction);
+  EXPECT_EQ(folder.Trace(), "ActivationProc\n  activation_type [" + std::to_string(GetParam().number) +
+                                "]\n  amount [1]\n  type [a]\n  refer_card_num [c]\nActivationProcess\n" +
+                                kNoTransaction);
 }
 
 const ActivationCase kActivations[] = {
@@ -375,7 +375,7 @@ TEST_F(TransactionCalls, ATypeGivenAsNumberIsSentAndPrintedAsItsText) {
 TEST_F(TransactionCalls, AnUnknownActivationTypeIsTheEnginesToRefuse) {
   StartWithTransaction("http://127.0.0.1:1/a");
   EXPECT_EQ(ActivationProc("GIFT", nullptr, 1, "LOCAL", nullptr), -102);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: Unknown enumiratoin for ActivationType [GIFT]\n"));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: Unknown enumiratoin for ActivationType [GIFT]\n"));
   EXPECT_EQ(ActivationProc(TypeNumber(3), nullptr, 1, "LOCAL", nullptr), -102);
 }
 
@@ -395,9 +395,9 @@ TEST_F(TransactionCalls, AnActivationsBillIsReadFromItsPath) {
 struct SentCall {
   const char *name;
   std::function<int()> call;
-  const char *answer_name;
-  const char *answer_parts;
-  const char *first_line;
+  const char *answerName;
+  const char *answerParts;
+  const char *firstLine;
   const char *method;
   const char *part;
 };
@@ -406,10 +406,10 @@ class Sent : public TransactionCalls, public testing::WithParamInterface<SentCal
 
 TEST_P(Sent, AsTheRegisterAsked) {
   const SentCall &row = GetParam();
-  ScriptedServer server(Answer(row.answer_name, "SUCCESS", "OK", row.answer_parts));
+  ScriptedServer server(Answer(row.answerName, "SUCCESS", "OK", row.answerParts));
   StartWithTransaction(server.address());
   EXPECT_EQ(row.call(), 0);
-  EXPECT_THAT(folder_.Trace(), StartsWith(row.first_line));
+  EXPECT_THAT(folder.Trace(), StartsWith(row.firstLine));
   ASSERT_EQ(server.requests().size(), 1U);
   EXPECT_THAT(server.requests()[0], StartsWith(row.method));
   EXPECT_THAT(server.requests()[0], HasSubstr(row.part));
@@ -438,9 +438,9 @@ TEST_F(TransactionCalls, TheReturnedSumIsTheServers) {
       Answer("putCashBackResponse", "SUCCESS", "OK", ",\"cashBackResult\":{\"returnedSum\":4000}"));
   StartWithTransaction(server.address());
   EXPECT_EQ(CashBackProc("1234512120500003", nullptr), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(GetCashBackResult(), 4000);
-  EXPECT_EQ(folder_.Trace(), "GetCashBackResultProcess\n");
+  EXPECT_EQ(folder.Trace(), "GetCashBackResultProcess\n");
 }
 
 TEST_F(TransactionCalls, APaymentsUnreadableBillHasTwoCodes) {
@@ -455,8 +455,8 @@ TEST_F(TransactionCalls, APaymentsUnreadableBillHasTwoCodes) {
 TEST_F(TransactionCalls, LinkingInAnOrdinaryTransactionAsksNobody) {
   StartWithTransaction("http://127.0.0.1:1/a");
   EXPECT_EQ(LinkCardProc("2"), 0);
-  EXPECT_THAT(folder_.Trace(), StartsWith("LinkCardProc(2)\nLinkCardProcess card [2]\n"));
-  EXPECT_THAT(folder_.Trace(), Not(HasSubstr("Connecting to")));
+  EXPECT_THAT(folder.Trace(), StartsWith("LinkCardProc(2)\nLinkCardProcess card [2]\n"));
+  EXPECT_THAT(folder.Trace(), Not(HasSubstr("Connecting to")));
 }
 
 // ---- The body's copy ----
@@ -467,7 +467,7 @@ TEST_F(TransactionCalls, AnEmptyBodyHasTheSizeOfItsTerminator) {
   char byte = 'x';
   EXPECT_EQ(getReceiptBody(&byte), 1);
   EXPECT_EQ(byte, '\0');
-  EXPECT_EQ(folder_.Trace(), "GetTransactionReceiptSize\nGetTransactionReceiptSize\n");
+  EXPECT_EQ(folder.Trace(), "GetTransactionReceiptSize\nGetTransactionReceiptSize\n");
 }
 
 TEST_F(TransactionCalls, TheBodyIsCopiedIntoABufferOfExactlyItsSize) {
@@ -484,17 +484,17 @@ TEST_F(TransactionCalls, TheBodyIsCopiedIntoABufferOfExactlyItsSize) {
 
 TEST_F(TransactionCalls, AnAmountBillIsOneLine) {
   EXPECT_EQ(CreateAmountBill(15000, "BILL.JSN"), 0);
-  EXPECT_EQ(folder_.Read("BILL.JSN"),
+  EXPECT_EQ(folder.Read("BILL.JSN"),
             "{\"totalSum\":15000,\"orderLen\":1,\"billNum\":\"1\",\"billDate\":\"2012-12-05T10:00:00Z\","
             "\"partnerFee\":1000,\"goodList\":{\"good\":[{\"title\":\"TOTAL_AMOUNT\",\"productCode\":\"008\","
             "\"positionCost\":15000,\"orderNum\":1,\"cnt\":1}]}}");
-  EXPECT_EQ(folder_.Trace(), "CreateAmountBill\n");
+  EXPECT_EQ(folder.Trace(), "CreateAmountBill\n");
 }
 
 TEST_F(TransactionCalls, AnAmountBillOfZeroReplacesALongerFile) {
-  folder_.Write("BILL.JSN", std::string(1000, 'x'));
+  folder.Write("BILL.JSN", std::string(1000, 'x'));
   EXPECT_EQ(CreateAmountBill(0, "BILL.JSN"), 0);
-  EXPECT_EQ(folder_.Read("BILL.JSN"),
+  EXPECT_EQ(folder.Read("BILL.JSN"),
             "{\"totalSum\":0,\"orderLen\":1,\"billNum\":\"1\",\"billDate\":\"2012-12-05T10:00:00Z\","
             "\"partnerFee\":1000,\"goodList\":{\"good\":[{\"title\":\"TOTAL_AMOUNT\",\"productCode\":\"008\","
             "\"positionCost\":0,\"orderNum\":1,\"cnt\":1}]}}");
@@ -502,15 +502,15 @@ TEST_F(TransactionCalls, AnAmountBillOfZeroReplacesALongerFile) {
 
 TEST_F(TransactionCalls, AnAmountBillIsNotJudged) {
   EXPECT_EQ(CreateAmountBill(-2147483647 - 1, "BILL.JSN"), 0);
-  EXPECT_THAT(folder_.Read("BILL.JSN"), StartsWith("{\"totalSum\":-2147483648,"));
+  EXPECT_THAT(folder.Read("BILL.JSN"), StartsWith("{\"totalSum\":-2147483648,"));
 }
 
 TEST_F(TransactionCalls, AnAmountBillThatCannotBeMade) {
   for (const char *path : {"NONE/BILL.JSN", "", static_cast<const char *>(nullptr)}) {
-    folder_.ClearTrace();
+    folder.ClearTrace();
     EXPECT_EQ(CreateAmountBill(1, path), -105);
-    EXPECT_THAT(folder_.Trace(), StartsWith("ERROR: CreateFile function failed with error "));
-    EXPECT_THAT(folder_.Trace(), EndsWith("\nCreateAmountBill\n"));
+    EXPECT_THAT(folder.Trace(), StartsWith("ERROR: CreateFile function failed with error "));
+    EXPECT_THAT(folder.Trace(), EndsWith("\nCreateAmountBill\n"));
   }
 }
 
@@ -518,9 +518,9 @@ TEST_F(TransactionCalls, AnAmountBillThatCannotBeMade) {
 
 TEST_F(TransactionCalls, AReplayOfNothingSendsNothing) {
   EXPECT_EQ(SendOfflinePayments(), 0);
-  EXPECT_THAT(folder_.Trace(),
+  EXPECT_THAT(folder.Trace(),
               StartsWith("SendOfflinePayments()\nOfflinePaymentsProcess\nGetOfflineRecords()\n"));
-  EXPECT_FALSE(folder_.Exists("OFFLINE"));
+  EXPECT_FALSE(folder.Exists("OFFLINE"));
 }
 
 TEST_F(TransactionCalls, APaymentCompletedOfflineIsReplayedWithoutATransaction) {
@@ -536,7 +536,7 @@ TEST_F(TransactionCalls, APaymentCompletedOfflineIsReplayedWithoutATransaction) 
   EXPECT_EQ(SendOfflinePayments(), 0) << "still unreachable";
   EXPECT_EQ(getOfflineState(), 1);
   ScriptedServer server(Answer("putPaymentResponse", "SUCCESS", "OK", ",\"bill\":{\"totalSum\":10000}"));
-  folder_.Write("CONFIG", "{\"serverAddr\":\"" + server.address() + "\",\"timeout\":5,\"offlineMode\":1}");
+  folder.Write("CONFIG", "{\"serverAddr\":\"" + server.address() + "\",\"timeout\":5,\"offlineMode\":1}");
   ASSERT_EQ(LUMOInit(), 0);
   EXPECT_EQ(SendOfflinePayments(), 1);
   EXPECT_EQ(getOfflineState(), 0);

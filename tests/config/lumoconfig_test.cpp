@@ -23,23 +23,23 @@ class Config : public testing::Test {
 
   // Loads CONFIG with these bytes.
   int Load(const std::string &bytes) {
-    folder_.Write("CONFIG", kConfigBom + bytes);
+    folder.Write("CONFIG", kConfigBom + bytes);
     return lumo::LoadConfig();
   }
   void MakeDirectory(const std::string &name) {
-    std::filesystem::create_directory(std::filesystem::u8path(folder_.path() + name));
+    std::filesystem::create_directory(std::filesystem::u8path(folder.path() + name));
   }
   // What a load of CONFIG traces after the reader's own lines.
   std::string SettingLines(const std::string &bytes) {
-    folder_.ClearTrace();
+    folder.ClearTrace();
     Load(bytes);
     const std::string head = "LoadConfig\nparseJsonFile [CONFIG]\nByte Order Mark skipping\n";
-    const std::string trace = folder_.Trace();
+    const std::string trace = folder.Trace();
     EXPECT_EQ(trace.substr(0, head.size()), head);
     return trace.size() > head.size() ? trace.substr(head.size()) : "";
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(Config, EverySettingIsStoredAndTraced) {
@@ -256,77 +256,77 @@ TEST_F(Config, ReleaseSettingsLeavesNoText) {
 
 TEST_F(Config, InitConfigOnlyTraces) {
   ASSERT_EQ(Load("{\"timeout\":5}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::InitConfig(), 0);
-  EXPECT_EQ(folder_.Trace(), "InitConfig()\n");
+  EXPECT_EQ(folder.Trace(), "InitConfig()\n");
   EXPECT_EQ(lumo::Settings().timeout, 5);
 }
 
 // ---- Files ----
 
 TEST_F(Config, AGoodDeliveryIsMoved) {
-  folder_.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
+  folder.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
   EXPECT_EQ(lumo::LoadNewConfig(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
-  EXPECT_FALSE(folder_.Exists("CONFIG.JSN"));
-  EXPECT_EQ(folder_.Read("CONFIG"), kConfigBom + "{\"timeout\":5}");
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_FALSE(folder.Exists("CONFIG.JSN"));
+  EXPECT_EQ(folder.Read("CONFIG"), kConfigBom + "{\"timeout\":5}");
+  EXPECT_EQ(folder.Trace(),
             "LoadNewConfig\nparseJsonFile [CONFIG.JSN]\nByte Order Mark skipping\nTimeout [5]\n");
 }
 
 TEST_F(Config, ADeliveryDoesNotReplaceTheSettingsInForceButIsUsed) {
-  folder_.Write("CONFIG", "{\"timeout\":1}");
-  folder_.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
+  folder.Write("CONFIG", "{\"timeout\":1}");
+  folder.Write("CONFIG.JSN", kConfigBom + "{\"timeout\":5}");
   EXPECT_EQ(lumo::LoadNewConfig(), 0);
   EXPECT_EQ(lumo::Settings().timeout, 5);
-  EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
-  EXPECT_EQ(folder_.Read("CONFIG"), "{\"timeout\":1}");
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_TRUE(folder.Exists("CONFIG.JSN"));
+  EXPECT_EQ(folder.Read("CONFIG"), "{\"timeout\":1}");
+  EXPECT_EQ(folder.Trace(),
             "LoadNewConfig\nparseJsonFile [CONFIG.JSN]\nByte Order Mark skipping\nTimeout [5]\n"
             "ERROR: Cant save new config!\n");
 }
 
 TEST_F(Config, ABadDeliveryStaysWhereItIs) {
-  folder_.Write("CONFIG.JSN", kConfigBom + "[]");
+  folder.Write("CONFIG.JSN", kConfigBom + "[]");
   EXPECT_EQ(lumo::LoadNewConfig(), -111);
-  EXPECT_TRUE(folder_.Exists("CONFIG.JSN"));
-  EXPECT_FALSE(folder_.Exists("CONFIG"));
+  EXPECT_TRUE(folder.Exists("CONFIG.JSN"));
+  EXPECT_FALSE(folder.Exists("CONFIG"));
 }
 
 TEST_F(Config, AMissingDelivery) {
   EXPECT_EQ(lumo::LoadNewConfig(), -307);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "LoadNewConfig\nparseJsonFile [CONFIG.JSN]\nERROR: CreateFile function failed with error 2\n"
             "ERROR: parserJsonFile error [-307]\n");
 }
 
 TEST_F(Config, AMissingConfig) {
   EXPECT_EQ(lumo::LoadConfig(), -307);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "LoadConfig\nparseJsonFile [CONFIG]\nERROR: CreateFile function failed with error 2\n"
             "ERROR: parserJsonFile error [-307]\n");
 }
 
 TEST_F(Config, LoadConfigMovesNothing) {
   ASSERT_EQ(Load("{}"), 0);
-  EXPECT_TRUE(folder_.Exists("CONFIG"));
-  EXPECT_FALSE(folder_.Exists("CONFIG.JSN"));
+  EXPECT_TRUE(folder.Exists("CONFIG"));
+  EXPECT_FALSE(folder.Exists("CONFIG.JSN"));
 }
 
 TEST_F(Config, ASyntaxError) {
   EXPECT_EQ(Load("{\"timeout\":5,}"), -303);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: parserJsonFile error [-303]\n"));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: parserJsonFile error [-303]\n"));
 }
 
 TEST_F(Config, AnEmptyFile) {
-  folder_.Write("CONFIG", "");
+  folder.Write("CONFIG", "");
   EXPECT_EQ(lumo::LoadConfig(), -111);
-  EXPECT_EQ(folder_.Trace(), "LoadConfig\nparseJsonFile [CONFIG]\nERROR: Config json root is NULL!\n");
+  EXPECT_EQ(folder.Trace(), "LoadConfig\nparseJsonFile [CONFIG]\nERROR: Config json root is NULL!\n");
 }
 
 TEST_F(Config, ATextAlone) {
   EXPECT_EQ(Load("\"terminalId\""), -111);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: Config json root is NULL!\n"));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: Config json root is NULL!\n"));
 }
 
 TEST_F(Config, AnArrayFailsWithoutALine) {
@@ -342,27 +342,27 @@ TEST_F(Config, SavesInItsOwnOrder) {
            "\"offlinePath\":\"off\",\"retailNetworkName\":\"net\",\"serverAltAddr\":\"alt\","
            "\"serverAddr\":\"main\",\"protocolVersion\":\"1.0\",\"terminalId\":\"12\\\"345\"}"),
       0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::SaveConfig(), 0);
-  EXPECT_EQ(folder_.Read("CONFIG"),
+  EXPECT_EQ(folder.Read("CONFIG"),
             "{\"serverAddr\":\"main\",\"serverAltAddr\":\"alt\",\"retailNetworkName\":\"net\","
             "\"terminalId\":\"12\\\"345\",\"protocolVersion\":\"1.0\",\"offlineMode\":1,"
             "\"localBonusOffline\":3,\"globalBonusOffline\":4,\"orgFeeOffline\":5,\"offlinePath\":\"off\","
             "\"timeout\":30,\"logPath\":\"log\",\"logSize\":300,\"receiptPath\":\"rec\",\"shiftMode\":1,"
             "\"receiptHeader\":\"H\",\"receiptFooter\":\"F\"}");
-  EXPECT_EQ(folder_.Trace(), "");
+  EXPECT_EQ(folder.Trace(), "");
 }
 
 TEST_F(Config, SavesTheFlagsAloneWhenNothingIsSet) {
   ASSERT_EQ(Load("{\"sslMode\":1,\"sslKey\":\"k\"}"), 0);
   EXPECT_EQ(lumo::SaveConfig(), 0);
-  EXPECT_EQ(folder_.Read("CONFIG"), "{\"offlineMode\":0,\"shiftMode\":0}");
+  EXPECT_EQ(folder.Read("CONFIG"), "{\"offlineMode\":0,\"shiftMode\":0}");
 }
 
 TEST_F(Config, SavesAnEmptyTextAndANegativeFlag) {
   ASSERT_EQ(Load("{\"terminalId\":\"\",\"shiftMode\":-1,\"timeout\":-5}"), 0);
   EXPECT_EQ(lumo::SaveConfig(), 0);
-  EXPECT_EQ(folder_.Read("CONFIG"), "{\"terminalId\":\"\",\"offlineMode\":0,\"timeout\":-5,\"shiftMode\":1}");
+  EXPECT_EQ(folder.Read("CONFIG"), "{\"terminalId\":\"\",\"offlineMode\":0,\"timeout\":-5,\"shiftMode\":1}");
 }
 
 TEST_F(Config, WhatIsSavedLoadsAgain) {
@@ -378,15 +378,15 @@ TEST_F(Config, WhatIsSavedLoadsAgain) {
 TEST_F(Config, CannotSaveOverAFolder) {
   MakeDirectory("CONFIG");
   EXPECT_EQ(lumo::SaveConfig(), -107);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: CreateFile function failed with error "));
-  EXPECT_THAT(folder_.Trace(), Not(HasSubstr("WARNING")));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: CreateFile function failed with error "));
+  EXPECT_THAT(folder.Trace(), Not(HasSubstr("WARNING")));
 }
 
 TEST_F(Config, OfATextGivenManyTimesOnlyTheLastIsKept) {
   const auto mallocs_of_load = [&](int first, int last) {
     std::string bytes = "{\"x\":0";
     for (int i = first; i <= last; ++i) bytes += ",\"terminalId\":\"" + std::to_string(i) + "\"";
-    folder_.Write("CONFIG", bytes + "}");
+    folder.Write("CONFIG", bytes + "}");
     const int before = test::CountAllocations().mallocs;
     EXPECT_EQ(lumo::LoadConfig(), 0);
     EXPECT_EQ(lumo::Settings().terminalId, std::to_string(last));

@@ -26,25 +26,25 @@ class State : public testing::Test {
   }
 
   int Load(const std::string &bytes) {
-    folder_.Write("STATE", kStateBom + bytes);
-    folder_.ClearTrace();
+    folder.Write("STATE", kStateBom + bytes);
+    folder.ClearTrace();
     return lumo::LoadState();
   }
   // What a load of these bytes traces after the reader's own lines.
   std::string StateLines(const std::string &bytes) {
     Load(bytes);
     const std::string head = "LoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n";
-    const std::string trace = folder_.Trace();
+    const std::string trace = folder.Trace();
     EXPECT_EQ(trace.substr(0, head.size()), head);
     return trace.size() > head.size() ? trace.substr(head.size()) : "";
   }
   // STATE can be neither read nor written.
   void BlockState() {
-    folder_.Remove("STATE");
-    std::filesystem::create_directory(std::filesystem::u8path(folder_.path() + "STATE"));
+    folder.Remove("STATE");
+    std::filesystem::create_directory(std::filesystem::u8path(folder.path() + "STATE"));
   }
 
-  test::Folder folder_;
+  test::Folder folder;
 };
 
 TEST_F(State, EveryMemberIsLoaded) {
@@ -88,14 +88,14 @@ TEST_F(State, EveryLoadBeginsWithAnEmptyState) {
 
 TEST_F(State, AMissingFileIsMade) {
   EXPECT_EQ(lumo::LoadState(), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{}");
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Read("STATE"), "{}");
+  EXPECT_EQ(folder.Trace(),
             "LoadState\nparseJsonFile [STATE]\nERROR: CreateFile function failed with error 2\n");
 }
 
 TEST_F(State, ADamagedFileGivesWayToAnEmptyOne) {
   EXPECT_EQ(Load("{\"shiftId\":\"42\",\"shiftState\":1,}"), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{}");
+  EXPECT_EQ(folder.Read("STATE"), "{}");
   EXPECT_EQ(lumo::GetShiftId(), nullptr);
   EXPECT_EQ(lumo::GetShiftState(), 0);
 }
@@ -103,7 +103,7 @@ TEST_F(State, ADamagedFileGivesWayToAnEmptyOne) {
 TEST_F(State, AFileWithAByteTooManyIsDamaged) {
   for (const char *text : {"{\"shiftState\":1}/", "{\"shiftState\":1}#", "{\"shiftState\":1}}"}) {
     EXPECT_EQ(Load(text), 0) << text;
-    EXPECT_EQ(folder_.Read("STATE"), "{}") << text;
+    EXPECT_EQ(folder.Read("STATE"), "{}") << text;
     EXPECT_EQ(lumo::GetShiftState(), 0) << text;
   }
 }
@@ -114,20 +114,20 @@ TEST_F(State, AFileThatCannotBeMade) {
 }
 
 TEST_F(State, AnEmptyFileIsRefused) {
-  folder_.Write("STATE", "");
+  folder.Write("STATE", "");
   EXPECT_EQ(lumo::LoadState(), -108);
-  EXPECT_EQ(folder_.Trace(), "LoadState\nparseJsonFile [STATE]\nERROR: State json root is NULL!\n");
-  EXPECT_EQ(folder_.Read("STATE"), "");
+  EXPECT_EQ(folder.Trace(), "LoadState\nparseJsonFile [STATE]\nERROR: State json root is NULL!\n");
+  EXPECT_EQ(folder.Read("STATE"), "");
 }
 
 TEST_F(State, ANumberAloneIsRefused) {
   EXPECT_EQ(Load("5"), -108);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: State json root is NULL!\n"));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: State json root is NULL!\n"));
 }
 
 TEST_F(State, AnArrayIsRefused) {
   EXPECT_EQ(Load("[1]"), -108);
-  EXPECT_THAT(folder_.Trace(), HasSubstr("ERROR: State json structure error!\n"));
+  EXPECT_THAT(folder.Trace(), HasSubstr("ERROR: State json structure error!\n"));
 }
 
 struct StateLine {
@@ -236,26 +236,26 @@ TEST_F(State, SavesItsMembersInOrder) {
       Load("{\"update\":3,\"shiftState\":2,\"offline\":1,\"shiftCloseDate\":\"c\",\"shiftOpenDate\":\"o\","
            "\"shiftId\":\"4\\\"2\",\"reqId\":\"7\"}"),
       0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::SaveState(), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"reqId\":\"7\",\"shiftId\":\"4\\\"2\",\"shiftOpenDate\":\"o\",\"shiftCloseDate\":\"c\","
             "\"offline\":1,\"shiftState\":2,\"update\":3}");
-  EXPECT_EQ(folder_.Trace(), "SaveState\n");
+  EXPECT_EQ(folder.Trace(), "SaveState\n");
 }
 
 TEST_F(State, SavesTheNumbersAloneWhenNothingIsSet) {
   ASSERT_EQ(Load("{}"), 0);
   EXPECT_EQ(lumo::SaveState(), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":0}");
 }
 
 TEST_F(State, CannotBeSaved) {
   BlockState();
   EXPECT_EQ(lumo::SaveState(), -110);
-  EXPECT_THAT(folder_.Trace(),
+  EXPECT_THAT(folder.Trace(),
               testing::StartsWith("SaveState\nERROR: CreateFile function failed with error "));
-  EXPECT_THAT(folder_.Trace(), testing::EndsWith("\nWARNING: SaveState: Cant open file!\n"));
+  EXPECT_THAT(folder.Trace(), testing::EndsWith("\nWARNING: SaveState: Cant open file!\n"));
 }
 
 TEST_F(State, EverySetterReportsAStateThatCannotBeSaved) {
@@ -271,39 +271,39 @@ TEST_F(State, EverySetterReportsAStateThatCannotBeSaved) {
 
 TEST_F(State, EverySetterSavesAtOnce) {
   ASSERT_EQ(Load("{}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::SetShiftId("42"), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"shiftId\":\"42\",\"offline\":0,\"shiftState\":0,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"shiftId\":\"42\",\"offline\":0,\"shiftState\":0,\"update\":0}");
   EXPECT_EQ(lumo::SetShiftState(1), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"shiftId\":\"42\",\"offline\":0,\"shiftState\":1,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"shiftId\":\"42\",\"offline\":0,\"shiftState\":1,\"update\":0}");
   EXPECT_EQ(lumo::SetShiftOpenDate("o"), 0);
   EXPECT_EQ(lumo::SetShiftCloseDate("c"), 0);
   EXPECT_EQ(
-      folder_.Read("STATE"),
+      folder.Read("STATE"),
       "{\"shiftId\":\"42\",\"shiftOpenDate\":\"o\",\"shiftCloseDate\":\"c\",\"offline\":0,\"shiftState\":1,"
       "\"update\":0}");
   EXPECT_EQ(lumo::SetOfflineState(5), 0);
   EXPECT_EQ(lumo::SetNeedUpdate(-6), 0);
   EXPECT_EQ(lumo::SetRequestId("7"), 0);
   EXPECT_EQ(
-      folder_.Read("STATE"),
+      folder.Read("STATE"),
       "{\"reqId\":\"7\",\"shiftId\":\"42\",\"shiftOpenDate\":\"o\",\"shiftCloseDate\":\"c\",\"offline\":5,"
       "\"shiftState\":1,\"update\":-6}");
-  EXPECT_EQ(folder_.Trace(), "SaveState\nSaveState\nSaveState\nSaveState\nSaveState\nSaveState\nSaveState\n");
+  EXPECT_EQ(folder.Trace(), "SaveState\nSaveState\nSaveState\nSaveState\nSaveState\nSaveState\nSaveState\n");
 }
 
 TEST_F(State, ANullRequestIdIsIgnored) {
   ASSERT_EQ(Load("{\"reqId\":\"7\"}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::SetRequestId(nullptr), 0);
   EXPECT_STREQ(lumo::RequestId(), "7");
-  EXPECT_EQ(folder_.Trace(), "");
+  EXPECT_EQ(folder.Trace(), "");
 }
 
 TEST_F(State, AnEmptyRequestIdIsStored) {
   ASSERT_EQ(Load("{\"reqId\":\"7\"}"), 0);
   EXPECT_EQ(lumo::SetRequestId(""), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"reqId\":\"\",\"offline\":0,\"shiftState\":0,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"reqId\":\"\",\"offline\":0,\"shiftState\":0,\"update\":0}");
 }
 
 TEST_F(State, TheCopyOfTheRequestIdOutlivesChangesAndReloads) {
@@ -320,7 +320,7 @@ TEST_F(State, SettersTakeTheirOwnText) {
   EXPECT_EQ(lumo::SetShiftId(lumo::GetShiftId()), 0);
   EXPECT_EQ(lumo::SetShiftOpenDate(lumo::GetShiftOpenDate()), 0);
   EXPECT_EQ(lumo::SetRequestId(lumo::RequestId()), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"reqId\":\"7\",\"shiftId\":\"42\",\"shiftOpenDate\":\"o\",\"offline\":0,\"shiftState\":0,"
             "\"update\":0}");
 }
@@ -330,34 +330,34 @@ TEST_F(State, SettersTakeNull) {
   EXPECT_EQ(lumo::SetShiftId(nullptr), 0);
   EXPECT_EQ(lumo::SetShiftOpenDate(nullptr), 0);
   EXPECT_EQ(lumo::SetShiftCloseDate(nullptr), 0);
-  EXPECT_EQ(folder_.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":0}");
+  EXPECT_EQ(folder.Read("STATE"), "{\"offline\":0,\"shiftState\":0,\"update\":0}");
 }
 
 TEST_F(State, TheFileIsTheAuthority) {
   ASSERT_EQ(Load("{\"shiftState\":0,\"offline\":0,\"shiftId\":\"1\",\"update\":0}"), 0);
-  folder_.Write("STATE",
-                "{\"shiftState\":1,\"offline\":1,\"shiftId\":\"2\",\"update\":1,\"shiftOpenDate\":\"o\"}");
+  folder.Write("STATE",
+               "{\"shiftState\":1,\"offline\":1,\"shiftId\":\"2\",\"update\":1,\"shiftOpenDate\":\"o\"}");
   EXPECT_EQ(lumo::GetNeedUpdate(), 0) << "as held in memory";
   EXPECT_EQ(lumo::GetShiftState(), 1);
-  folder_.Write("STATE", "{\"offline\":1}");
+  folder.Write("STATE", "{\"offline\":1}");
   EXPECT_EQ(lumo::GetOfflineState(), 1);
-  folder_.Write("STATE", "{\"shiftId\":\"3\"}");
+  folder.Write("STATE", "{\"shiftId\":\"3\"}");
   EXPECT_STREQ(lumo::GetShiftId(), "3");
-  folder_.Write("STATE", "{\"shiftOpenDate\":\"p\"}");
+  folder.Write("STATE", "{\"shiftOpenDate\":\"p\"}");
   EXPECT_STREQ(lumo::GetShiftOpenDate(), "p");
-  folder_.Write("STATE", "{\"shiftCloseDate\":\"q\",\"update\":1}");
+  folder.Write("STATE", "{\"shiftCloseDate\":\"q\",\"update\":1}");
   EXPECT_STREQ(lumo::GetShiftCloseDate(), "q");
   EXPECT_EQ(lumo::GetNeedUpdate(), 1);
 }
 
 TEST_F(State, InitStateEmptiesTheMemoryAndLeavesTheFile) {
   ASSERT_EQ(Load("{\"reqId\":\"7\",\"update\":1}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::InitState(), 0);
-  EXPECT_EQ(folder_.Trace(), "InitState\n");
+  EXPECT_EQ(folder.Trace(), "InitState\n");
   EXPECT_EQ(lumo::RequestId(), nullptr);
   EXPECT_EQ(lumo::GetNeedUpdate(), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"reqId\":\"7\",\"update\":1}");
+  EXPECT_EQ(folder.Read("STATE"), kStateBom + "{\"reqId\":\"7\",\"update\":1}");
 }
 
 TEST_F(State, ReleaseStateEmptiesTheMemory) {
@@ -371,28 +371,28 @@ TEST_F(State, ReleaseStateEmptiesTheMemory) {
 
 TEST_F(State, TheFirstShiftWithoutAnIdentifierHasAnEmptyOne) {
   EXPECT_EQ(lumo::OpenShift(nullptr), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"shiftId\":\"\",\"shiftOpenDate\":\"2012-12-05T10:00:00Z\",\"offline\":0,\"shiftState\":1,"
             "\"update\":0}");
 }
 
 TEST_F(State, OpeningAShiftLoadsOnceAndSavesThreeTimes) {
-  folder_.Write("STATE", kStateBom + "{}");
+  folder.Write("STATE", kStateBom + "{}");
   EXPECT_EQ(lumo::OpenShift("42"), 0);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "OpenShift \nLoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\n"
             "SaveState\nSaveState\nSaveState\n");
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"shiftId\":\"42\",\"shiftOpenDate\":\"2012-12-05T10:00:00Z\",\"offline\":0,\"shiftState\":1,"
             "\"update\":0}");
 }
 
 TEST_F(State, ASecondOpeningIsRefused) {
   ASSERT_EQ(lumo::OpenShift("42"), 0);
-  const std::string before = folder_.Read("STATE");
+  const std::string before = folder.Read("STATE");
   test::SetClock(2012, 12, 5, 11, 0, 0);
   EXPECT_EQ(lumo::OpenShift("43"), -601);
-  EXPECT_EQ(folder_.Read("STATE"), before);
+  EXPECT_EQ(folder.Read("STATE"), before);
   EXPECT_STREQ(lumo::GetShiftId(), "42");
 }
 
@@ -407,7 +407,7 @@ TEST_F(State, AShiftWithoutAnIdentifierTakesThePreviousOpeningTime) {
   ASSERT_EQ(lumo::CloseShift(false), 0);
   test::SetClock(2012, 12, 6, 8, 0, 0);
   EXPECT_EQ(lumo::OpenShift(nullptr), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"shiftId\":\"2012-12-05T10:00:00Z\",\"shiftOpenDate\":\"2012-12-06T08:00:00Z\","
             "\"shiftCloseDate\":\"2012-12-05T20:00:00Z\",\"offline\":0,\"shiftState\":1,\"update\":0}");
 }
@@ -415,7 +415,7 @@ TEST_F(State, AShiftWithoutAnIdentifierTakesThePreviousOpeningTime) {
 TEST_F(State, AnEmptyIdentifierIsGiven) {
   ASSERT_EQ(Load("{\"shiftOpenDate\":\"o\"}"), 0);
   EXPECT_EQ(lumo::OpenShift(""), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"shiftId\":\"\",\"shiftOpenDate\":\"2012-12-05T10:00:00Z\",\"offline\":0,\"shiftState\":1,"
             "\"update\":0}");
 }
@@ -429,7 +429,7 @@ TEST_F(State, OpenShiftTakesTheRecordsOwnIdentifier) {
 TEST_F(State, OpenShiftKeepsTheOtherMembers) {
   ASSERT_EQ(Load("{\"reqId\":\"7\",\"offline\":1,\"update\":1,\"shiftCloseDate\":\"c\"}"), 0);
   ASSERT_EQ(lumo::OpenShift("1"), 0);
-  EXPECT_EQ(folder_.Read("STATE"),
+  EXPECT_EQ(folder.Read("STATE"),
             "{\"reqId\":\"7\",\"shiftId\":\"1\",\"shiftOpenDate\":\"2012-12-05T10:00:00Z\","
             "\"shiftCloseDate\":\"c\","
             "\"offline\":1,\"shiftState\":1,\"update\":1}");
@@ -443,34 +443,34 @@ TEST_F(State, OpenShiftDoesNotReportAStateThatCannotBeSaved) {
 
 TEST_F(State, ClosingAShiftSavesTwice) {
   ASSERT_EQ(Load("{\"shiftId\":\"42\",\"shiftOpenDate\":\"o\",\"shiftState\":1}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::CloseShift(false), 0);
-  EXPECT_EQ(folder_.Trace(),
+  EXPECT_EQ(folder.Trace(),
             "CloseShift\nLoadState\nparseJsonFile [STATE]\nByte Order Mark skipping\nSaveState\nSaveState\n");
   EXPECT_EQ(
-      folder_.Read("STATE"),
+      folder.Read("STATE"),
       "{\"shiftId\":\"42\",\"shiftOpenDate\":\"o\",\"shiftCloseDate\":\"2012-12-05T10:00:00Z\",\"offline\":0,"
       "\"shiftState\":0,\"update\":0}");
 }
 
 TEST_F(State, ClosingWithATransactionIsRefusedBeforeAnything) {
   ASSERT_EQ(Load("{\"shiftState\":1}"), 0);
-  folder_.ClearTrace();
+  folder.ClearTrace();
   EXPECT_EQ(lumo::CloseShift(true), -603);
-  EXPECT_EQ(folder_.Trace(), "CloseShift\n");
+  EXPECT_EQ(folder.Trace(), "CloseShift\n");
   EXPECT_EQ(lumo::GetShiftState(), 1);
 }
 
 TEST_F(State, ClosingAClosedShiftWritesNothing) {
   ASSERT_EQ(Load("{\"shiftState\":0}"), 0);
   EXPECT_EQ(lumo::CloseShift(false), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"shiftState\":0}");
+  EXPECT_EQ(folder.Read("STATE"), kStateBom + "{\"shiftState\":0}");
 }
 
 TEST_F(State, OnlyShiftStateOneIsOpenForCloseShift) {
   ASSERT_EQ(Load("{\"shiftState\":2}"), 0);
   EXPECT_EQ(lumo::CloseShift(false), 0);
-  EXPECT_EQ(folder_.Read("STATE"), kStateBom + "{\"shiftState\":2}");
+  EXPECT_EQ(folder.Read("STATE"), kStateBom + "{\"shiftState\":2}");
 }
 
 }  // namespace

@@ -50,28 +50,28 @@ class Payment : public testing::Test {
         R"("responseDate":"2024-05-17T10:42:06Z","requestState":"SUCCESS","requestStateCode":"OK",)"
         R"("message":"Операция выполнена успешно","isNeedUpdate":false},"bill":)" +
         bench::MakeBill(kGoods) + "}}";
-    server_ = std::make_unique<test::ScriptedServer>(std::vector<test::Answer>(2, test::Answer{{answer}}));
-    folder_.Write(
+    server = std::make_unique<test::ScriptedServer>(std::vector<test::Answer>(2, test::Answer{{answer}}));
+    folder.Write(
         "CONFIG",
-        R"({"terminalId":"12345","protocolVersion":"1.0","serverAddr":")" + server_->address() +
+        R"({"terminalId":"12345","protocolVersion":"1.0","serverAddr":")" + server->address() +
             R"(","serverAltAddr":"http://127.0.0.1:1/","retailNetworkName":"Сеть","timeout":5,)"
             R"("offlineMode":1,"logSize":1000,"receiptHeader":"Магазин","receiptFooter":"Спасибо"})");
-    folder_.Write("STATE",
-                  R"({"reqId":"1234512120500007","shiftId":"42","offline":0,"shiftState":1,"update":0})");
+    folder.Write("STATE",
+                 R"({"reqId":"1234512120500007","shiftId":"42","offline":0,"shiftState":1,"update":0})");
     EXPECT_EQ(LUMOInit(), 0);
   }
 
-  void WriteBill() const { folder_.Write("BILL.JSN", bench::MakeUnpaidBill(kGoods)); }
+  void WriteBill() const { folder.Write("BILL.JSN", bench::MakeUnpaidBill(kGoods)); }
 
-  test::Folder folder_;
-  std::unique_ptr<test::ScriptedServer> server_;
+  test::Folder folder;
+  std::unique_ptr<test::ScriptedServer> server;
 };
 
 TEST_F(Payment, OfTenGoodsStaysWithinItsGoals) {
   WriteBill();
   ASSERT_EQ(Pay(), 0);  // what happens only once has happened
   WriteBill();
-  folder_.ClearTrace();
+  folder.ClearTrace();
   const bench::Cost cost = CountCost([] {
     if (Pay() != 0) std::abort();
   });
@@ -80,7 +80,7 @@ TEST_F(Payment, OfTenGoodsStaysWithinItsGoals) {
   EXPECT_LE(cost.systemCalls, 900U);
   EXPECT_LE(cost.heapCalls, 80U);
   // All of it was done: the trace of the payment goes on to its end.
-  const std::string trace = folder_.Trace();
+  const std::string trace = folder.Trace();
   EXPECT_NE(trace.find(" title [Кофе натуральный жареный молотый 250 г]\n"), std::string::npos);
   EXPECT_NE(trace.find("Good has 2 bonuses\n"), std::string::npos);
   EXPECT_EQ(trace.substr(trace.size() - 19), "CloseTransaction()\n");

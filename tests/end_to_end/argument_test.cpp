@@ -356,13 +356,13 @@ class Fatal : public test::Register {
  protected:
   ~Fatal() override {
     std::error_code ignored;
-    if (!childs_folder.empty()) std::filesystem::remove_all(std::filesystem::u8path(childs_folder), ignored);
+    if (!childsFolder.empty()) std::filesystem::remove_all(std::filesystem::u8path(childsFolder), ignored);
   }
 
   std::string TraceOf(const std::string &said) {
     const size_t from = said.rfind('[') + 1;
     const std::string folder = said.substr(from, said.rfind(']') - from);
-    if (folder != shop.folder()) childs_folder = folder;
+    if (folder != shop.folder()) childsFolder = folder;
     std::ifstream trace(std::filesystem::u8path(folder + "TRACE.TXT"));
     return {std::istreambuf_iterator<char>(trace), std::istreambuf_iterator<char>()};
   }
@@ -374,7 +374,7 @@ class Fatal : public test::Register {
                                             testing::EndsWith(": Stack overflow!\n")));
   }
 
-  std::string childs_folder;
+  std::string childsFolder;
 };
 
 bool EndedAsFatal(int status) {

@@ -216,7 +216,7 @@ struct Spoilt {
   const char *name;
   const char *fault;
   int code;
-  bool is_done;
+  bool isDone;
 };
 
 void PrintTo(const Spoilt &spoilt, std::ostream *out) {
@@ -247,10 +247,10 @@ TEST_P(SpoiltAnswer, HasItsCodeAndThePaymentIsDoneOrNot) {
   bench.SetFault(loyalty::ParseFault(GetParam().fault));
   EXPECT_EQ(Pay(1), GetParam().code);
   ComeBack();
-  EXPECT_EQ(StateOf(kFirstRrn), GetParam().is_done ? "held" : "unknown");
+  EXPECT_EQ(StateOf(kFirstRrn), GetParam().isDone ? "held" : "unknown");
   // Asked for, it is gone in any case, and the terminal sells on.
   const int code = shop.PaymentCancelProc(kFirstRrn);
-  if (GetParam().is_done) {
+  if (GetParam().isDone) {
     EXPECT_EQ(code, 0);
   } else {
     Refused(code, "BILL_NOT_FOUND");

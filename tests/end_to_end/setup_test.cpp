@@ -177,30 +177,30 @@ class TwoRegisters : public test::Bench {
   void SetUp() override { Start(R"("offlineMode":1)"); }
   // The calls of the second register in the same folder from now on; those of the first are in `first`.
   void LoadSecond() {
-    first_close = shop.CloseTransaction;
-    first_deposit = shop.DepositProc;
+    firstClose = shop.CloseTransaction;
+    firstDeposit = shop.DepositProc;
     shop.LoadAgain();
     ASSERT_EQ(shop.LUMOInit(), 0);
     ASSERT_EQ(shop.CreateTransaction(test::kRichCard, test::kCashier), 0);
   }
-  decltype(&::CloseTransaction) first_close = nullptr;
-  decltype(&::DepositProc) first_deposit = nullptr;
+  decltype(&::CloseTransaction) firstClose = nullptr;
+  decltype(&::DepositProc) firstDeposit = nullptr;
 };
 
 // Each remembers the last number as it was when its transaction began.
 TEST_F(TwoRegisters, UseTheSameNumbers) {
   LoadSecond();
-  EXPECT_EQ(first_deposit(100), 0);
+  EXPECT_EQ(firstDeposit(100), 0);
   EXPECT_EQ(shop.DepositProc(100), -405);
   EXPECT_STREQ(shop.getResponseStateCode(), "DUPLICATE_REQUEST_ID");
-  first_close();
+  firstClose();
 }
 
 TEST_F(TwoRegisters, ShareOneShift) {
   ASSERT_EQ(shop.OpenShift("42"), 0);
   LoadSecond();
   EXPECT_EQ(shop.OpenShift("43"), -601);
-  first_close();
+  firstClose();
 }
 
 }  // namespace

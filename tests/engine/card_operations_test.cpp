@@ -34,12 +34,12 @@ class CardOperation : public test::Shop {};
 
 struct Operation : test::NamedCase {
   int (*run)(Transaction *transaction);
-  const char *first_line;
+  const char *firstLine;
   const char *type;
-  std::string good_answer;
+  std::string goodAnswer;
   uint32_t bit;  // 0: the operation is not marked
   bool journalled;
-  bool offline_only;  // the server is asked for an offline record only
+  bool offlineOnly;  // the server is asked for an offline record only
 };
 
 std::vector<Operation> Operations() {
@@ -68,7 +68,7 @@ class EveryOperation : public test::Shop, public testing::WithParamInterface<Ope
   // A record for which the operation asks the server.
   void OpenCardThatIsSent() {
     OpenCard();
-    card->request.isOffline = GetParam().offline_only ? 1 : 0;
+    card->request.isOffline = GetParam().offlineOnly ? 1 : 0;
   }
 };
 
@@ -76,24 +76,24 @@ TEST_P(EveryOperation, TracesItsNameAndRefusesAMissingRecord) {
   OpenShop();
   const std::string state = State();
   EXPECT_EQ(GetParam().run(nullptr), -100);
-  EXPECT_EQ(folder.Trace(), std::string(GetParam().first_line) + "ERROR: Pointer \"trans\" is null\n");
+  EXPECT_EQ(folder.Trace(), std::string(GetParam().firstLine) + "ERROR: Pointer \"trans\" is null\n");
   EXPECT_EQ(State(), state);
 }
 
 TEST_P(EveryOperation, FillsTheRequestAndSendsIt) {
-  StartServer({GetParam().good_answer});
+  StartServer({GetParam().goodAnswer});
   OpenShop();
   OpenCardThatIsSent();
   EXPECT_EQ(GetParam().run(card), 0);
   const std::string type = GetParam().type;
-  EXPECT_THAT(folder.Trace(), StartsWith(GetParam().first_line + ("FillRequest(" + type + ")\n")));
+  EXPECT_THAT(folder.Trace(), StartsWith(GetParam().firstLine + ("FillRequest(" + type + ")\n")));
   EXPECT_THAT(folder.Trace(), HasSubstr("TransactionProcess [" + type + "]\n"));
   EXPECT_EQ(RequestCount(), 1U);
   EXPECT_THAT(RequestDocument(0), HasSubstr("\"type\":\"" + type + "\""));
 }
 
 TEST_P(EveryOperation, MarksItsBitBesideTheOthers) {
-  StartServer({GetParam().good_answer});
+  StartServer({GetParam().goodAnswer});
   OpenShop();
   OpenCardThatIsSent();
   card->completedOperations = 0x100;
@@ -135,7 +135,7 @@ std::vector<Operation> Those(bool journalled) {
 using JournalledOperation = EveryOperation;
 
 TEST_P(JournalledOperation, LeavesOneRecord) {
-  StartServer({GetParam().good_answer});
+  StartServer({GetParam().goodAnswer});
   OpenShop();
   OpenCardThatIsSent();
   EXPECT_EQ(GetParam().run(card), 0);
@@ -144,7 +144,7 @@ TEST_P(JournalledOperation, LeavesOneRecord) {
 }
 
 TEST_P(JournalledOperation, GivesTheJournalsResultAndIsStillMarkedAndPrinted) {
-  StartServer({GetParam().good_answer});
+  StartServer({GetParam().goodAnswer});
   OpenShop();
   OpenCard();
   MakeLogUnwritable();
@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, JournalledOperation, testing::ValuesIn(Thos
 using Question = EveryOperation;
 
 TEST_P(Question, LeavesNoRecord) {
-  StartServer({GetParam().good_answer});
+  StartServer({GetParam().goodAnswer});
   OpenShop();
   OpenCard();
   EXPECT_EQ(GetParam().run(card), 0);
@@ -185,10 +185,10 @@ TEST_F(CardOperation, WithoutAnIdThereIsNoRrnLine) {
 // ---- Activation ----
 
 struct ActivationCase : test::NamedCase {
-  const char *activation_type;
+  const char *activationType;
   int32_t amount;
-  const char *account_type;
-  const char *refer_card_num;
+  const char *accountType;
+  const char *referCardNum;
   const char *part;  // of request and journal record
   const char *body;
 };
@@ -234,8 +234,8 @@ TEST_P(Activation, SendsJournalsAndPrints) {
   OpenShop();
   OpenCard();
   const ActivationCase &wanted = GetParam();
-  EXPECT_EQ(lumo::ActivationProcess(card, wanted.activation_type, nullptr, wanted.amount, wanted.account_type,
-                                    wanted.refer_card_num),
+  EXPECT_EQ(lumo::ActivationProcess(card, wanted.activationType, nullptr, wanted.amount, wanted.accountType,
+                                    wanted.referCardNum),
             0);
   EXPECT_EQ(RequestDocument(0),
             "{\"cardActivationRequest\":{" + RequestPart("ACTIVATION") + "," + wanted.part + "}}");
@@ -283,12 +283,12 @@ TEST_F(CardOperation, GiftCardsSlipShowsTheAmountThatWasSent) {
 }
 
 struct RefusedActivationCase : test::NamedCase {
-  const char *activation_type;
-  const char *account_type;
+  const char *activationType;
+  const char *accountType;
   int result;
-  int32_t activation_type_after;
-  int32_t type_after;
-  const char *trace_end;
+  int32_t activationTypeAfter;
+  int32_t typeAfter;
+  const char *traceEnd;
 };
 const RefusedActivationCase kRefusedActivationCases[] = {
     {"UnknownType", "GIFT", "LOCAL", -102, 3, 0, "ERROR: Unknown enumiratoin for ActivationType [GIFT]\n"},
@@ -307,12 +307,12 @@ TEST_P(RefusedActivation, IsNotSentAndLeavesTheUnknownValue) {
   StartServer({});
   OpenShop();
   OpenCard();
-  EXPECT_EQ(lumo::ActivationProcess(card, GetParam().activation_type, nullptr, 500, GetParam().account_type,
-                                    nullptr),
-            GetParam().result);
-  EXPECT_EQ(card->activation.activationType, GetParam().activation_type_after);
-  EXPECT_EQ(card->activation.type, GetParam().type_after);
-  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().trace_end));
+  EXPECT_EQ(
+      lumo::ActivationProcess(card, GetParam().activationType, nullptr, 500, GetParam().accountType, nullptr),
+      GetParam().result);
+  EXPECT_EQ(card->activation.activationType, GetParam().activationTypeAfter);
+  EXPECT_EQ(card->activation.type, GetParam().typeAfter);
+  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().traceEnd));
   EXPECT_EQ(RequestCount(), 0U);
   EXPECT_EQ(Body(), "");
   EXPECT_EQ(card->completedOperations, 0U);
@@ -335,7 +335,7 @@ TEST_F(CardOperation, ActivationWithABillSendsTheBillsTotal) {
 
 struct BadBillCase : test::NamedCase {
   const char *path;
-  const char *trace_end;
+  const char *traceEnd;
 };
 const BadBillCase kBadBills[] = {
     {"Missing", "NONE", "ERROR: BillParse res [-307] "},
@@ -355,9 +355,9 @@ TEST_P(BadBill, EndsTheActivationUnsent) {
   EXPECT_EQ(lumo::ActivationProcess(card, "SIMPLE_ACTIVATION", GetParam().path, 100, nullptr, nullptr), -106);
   const std::string trace = folder.Trace();
   const size_t last_line = trace.rfind("\nERROR: ") + 1;
-  EXPECT_THAT(trace.substr(last_line), StartsWith(GetParam().trace_end));
+  EXPECT_THAT(trace.substr(last_line), StartsWith(GetParam().traceEnd));
   EXPECT_EQ(trace.back(), '\n');
-  EXPECT_GT(trace.size() - last_line, std::string(GetParam().trace_end).size() + 1) << "the code's message";
+  EXPECT_GT(trace.size() - last_line, std::string(GetParam().traceEnd).size() + 1) << "the code's message";
   EXPECT_EQ(RequestCount(), 0U);
   EXPECT_EQ(Body(), "");
 }
@@ -367,7 +367,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, BadBill, testing::ValuesIn(kBadBills), test::Cas
 // ---- The activation's sum ----
 
 struct SumCase {
-  int32_t activation_type;
+  int32_t activationType;
   int sum;
   const char *trace;
 };
@@ -387,9 +387,9 @@ TEST_F(CardOperation, ActivationAmountIsTheSumOfTheKind) {
   card->activationResult.giftSum = 3300;
   for (const SumCase &wanted : kSumCases) {
     folder.ClearTrace();
-    card->activation.activationType = static_cast<lumo::ActivationType>(wanted.activation_type);
-    EXPECT_EQ(lumo::GetActivationAmountProcess(card), wanted.sum) << wanted.activation_type;
-    EXPECT_EQ(folder.Trace(), wanted.trace) << wanted.activation_type;
+    card->activation.activationType = static_cast<lumo::ActivationType>(wanted.activationType);
+    EXPECT_EQ(lumo::GetActivationAmountProcess(card), wanted.sum) << wanted.activationType;
+    EXPECT_EQ(folder.Trace(), wanted.trace) << wanted.activationType;
   }
 }
 

@@ -68,11 +68,11 @@ enum class Outcome { kSuccess, kRefused, kUnreachable, kBadAnswer };
 
 struct OfflineCase : test::NamedCase {
   lumo::RequestType type;
-  int offline_mode;
-  int offline_before;
+  int offlineMode;
+  int offlineBefore;
   Outcome outcome;
   int result;
-  int offline_after;
+  int offlineAfter;
   size_t questions;  // how often the state's file is read for it
 };
 const OfflineCase kOfflineCases[] = {
@@ -112,12 +112,12 @@ TEST_P(OfflineSwitch, FollowsTheOutcome) {
       StopServer();
       break;
   }
-  OpenShop("\"offlineMode\":" + std::to_string(GetParam().offline_mode));
-  SetState("{\"offline\":" + std::to_string(GetParam().offline_before) + "}");
+  OpenShop("\"offlineMode\":" + std::to_string(GetParam().offlineMode));
+  SetState("{\"offline\":" + std::to_string(GetParam().offlineBefore) + "}");
   OpenCard();
   EXPECT_EQ(Process(GetParam().type), GetParam().result);
   EXPECT_EQ(Count(folder.Trace(), "LoadState\n"), GetParam().questions);
-  EXPECT_EQ(lumo::GetOfflineState(), GetParam().offline_after);
+  EXPECT_EQ(lumo::GetOfflineState(), GetParam().offlineAfter);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, OfflineSwitch, testing::ValuesIn(kOfflineCases), test::CaseName());

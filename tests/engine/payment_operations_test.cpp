@@ -66,14 +66,14 @@ std::string OfflineRequestPart(const std::string &type) {
 struct Kind : test::NamedCase {
   int (*process)(lumo::Transaction *, int32_t, const char *);
   const char *type;
-  const char *request_name;
-  const char *response_name;
-  const char *trace_line;       // of a payment of 300 with BILL.JSN
-  const char *null_trace_line;  // of a payment of 0 without a path
-  const char *bad_bill_line;    // for the code -303
-  int bad_bill_code;
-  const char *missing_bill_line;
-  int missing_bill_code;
+  const char *requestName;
+  const char *responseName;
+  const char *traceLine;      // of a payment of 300 with BILL.JSN
+  const char *nullTraceLine;  // of a payment of 0 without a path
+  const char *badBillLine;    // for the code -303
+  int badBillCode;
+  const char *missingBillLine;
+  int missingBillCode;
 };
 
 const Kind kKinds[] = {
@@ -106,7 +106,7 @@ class Payment : public PaymentBase, public testing::WithParamInterface<Kind> {
  protected:
   // A server that answers the payment with these bonuses.
   void OpenWithAnswer(int32_t total, const std::string &bonuses, const std::string &members = "") {
-    StartServer({Reply(GetParam().response_name, BillPart(total, bonuses))});
+    StartServer({Reply(GetParam().responseName, BillPart(total, bonuses))});
     Open(members);
   }
   int Pay(int32_t spend = 0, const char *path = "BILL.JSN") { return GetParam().process(card, spend, path); }
@@ -115,7 +115,7 @@ class Payment : public PaymentBase, public testing::WithParamInterface<Kind> {
 TEST_P(Payment, SendsTheBill) {
   OpenWithAnswer(10000, "");
   EXPECT_EQ(Pay(), 0);
-  EXPECT_EQ(RequestDocument(0), std::string("{\"") + GetParam().request_name + "\":{" +
+  EXPECT_EQ(RequestDocument(0), std::string("{\"") + GetParam().requestName + "\":{" +
                                     RequestPart(GetParam().type) + "," + BillPart(10000, "", false, true) +
                                     "}}");
 }
@@ -128,7 +128,7 @@ TEST_P(Payment, TellsTheServerThatTheCustomerSpends) {
 }
 
 TEST_P(Payment, DoesNotSendBonusesThatTheFileHolds) {
-  StartServer({Reply(GetParam().response_name, BillPart(10000, ""))});
+  StartServer({Reply(GetParam().responseName, BillPart(10000, ""))});
   Open();
   folder.Write("BILL.JSN", "{" + BillPart(10000, BonusEntry("LOCAL", 1, 2, 3)).substr(8));
   EXPECT_EQ(Pay(), 0);
@@ -182,7 +182,7 @@ TEST_P(Payment, TracesEachStepInOrder) {
                             BonusEntry("DISCOUNT", 1000, 45, 300));
   EXPECT_EQ(Pay(300), 0);
   EXPECT_THAT(folder.Trace(),
-              StartsWith(GetParam().trace_line + std::string("FillRequest(") + GetParam().type + ")\n"));
+              StartsWith(GetParam().traceLine + std::string("FillRequest(") + GetParam().type + ")\n"));
   EXPECT_THAT(folder.Trace(),
               InOrder({"\nBillParse\n", "\nTransactionProcess [" + std::string(GetParam().type) + "]\n",
                        "\nBillModify\n"}));
@@ -201,7 +201,7 @@ TEST_P(Payment, TracesEachStepInOrder) {
 
 TEST_P(Payment, WithoutARequestIdPrintsNoRrnLine) {
   // The server refuses to tell the last id, so that the operation has none.
-  StartServer({Reply("getLastRrnResponse", "", kRefusal), Reply(GetParam().response_name, BillPart(0, ""))});
+  StartServer({Reply("getLastRrnResponse", "", kRefusal), Reply(GetParam().responseName, BillPart(0, ""))});
   Open();
   SetState("{}");
   EXPECT_EQ(Pay(), 0);
@@ -209,7 +209,7 @@ TEST_P(Payment, WithoutARequestIdPrintsNoRrnLine) {
 }
 
 TEST_P(Payment, WithoutANetworkNamePrintsTheColonAlone) {
-  StartServer({Reply(GetParam().response_name, BillPart(0, BonusEntry("LOCAL", 0, 30, 0)))});
+  StartServer({Reply(GetParam().responseName, BillPart(0, BonusEntry("LOCAL", 0, 30, 0)))});
   // An object is no text.
   Open(R"("retailNetworkName":{})");
   EXPECT_EQ(Pay(), 0);
@@ -217,7 +217,7 @@ TEST_P(Payment, WithoutANetworkNamePrintsTheColonAlone) {
 }
 
 TEST_P(Payment, ASecondPaymentPrintsBehindTheFirst) {
-  const std::string answer = Reply(GetParam().response_name, BillPart(0, ""));
+  const std::string answer = Reply(GetParam().responseName, BillPart(0, ""));
   StartServer({answer, answer});
   Open();
   EXPECT_EQ(Pay(), 0);
@@ -230,14 +230,14 @@ TEST_P(Payment, ASecondPaymentPrintsBehindTheFirst) {
 
 TEST_P(Payment, WithoutARecordTracesThePointer) {
   EXPECT_EQ(GetParam().process(nullptr, 0, nullptr), -100);
-  EXPECT_EQ(folder.Trace(), GetParam().null_trace_line + std::string("ERROR: Pointer \"trans\" is null\n"));
+  EXPECT_EQ(folder.Trace(), GetParam().nullTraceLine + std::string("ERROR: Pointer \"trans\" is null\n"));
 }
 
 TEST_P(Payment, ADamagedBillIsNotSent) {
   OpenWithAnswer(10000, "");
   folder.Write("BILL.JSN", "damaged");
-  EXPECT_EQ(Pay(300), GetParam().bad_bill_code);
-  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().bad_bill_line));
+  EXPECT_EQ(Pay(300), GetParam().badBillCode);
+  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().badBillLine));
   EXPECT_EQ(RequestCount(), 0U);
   EXPECT_EQ(card->bill.spendAmount, 300);
   EXPECT_EQ(folder.Read("BILL.JSN"), "damaged");
@@ -248,8 +248,8 @@ TEST_P(Payment, AMissingBillIsNotSent) {
   OpenWithAnswer(10000, "");
   for (const char *path : {"NONE.JSN", static_cast<const char *>(nullptr), ""}) {
     folder.ClearTrace();
-    EXPECT_EQ(Pay(300, path), GetParam().missing_bill_code);
-    EXPECT_THAT(folder.Trace(), EndsWith(GetParam().missing_bill_line));
+    EXPECT_EQ(Pay(300, path), GetParam().missingBillCode);
+    EXPECT_THAT(folder.Trace(), EndsWith(GetParam().missingBillLine));
   }
   EXPECT_EQ(RequestCount(), 0U);
   ExpectNothingDone();
@@ -258,12 +258,12 @@ TEST_P(Payment, AMissingBillIsNotSent) {
 TEST_P(Payment, ABillThatIsNoObjectIsNotSent) {
   OpenWithAnswer(10000, "");
   folder.Write("BILL.JSN", "[]");
-  EXPECT_EQ(Pay(), GetParam().bad_bill_code == -106 ? -106 : -402);
+  EXPECT_EQ(Pay(), GetParam().badBillCode == -106 ? -106 : -402);
   EXPECT_EQ(RequestCount(), 0U);
 }
 
 TEST_P(Payment, ARefusedPaymentLeavesNoTraceOfItself) {
-  StartServer({Reply(GetParam().response_name, "", kRefusal)});
+  StartServer({Reply(GetParam().responseName, "", kRefusal)});
   Open();
   EXPECT_EQ(Pay(), -405);
   ExpectNothingDone();
@@ -271,7 +271,7 @@ TEST_P(Payment, ARefusedPaymentLeavesNoTraceOfItself) {
 }
 
 TEST_P(Payment, AnAnswerWithoutItsBillIsNoPayment) {
-  StartServer({Reply(GetParam().response_name)});
+  StartServer({Reply(GetParam().responseName)});
   Open();
   EXPECT_EQ(Pay(), -404);
   ExpectNothingDone();
@@ -336,7 +336,7 @@ TEST_P(Payment, RatesThatContradictEachOtherRefuseTheFallback) {
 }
 
 TEST_P(Payment, ARefusalIsNoReasonToGoOffline) {
-  StartServer({Reply(GetParam().response_name, "", kRefusal)});
+  StartServer({Reply(GetParam().responseName, "", kRefusal)});
   Open(R"("offlineMode":1)");
   EXPECT_EQ(Pay(), -405);
   ExpectNothingDone();
@@ -431,7 +431,7 @@ std::string ConfirmPart(const char *flag) {
 struct ConfirmCase : test::NamedCase {
   int32_t flag;
   const char *json;
-  const char *trace_line;
+  const char *traceLine;
 };
 
 const ConfirmCase kConfirmCases[] = {
@@ -457,7 +457,7 @@ TEST_P(PaymentConfirm, SendsAndJournalsTheFlagAndThePaymentsRrn) {
   EXPECT_FALSE(folder.Exists("OFFLINE"));
   EXPECT_EQ(card->completedOperations, 0x02U);
   EXPECT_THAT(folder.Trace(),
-              StartsWith(GetParam().trace_line + std::string("FillRequest(PAYMENT_CONFIRM)\n")));
+              StartsWith(GetParam().traceLine + std::string("FillRequest(PAYMENT_CONFIRM)\n")));
 }
 
 TEST_P(PaymentConfirm, PrintsTheSlipOfACancellation) {
@@ -521,7 +521,7 @@ TEST_P(PaymentConfirm, ANullRrnIsSentEmpty) {
 
 TEST_P(PaymentConfirm, WithoutARecordTracesThePointer) {
   EXPECT_EQ(lumo::PaymentConfirmProcess(nullptr, GetParam().flag, kPaidRrn), -100);
-  EXPECT_EQ(folder.Trace(), GetParam().trace_line + std::string("ERROR: Pointer \"trans\" is null\n"));
+  EXPECT_EQ(folder.Trace(), GetParam().traceLine + std::string("ERROR: Pointer \"trans\" is null\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, PaymentConfirm, testing::ValuesIn(kConfirmCases), test::CaseName());

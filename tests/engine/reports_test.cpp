@@ -393,7 +393,7 @@ TEST_F(Reports, BlankLinesAreRecordsWithoutADate) {
 struct BlockCase : test::NamedCase {
   std::string record;
   const char *title;
-  const char *rrn_line;
+  const char *rrnLine;
   const char *lines;
 };
 
@@ -430,7 +430,7 @@ class ReportBlock : public Reports, public testing::WithParamInterface<BlockCase
 
 TEST_P(ReportBlock, IsPrintedForTheRecord) {
   const std::string block =
-      std::string(GetParam().title) + GetParam().rrn_line + kNoon + "\n" + GetParam().lines + kDetailDashes;
+      std::string(GetParam().title) + GetParam().rrnLine + kNoon + "\n" + GetParam().lines + kDetailDashes;
   EXPECT_EQ(Detail(GetParam().record), block);
   EXPECT_EQ(Detail(GetParam().record + GetParam().record), block + block);
 }

@@ -223,7 +223,7 @@ TEST_F(FillRequest, AReusedRecordWithoutAnswerStoresItsOldIdAgain) {
 // ---- The sequence from the local history ----
 
 struct LocalCase : test::NamedCase {
-  const char *terminal_id;
+  const char *terminalId;
   const char *last;
   const char *rrn;
   const char *trace;
@@ -267,7 +267,7 @@ class RrnFromHistory : public test::Shop, public testing::WithParamInterface<Loc
 TEST_P(RrnFromHistory, FollowsThePreviousId) {
   OpenShop();
   OpenCard();
-  card->request.terminalId = GetParam().terminal_id;
+  card->request.terminalId = GetParam().terminalId;
   std::strcpy(card->request.requestDate, "2012-12-05T10:00:00Z");
   EXPECT_EQ(lumo::GenerateRRN(card, GetParam().last), 0);
   EXPECT_STREQ(card->request.requestId, GetParam().rrn);
@@ -378,7 +378,7 @@ TEST_F(GenerateRRN, TracesTheDefaultItReadsInPlaceOfALongId) {
 struct ServerCase : test::NamedCase {
   const char *reply;
   const char *rrn;  // null: the id stays as it was
-  const char *trace_end;
+  const char *traceEnd;
 };
 const char kUntouched[] = "TERM012120500001";
 const ServerCase kServerCases[] = {
@@ -432,7 +432,7 @@ TEST_P(RrnFromServer, FollowsTheAnswer) {
   lumo::TransactionCopyText(card, &card->request.requestId, kUntouched);
   EXPECT_EQ(lumo::GenerateRRN(card, nullptr), 0);
   EXPECT_STREQ(card->request.requestId, GetParam().rrn != nullptr ? GetParam().rrn : kUntouched);
-  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().trace_end));
+  EXPECT_THAT(folder.Trace(), EndsWith(GetParam().traceEnd));
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, RrnFromServer, testing::ValuesIn(kServerCases), test::CaseName());

@@ -83,8 +83,8 @@ class Sweep {
 };
 
 void Sweep::Fill(const Operation &operation) {
-  Files files = TerminalFiles(operation.server_is_there ? server_.address() : DeadAddress());
-  for (const auto &[name, bytes] : operation.more_files) {
+  Files files = TerminalFiles(operation.serverIsThere ? server_.address() : DeadAddress());
+  for (const auto &[name, bytes] : operation.moreFiles) {
     files[name] = bytes;
     if (bytes.empty()) files.erase(name);
   }
@@ -112,14 +112,14 @@ Outcome Sweep::InAProcess(const std::function<int()> &run) {
 
 Outcome Sweep::Run(const Operation &operation, const std::function<void()> &arm) {
   return InAProcess([&] {
-    if (!operation.is_a_start && LUMOInit() != 0) return 1;
+    if (!operation.isAStart && LUMOInit() != 0) return 1;
     operation.prepare();
     arm();
     report_->code = operation.run(report_);
     StopCounting();
     report_->calls = CallsCounted();
-    report_->fault_was_met = FaultWasMet();
-    std::strncpy(report_->faulty_call, FaultyCall().c_str(), sizeof report_->faulty_call - 1);
+    report_->faultWasMet = FaultWasMet();
+    std::strncpy(report_->faultyCall, FaultyCall().c_str(), sizeof report_->faultyCall - 1);
     return 0;
   });
 }
@@ -129,7 +129,7 @@ void Sweep::CheckCode(const Operation &operation, const Outcome &outcome) {
     Fail("the process ended with signal " + std::to_string(outcome.status));
   } else if (outcome.status != 0) {
     Fail("the process ended with status " + std::to_string(outcome.status));
-  } else if (!operation.may_return(report_->code)) {
+  } else if (!operation.mayReturn(report_->code)) {
     Fail("code " + std::to_string(report_->code));
   }
 }
@@ -161,20 +161,20 @@ void Sweep::CarryOnAndCheck(const Operation &operation) {
   Check(FaultOfJournal(folder_, "OFFLINE", true));
   CheckPayment("N1");
   for (const char *bill : {"W1", "W2"}) {
-    if (operation.more_files.count("OFFLINE") == 0) CheckPayment(bill);
+    if (operation.moreFiles.count("OFFLINE") == 0) CheckPayment(bill);
   }
-  const auto set_aside = operation.more_files.find("OFFLINE_TMP");
-  if (set_aside != operation.more_files.end() && set_aside->second.find("\"W3\"") != std::string::npos) {
+  const auto set_aside = operation.moreFiles.find("OFFLINE_TMP");
+  if (set_aside != operation.moreFiles.end() && set_aside->second.find("\"W3\"") != std::string::npos) {
     CheckPayment("W3");
   }
-  for (int i = 0; i < report_->sale_count; ++i) {
+  for (int i = 0; i < report_->saleCount; ++i) {
     const Report::Sale &sale = report_->sales[i];
     if (sale.code == 0 && sale.offline && !sale.unkept) CheckPayment(sale.bill);
   }
   // A trim takes three.
   for (const char *name : {"LOG", "LOG.old"}) {
-    const auto own = operation.more_files.find(name);
-    const std::string before = own != operation.more_files.end() ? own->second : files[name];
+    const auto own = operation.moreFiles.find(name);
+    const std::string before = own != operation.moreFiles.end() ? own->second : files[name];
     const std::vector<std::string> lines = LinesOf(before);
     const std::vector<std::string> now = LinesOf(folder_.Read("LOG"));
     for (size_t i = lines.size() > 5 ? 3 : 0; i < lines.size(); ++i) {
@@ -193,10 +193,10 @@ void Sweep::TryFault(const Operation &operation, int n, Way way, bool for_ever) 
       operation.name + ", call " + std::to_string(n) + " " + NameOf(way) + (for_ever ? " for ever" : " once");
   Fill(operation);
   const Outcome outcome = Run(operation, [&] { FailCall(n, way, for_ever); });
-  if (report_->faulty_call[0] != '\0') what_ += std::string(" (") + report_->faulty_call + ")";
+  if (report_->faultyCall[0] != '\0') what_ += std::string(" (") + report_->faultyCall + ")";
   const bool memory = outcome.ended && outcome.status == kMemoryStatus;
   if (!memory) CheckCode(operation, outcome);
-  if (outcome.ended && outcome.status == 0 && !report_->fault_was_met) Fail("nothing failed");
+  if (outcome.ended && outcome.status == 0 && !report_->faultWasMet) Fail("nothing failed");
   Check(FaultOfState(folder_));
   // An open tail belongs to no record; the next append cuts it off.
   Check(FaultOfJournal(folder_, "LOG", true));

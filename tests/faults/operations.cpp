@@ -37,7 +37,7 @@ bool OfflineHolds(const std::string &bill) {
 }
 
 void Sell(Report *report, const char *bill, int code) {
-  Report::Sale &sale = report->sales[report->sale_count++];
+  Report::Sale &sale = report->sales[report->saleCount++];
   std::strncpy(sale.bill, bill, sizeof sale.bill - 1);
   sale.code = code;
   sale.offline = lumoIsOffline() != 0;

@@ -15,9 +15,9 @@ struct Report {
   int code;  // of the operation
   int calls;
   unsigned char abilities[kMostCalls];  // of each call, in a run that counts
-  bool fault_was_met;
-  char faulty_call[32];
-  int sale_count;
+  bool faultWasMet;
+  char faultyCall[32];
+  int saleCount;
   struct Sale {
     char bill[16];
     int code;
@@ -28,12 +28,12 @@ struct Report {
 
 struct Operation {
   std::string name;
-  bool server_is_there;
-  Files more_files;      // beside those of every terminal, or in their place
+  bool serverIsThere;
+  Files moreFiles;       // beside those of every terminal, or in their place
   void (*prepare)();     // once the library is started; nothing fails yet
   int (*run)(Report *);  // what is tried; gives its code
-  bool (*may_return)(int code);
-  bool is_a_start = false;  // it is LUMOInit that is tried
+  bool (*mayReturn)(int code);
+  bool isAStart = false;  // it is LUMOInit that is tried
 };
 
 const std::vector<Operation> &Operations();

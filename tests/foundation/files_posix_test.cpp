@@ -77,7 +77,7 @@ TEST_F(FileTrouble, TheRestOfAHugeFileIsCutOffAtOnce) {
   EXPECT_EQ(Replace("new"), lumo::Replaced::kDone);
   EXPECT_EQ(folder.Read("F"), "new");
   EXPECT_EQ(test::CountFileTraffic().writes, 1);
-  EXPECT_EQ(test::CountFileTraffic().bytes_written, 3 + 1024 * 1024U);
+  EXPECT_EQ(test::CountFileTraffic().bytesWritten, 3 + 1024 * 1024U);
 }
 
 TEST_F(FileTrouble, TheRestOfAHugeFileThatCannotBeCutOffIsNoReplacement) {

@@ -187,7 +187,7 @@ TEST(FormatAlloc, GivesATextOfExactlyTheNeededSize) {
   const test::Allocations before = test::CountAllocations();
   char *text = lumo::FormatAlloc("%s %d", "version", 12);
   EXPECT_EQ(test::CountAllocations().mallocs, before.mallocs + 1);
-  EXPECT_EQ(test::CountAllocations().last_size, sizeof("version 12"));
+  EXPECT_EQ(test::CountAllocations().lastSize, sizeof("version 12"));
   EXPECT_STREQ(text, "version 12");
   std::free(text);
 }

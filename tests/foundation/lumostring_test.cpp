@@ -53,8 +53,8 @@ struct GrowthCase {
   const char *name;
   uint32_t before;  // bytes
   uint32_t count;
-  uint32_t append;    // capacity after StringAppend
-  uint32_t append_n;  // capacity after StringAppendN
+  uint32_t append;   // capacity after StringAppend
+  uint32_t appendN;  // capacity after StringAppendN
 };
 
 const GrowthCase kGrowthCases[] = {
@@ -84,7 +84,7 @@ TEST(TextBufferGrowth, GoesInStepsOf256) {
     lumo::String *by_append_n = lumo::StringCreate();
     lumo::StringAppend(by_append_n, std::string(row.before, 'b').c_str());
     lumo::StringAppendN(by_append_n, std::string(row.count, 'c').c_str(), row.count);
-    EXPECT_EQ(by_append_n->capacity, row.append_n) << row.name;
+    EXPECT_EQ(by_append_n->capacity, row.appendN) << row.name;
     EXPECT_EQ(by_append_n->length, row.before + row.count) << row.name;
 
     EXPECT_STREQ(by_append->text, by_append_n->text) << row.name;
@@ -112,7 +112,7 @@ TEST_F(TextBuffer, AppendOf1000BytesReallocatesOnceTo1025) {
   const test::Allocations before = test::CountAllocations();
   Append(1000);
   EXPECT_EQ(test::CountAllocations().reallocs, before.reallocs + 1);
-  EXPECT_EQ(test::CountAllocations().last_size, 1025U);
+  EXPECT_EQ(test::CountAllocations().lastSize, 1025U);
   ExpectSize(1000, 1024);
 }
 
@@ -221,7 +221,7 @@ TEST(TextBufferLimit, IsWhatALengthOf32BitsCounts) {
 TEST_F(TextBuffer, OfNearly4GiBIsAllocatedAsItIs) {
   EXPECT_EXIT(
       {
-        std::atexit([] { std::fprintf(stderr, "%zu bytes\n", test::CountAllocations().last_size); });
+        std::atexit([] { std::fprintf(stderr, "%zu bytes\n", test::CountAllocations().lastSize); });
         test::FailNextAllocation();
         lumo::StringReserve(string, 0xFFFFFF00U);
       },
@@ -263,7 +263,7 @@ test::Allocations CostOf(uint32_t length) {
   for (uint32_t i = 0; i < length; ++i) lumo::StringAppendN(string, "x", 1);
   test::Allocations cost = test::CountAllocations();
   cost.reallocs -= before.reallocs;
-  cost.realloc_bytes -= before.realloc_bytes;
+  cost.reallocBytes -= before.reallocBytes;
   EXPECT_EQ(string->length, length);
   EXPECT_EQ(string->capacity, (length / 256 + 1) * 256);
   lumo::StringFree(string);
@@ -275,15 +275,15 @@ TEST(TextBufferCost, PerByteIsTheSameAtAnyLength) {
   const test::Allocations large = CostOf(1000000);
   // At most eight allocations each time the text doubles, so fewer than seven doublings make at most 56 more.
   EXPECT_LE(large.reallocs, small.reallocs + 56);
-  EXPECT_LE(small.realloc_bytes, 16U * 10000);
-  EXPECT_LE(large.realloc_bytes, 16U * 1000000);
+  EXPECT_LE(small.reallocBytes, 16U * 10000);
+  EXPECT_LE(large.reallocBytes, 16U * 1000000);
 }
 
 TEST(TextBufferCost, NoMoreThanAnEighthIsAllocatedInVain) {
   for (uint32_t length = 5000; length < 3000000; length += length / 7) {
     lumo::String *string = lumo::StringCreate();
     lumo::StringAppend(string, std::string(length, 'x').c_str());
-    const size_t size = test::CountAllocations().last_size;
+    const size_t size = test::CountAllocations().lastSize;
     EXPECT_GT(size, string->capacity);
     EXPECT_LE(size, string->capacity + string->capacity / 8 + 1);
     lumo::StringFree(string);

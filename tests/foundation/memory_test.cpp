@@ -114,7 +114,7 @@ TEST_F(Memory, CopiesATextWithItsTerminator) {
   const test::Allocations before = test::CountAllocations();
   char *copy = lumo::MemCopyText(text, "a", 1);
   EXPECT_EQ(test::CountAllocations().mallocs, before.mallocs + 1);
-  EXPECT_EQ(test::CountAllocations().last_size, sizeof text);
+  EXPECT_EQ(test::CountAllocations().lastSize, sizeof text);
   EXPECT_NE(copy, text);
   EXPECT_STREQ(copy, text);
   lumo::MemFree(copy, "a", 1);

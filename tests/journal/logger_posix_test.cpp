@@ -402,8 +402,8 @@ TEST_F(JournalCost, OfAWalkIsTwoReadingsOfTheFile) {
     lumo::FreeRecordList(first);
     EXPECT_EQ(walked, count);
     const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, static_cast<uint64_t>(count) * (100 + 99));
-    EXPECT_LE(traffic.largest_read, 4096U);
+    EXPECT_EQ(traffic.bytesRead, static_cast<uint64_t>(count) * (100 + 99));
+    EXPECT_LE(traffic.largestRead, 4096U);
   }
 }
 
@@ -419,7 +419,7 @@ TEST_F(JournalCost, AListOf100000RecordsIsListedInOneReading) {
   }
   lumo::FreeRecordList(first);
   EXPECT_EQ(entries, 100000U);
-  EXPECT_EQ(test::CountFileTraffic().bytes_read, 100000U * 100 + 99);
+  EXPECT_EQ(test::CountFileTraffic().bytesRead, 100000U * 100 + 99);
 }
 
 // ---- Cost ----
@@ -430,13 +430,13 @@ TEST_F(JournalCost, OfAnAppendToTheLogDoesNotGrowWithIt) {
     folder.Write("LOG", Records(count));
     test::ResetFileTraffic();
     EXPECT_EQ(lumo::AppendLogRecord("the first reads it"), 0);
-    EXPECT_EQ(test::CountFileTraffic().bytes_read, static_cast<uint64_t>(count) * 100 + 1);
-    EXPECT_LE(test::CountFileTraffic().largest_read, 4096U);
+    EXPECT_EQ(test::CountFileTraffic().bytesRead, static_cast<uint64_t>(count) * 100 + 1);
+    EXPECT_LE(test::CountFileTraffic().largestRead, 4096U);
     test::ResetFileTraffic();
     EXPECT_EQ(lumo::AppendLogRecord("new"), 0);
     const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, 1U);
-    EXPECT_EQ(traffic.bytes_written, 4U);
+    EXPECT_EQ(traffic.bytesRead, 1U);
+    EXPECT_EQ(traffic.bytesWritten, 4U);
   }
 }
 
@@ -496,8 +496,8 @@ TEST_F(JournalCost, OfAnAppendToTheOfflineJournalIsTheRecord) {
   folder.Write("OFFLINE", Records(10000));
   test::ResetFileTraffic();
   EXPECT_EQ(lumo::AppendOfflineRecord("new"), 0);
-  EXPECT_EQ(test::CountFileTraffic().bytes_read, 1U);
-  EXPECT_EQ(test::CountFileTraffic().bytes_written, 4U);
+  EXPECT_EQ(test::CountFileTraffic().bytesRead, 1U);
+  EXPECT_EQ(test::CountFileTraffic().bytesWritten, 4U);
 }
 
 TEST_F(JournalCost, OfATrimIsTwoReadingsAndOneWritingOfWhatStays) {
@@ -508,9 +508,9 @@ TEST_F(JournalCost, OfATrimIsTwoReadingsAndOneWritingOfWhatStays) {
     test::ResetFileTraffic();
     EXPECT_EQ(lumo::AppendLogRecord("new"), 0);
     const test::FileTraffic traffic = test::CountFileTraffic();
-    EXPECT_EQ(traffic.bytes_read, static_cast<uint64_t>(count) * 100 * 2 + 1);
-    EXPECT_EQ(traffic.bytes_written, static_cast<uint64_t>(kept) * 100 + 4);
-    EXPECT_LE(traffic.largest_read, 4096U);
+    EXPECT_EQ(traffic.bytesRead, static_cast<uint64_t>(count) * 100 * 2 + 1);
+    EXPECT_EQ(traffic.bytesWritten, static_cast<uint64_t>(kept) * 100 + 4);
+    EXPECT_LE(traffic.largestRead, 4096U);
   }
 }
 

@@ -58,7 +58,7 @@ TEST_F(Append, MakesTheFile) {
 
 struct AppendCase {
   const char *name;
-  int32_t log_size;
+  int32_t logSize;
   std::string before;
   std::string after;
 };
@@ -91,7 +91,7 @@ const AppendCase kAppendCases[] = {
 TEST_F(Append, KeepsTheLogBelowItsSize) {
   for (const AppendCase &row : kAppendCases) {
     folder.Write("LOG", row.before);
-    lumo::SetLogSize(row.log_size);
+    lumo::SetLogSize(row.logSize);
     EXPECT_EQ(lumo::AppendLogRecord("new"), 0) << row.name;
     EXPECT_EQ(folder.Read("LOG"), row.after) << row.name;
     EXPECT_FALSE(folder.Exists("LOG.old")) << row.name;

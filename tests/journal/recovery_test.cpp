@@ -13,7 +13,7 @@ namespace {
 
 struct Leftover {
   const char *name;
-  const char *old_log;  // null: there is none
+  const char *oldLog;  // null: there is none
   const char *log;
   const char *expected;
 };
@@ -54,7 +54,7 @@ class Recovery : public testing::Test {
 
 TEST_F(Recovery, OfATrim) {
   for (const Leftover &row : kLeftovers) {
-    Put("LOG.old", row.old_log);
+    Put("LOG.old", row.oldLog);
     Put("LOG", row.log);
     lumo::RecoverJournals();
     EXPECT_EQ(folder.Read("LOG"), row.expected) << row.name;

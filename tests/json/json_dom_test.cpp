@@ -17,30 +17,30 @@ struct FakeTree {
   std::vector<std::string> calls;
   std::vector<std::string> keys;  // owns the copies
   int structures = 0;
-  bool refuse_structures = false;
-  bool refuse_values = false;
-  bool refuse_keys = false;
-  int append_result = 0;
+  bool refuseStructures = false;
+  bool refuseValues = false;
+  bool refuseKeys = false;
+  int appendResult = 0;
 
   bool CreateStructure(uint32_t depth, bool is_object, int *created) {
     calls.push_back(std::string("create ") + (is_object ? "object" : "array") + " at depth " +
                     std::to_string(depth));
     *created = ++structures;
-    return !refuse_structures;
+    return !refuseStructures;
   }
   bool CreateValue(JsonEvent type, const char *text, uint32_t length, std::string *created) {
     *created = std::to_string(type) + "(" +
                std::string(text != nullptr ? text : "", text != nullptr ? length : 0) + ")";
-    return !refuse_values;
+    return !refuseValues;
   }
   std::string CloseStructure(int structure) { return "structure " + std::to_string(structure); }
   int Append(int structure, const char *key, uint32_t key_length, const std::string &value) {
     const std::string name = key != nullptr ? "[" + std::string(key, key_length) + "]" : "";
     calls.push_back("append to " + std::to_string(structure) + name + ": " + value);
-    return append_result;
+    return appendResult;
   }
   const char *CopyKey(const char *key, uint32_t length) {
-    if (refuse_keys) return nullptr;
+    if (refuseKeys) return nullptr;
     keys.emplace_back(key, length);
     return keys.back().c_str();
   }
@@ -99,26 +99,26 @@ TEST_F(JsonDom, SurvivesABracketThatClosesNothing) {
 }
 
 TEST_F(JsonDom, RefusedStructureIsTwelve) {
-  tree.refuse_structures = true;
+  tree.refuseStructures = true;
   EXPECT_EQ(Give(JSON_OBJECT_BEGIN), 12);
   EXPECT_EQ(Give(JSON_ARRAY_BEGIN), 12);
 }
 
 TEST_F(JsonDom, KeyThatCannotBeCopiedIsOne) {
   Give(JSON_OBJECT_BEGIN);
-  tree.refuse_keys = true;
+  tree.refuseKeys = true;
   EXPECT_EQ(Give(JSON_KEY, "a"), 1);
 }
 
 TEST_F(JsonDom, ValueThatCannotBeMadeIsOne) {
   Give(JSON_ARRAY_BEGIN);
-  tree.refuse_values = true;
+  tree.refuseValues = true;
   EXPECT_EQ(Give(JSON_INT, "1"), 1);
 }
 
 TEST_F(JsonDom, HandsOnTheResultOfAnAppend) {
   Give(JSON_ARRAY_BEGIN);
-  tree.append_result = -306;
+  tree.appendResult = -306;
   EXPECT_EQ(Give(JSON_INT, "1"), -306);
   Give(JSON_ARRAY_BEGIN);
   EXPECT_EQ(Give(JSON_ARRAY_END), -306);

@@ -356,7 +356,7 @@ TEST(JsonParser, FindsQuoteAndBackslashAtEveryPlaceInAString) {
 struct CommentCase {
   const char *name;
   const char *text;
-  bool block_and_line;
+  bool blockAndLine;
   bool hash;
   int code;
   size_t taken;
@@ -394,7 +394,7 @@ TEST(JsonParser, AllowsCommentsByTheirFlagsHoweverTheyAreCut) {
     SCOPED_TRACE(row.name);
 
     JsonParserConfig config = PlainConfig();
-    config.allowBlockAndLineComments = row.block_and_line;
+    config.allowBlockAndLineComments = row.blockAndLine;
     config.allowHashComments = row.hash;
     const Outcome outcome = FeedEveryWay(row.text, config);
     EXPECT_EQ(outcome.code, row.code);

@@ -54,10 +54,10 @@ struct ReferenceNotes : nlohmann::json_sax<nlohmann::json>, Notes {
   bool start_array(size_t) override { return Note("["); }
   bool end_array() override { return Note("]"); }
   bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &error) override {
-    number_too_large = error.id == 406;
+    numberTooLarge = error.id == 406;
     return false;
   }
-  bool number_too_large = false;
+  bool numberTooLarge = false;
 };
 
 int NoteEvent(void *user, JsonEvent event, const char *data, uint32_t length) {
@@ -118,7 +118,7 @@ std::ostream &operator<<(std::ostream &out, const Read &read) {
 Read ByReference(const std::string &text) {
   ReferenceNotes notes;
   const bool accepted = nlohmann::json::sax_parse(text, &notes);
-  return {accepted, !notes.number_too_large, notes.text};
+  return {accepted, !notes.numberTooLarge, notes.text};
 }
 
 // A line feed ends a number at top level. Depth and values tell whether the document is complete, which the

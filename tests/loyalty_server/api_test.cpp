@@ -20,7 +20,7 @@ class Api : public testing::Test {
  protected:
   loyalty::ApiAnswer Call(const std::string &method, const std::string &path, const std::string &body = "",
                           const std::map<std::string, std::string> &query = {}) {
-    return loyalty::CallApi(&server, {method, path, query, body}, [this] { return is_ending; });
+    return loyalty::CallApi(&server, {method, path, query, body}, [this] { return isEnding; });
   }
   std::string Get(const std::string &path, const std::map<std::string, std::string> &query = {}) {
     const loyalty::ApiAnswer answer = Call("GET", path, "", query);
@@ -42,7 +42,7 @@ class Api : public testing::Test {
   }
 
   loyalty::Server server{bench::MakeProgramme()};
-  bool is_ending = false;
+  bool isEnding = false;
 };
 
 TEST_F(Api, TellsTheStateInOneObject) {
@@ -138,7 +138,7 @@ TEST_F(Api, WaitsForTheNextChange) {
 }
 
 TEST_F(Api, WaitsForNothingAtTheEnd) {
-  is_ending = true;
+  isEnding = true;
   Get("state", {{"after", std::to_string(server.revision())}, {"wait", "60"}});
   Get("exchanges", {{"wait", "60"}});
 }

@@ -98,8 +98,8 @@ class Terminal {
     Head head;
     head.cardNum = Quoted(card);
     head.terminalId = Quoted(id_);
-    last_id = request_id.empty() ? NextId() : request_id;
-    head.requestId = Quoted(last_id);
+    lastId = request_id.empty() ? NextId() : request_id;
+    head.requestId = Quoted(lastId);
     const loyalty::Reply reply = programme_->Handle(operation, Document(operation, head, part));
     const nlohmann::json answer = AnswerOf(reply);
     name = answer.begin().key();
@@ -117,7 +117,7 @@ class Terminal {
     return text;
   }
 
-  std::string last_id;
+  std::string lastId;
   std::string name;
 
  private:

@@ -56,7 +56,7 @@ TEST_F(DataFile, HoldsWhatTheProgrammeRemembers) {
     EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
     EXPECT_EQ(terminal.Code("paymentAndConfirm", "200", Bill(false)), "OK");
     EXPECT_EQ(terminal.Code("cashBack", "200",
-                            R"({"requestId":")" + terminal.last_id +
+                            R"({"requestId":")" + terminal.lastId +
                                 R"(","cashBackType":"SEQ","cashBackGood":[{"pos":1,"sum":2500,"cnt":1}]})"),
               "OK");
     EXPECT_EQ(terminal.Code("activate", "300",

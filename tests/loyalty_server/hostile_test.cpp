@@ -144,7 +144,7 @@ TEST(HostileRequests, ABillOfTenThousandGoodsIsPaidAndReturned) {
       "OK");
   EXPECT_EQ(bench::Purses(programme, "200"), "20000/30000/10000");
   EXPECT_EQ(terminal.Code("cashBack", "200",
-                          R"({"requestId":")" + terminal.last_id +
+                          R"({"requestId":")" + terminal.lastId +
                               R"(","cashBackType":"SEQ","cashBackGood":[)" + returned + "]}"),
             "OK");
   EXPECT_EQ(bench::Purses(programme, "200"), "0/0/0");
@@ -189,7 +189,7 @@ TEST(HostileRequests, RandomDaysLeaveThePursesSound) {
       }
       const json answer = terminal.Ask(method, card, part);
       ASSERT_NE(answer["response"]["requestStateCode"], "INTERNAL_ERROR");
-      if (operation.part != nullptr && std::string(operation.part) == "bill") ids.push_back(terminal.last_id);
+      if (operation.part != nullptr && std::string(operation.part) == "bill") ids.push_back(terminal.lastId);
       ExpectSound(programme);
     }
     for (const auto &payment : programme.payments()) {

@@ -28,7 +28,7 @@ class ProgrammeRules : public testing::Test {
   // Pays and confirms the two positions; gives the id of the payment.
   std::string Buy(bool is_spending, const std::string &card = "100") {
     EXPECT_EQ(terminal.Code("paymentAndConfirm", card, Bill(is_spending)), "OK");
-    return terminal.last_id;
+    return terminal.lastId;
   }
 
   std::string Return(const std::string &id, const std::string &goods, const std::string &card = "100") {
@@ -261,7 +261,7 @@ TEST_F(ProgrammeRules, APartThatIsMissingOrMisshapenIsRefused) {
 
 TEST_F(ProgrammeRules, AnIdIsGoodForOneOperation) {
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":500})"), "OK");
-  const std::string id = terminal.last_id;
+  const std::string id = terminal.lastId;
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":500})", id), "DUPLICATE_REQUEST_ID");
   EXPECT_EQ(terminal.Code("balance", "100", "", id), "DUPLICATE_REQUEST_ID");
   EXPECT_EQ(Purses(programme, "200"), "500/0/0");
@@ -293,7 +293,7 @@ TEST_F(ProgrammeRules, AnOfflineRecordEarnsAtTheProgrammesRatesWhateverTheTermin
 
 TEST_F(ProgrammeRules, ARefusedIdMayComeAgain) {
   EXPECT_EQ(terminal.Code("deposit", "300", R"({"amount":500})"), "ACTIVATION_REQUIRED");
-  const std::string id = terminal.last_id;
+  const std::string id = terminal.lastId;
   ASSERT_TRUE(programme.SetCardState("300", loyalty::CardState::kActive));
   EXPECT_EQ(terminal.Code("deposit", "300", R"({"amount":500})", id), "OK");
 }
@@ -543,7 +543,7 @@ TEST_F(ProgrammeRules, ABillWithoutGoodsIsPaidAndEarnsNothing) {
   EXPECT_EQ(answer["bill"],
             json::parse(R"({"totalSum":5000,"billNum":"","orderLen":0,"billDate":"","partnerFee":0})"));
   EXPECT_EQ(Purses(programme, "100"), "10000/5000/1000");
-  EXPECT_EQ(ReturnAll(terminal.last_id)["cashBackResult"]["returnedSum"], 0);
+  EXPECT_EQ(ReturnAll(terminal.lastId)["cashBackResult"]["returnedSum"], 0);
 }
 
 TEST_F(ProgrammeRules, ABillIsRefusedWithItsCode) {
@@ -600,7 +600,7 @@ TEST_F(ProgrammeRules, BillsThatDoNotAddUpAreTakenWhereTheShopAllowsIt) {
       R"({"good":[{"title":"a","productCode":"b","positionCost":100,"orderNum":0,"cnt":0},)"
       R"({"title":"a","productCode":"b","positionCost":100,"orderNum":0,"cnt":0}]})";
   EXPECT_EQ(terminal.Code("paymentAndConfirm", "100", Bill(false, goods, 7, 9)), "OK");
-  EXPECT_EQ(ReturnAll(terminal.last_id)["response"]["requestStateCode"], "OK");
+  EXPECT_EQ(ReturnAll(terminal.lastId)["response"]["requestStateCode"], "OK");
 }
 
 TEST_F(ProgrammeRules, RatesThatContradictEachOtherAreAShopsMistake) {
@@ -622,7 +622,7 @@ TEST_F(ProgrammeRules, TheLargestSumsAreCountedWithoutOverflow) {
             json::parse(R"([{"earned":42949672,"spend":0,"organizerFee":21474836,"accountType":"GLOBAL"},)"
                         R"({"earned":64424509,"spend":0,"organizerFee":64424509,"accountType":"LOCAL"},)"
                         R"({"earned":21474836,"spend":0,"organizerFee":0,"accountType":"DISCOUNT"}])"));
-  EXPECT_EQ(Return(terminal.last_id, R"([{"pos":1,"sum":2147483647,"cnt":2147483647}])", "200"), "OK");
+  EXPECT_EQ(Return(terminal.lastId, R"([{"pos":1,"sum":2147483647,"cnt":2147483647}])", "200"), "OK");
   EXPECT_EQ(Purses(programme, "200"), "0/0/0");
 }
 
@@ -630,13 +630,13 @@ TEST_F(ProgrammeRules, TheLargestSumsAreCountedWithoutOverflow) {
 
 TEST_F(ProgrammeRules, AConfirmationDoesWhatThePaymentPromised) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
-  EXPECT_EQ(Confirm(terminal.last_id, true), "OK");
+  EXPECT_EQ(Confirm(terminal.lastId, true), "OK");
   EXPECT_EQ(Purses(programme, "100"), "9611/165/1055");
 }
 
 TEST_F(ProgrammeRules, ACancellationGivesBackWhatWasReserved) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
-  EXPECT_EQ(Confirm(terminal.last_id, false), "OK");
+  EXPECT_EQ(Confirm(terminal.lastId, false), "OK");
   EXPECT_EQ(Purses(programme, "100"), "10000/5000/1000");
 }
 
@@ -649,7 +649,7 @@ TEST_F(ProgrammeRules, APaymentIsConfirmedOrCanceledOnce) {
   for (const bool is_first : {true, false}) {
     for (const bool is_second : {true, false}) {
       ASSERT_EQ(terminal.Code("payment", "200", Bill(false)), "OK");
-      const std::string id = terminal.last_id;
+      const std::string id = terminal.lastId;
       ASSERT_EQ(Confirm(id, is_first, "200"), "OK");
       const std::string before = Purses(programme, "200");
       EXPECT_EQ(Confirm(id, is_second, "200"), "BILL_INCORRECT_STATE");
@@ -663,13 +663,13 @@ TEST_F(ProgrammeRules, OnlyTheAccountThatPaidCanConfirm) {
   EXPECT_EQ(Confirm("1234512120509999", true), "BILL_NOT_FOUND");
   EXPECT_EQ(Confirm("", true), "BILL_NOT_FOUND");
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
-  EXPECT_EQ(Confirm(terminal.last_id, true, "200"), "BILL_NOT_FOUND");
+  EXPECT_EQ(Confirm(terminal.lastId, true, "200"), "BILL_NOT_FOUND");
 }
 
 TEST_F(ProgrammeRules, AnotherTerminalOfTheShopMayConfirm) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
   Terminal other(&programme, "54321");
-  EXPECT_EQ(other.Code("confirm", "100", R"({"requestId":")" + terminal.last_id + R"(","isConfirm":true})"),
+  EXPECT_EQ(other.Code("confirm", "100", R"({"requestId":")" + terminal.lastId + R"(","isConfirm":true})"),
             "OK");
 }
 
@@ -749,7 +749,7 @@ TEST_F(ProgrammeRules, NeverMoreComesBackThanWasPaid) {
 TEST_F(ProgrammeRules, AReturnNeedsAConfirmedPaymentOfTheSameAccount) {
   EXPECT_EQ(ReturnAll("1234512120509999")["response"]["requestStateCode"], "BILL_NOT_FOUND");
   EXPECT_EQ(terminal.Code("payment", "100", Bill(false)), "OK");
-  const std::string held = terminal.last_id;
+  const std::string held = terminal.lastId;
   EXPECT_EQ(ReturnAll(held)["response"]["requestStateCode"], "UNPROCESSED_BILL");
   EXPECT_EQ(ReturnAll(held, "200")["response"]["requestStateCode"], "BILL_NOT_FOUND");
   EXPECT_EQ(Confirm(held, false), "OK");
@@ -774,7 +774,7 @@ TEST_F(ProgrammeRules, AFreePositionGoesBackByItsCount) {
       R"({"good":[{"title":"a","productCode":"b","positionCost":0,"orderNum":1,"cnt":2},)"
       R"({"title":"c","productCode":"d","positionCost":0,"orderNum":2,"cnt":1}]})";
   EXPECT_EQ(terminal.Code("paymentAndConfirm", "100", Bill(true, goods, 0, 2)), "OK");
-  const std::string id = terminal.last_id;
+  const std::string id = terminal.lastId;
   EXPECT_EQ(Return(id, R"([{"pos":1,"sum":0,"cnt":1}])"), "OK");
   EXPECT_EQ(Return(id, R"([{"pos":1,"sum":0,"cnt":1}])"), "OK");
   EXPECT_EQ(Return(id, R"([{"pos":1,"sum":0,"cnt":1}])"), "INCORRECT_BILL");
@@ -802,7 +802,7 @@ TEST_F(ProgrammeRules, ADepositNeverPassesThirtyTwoBits) {
 
 TEST_F(ProgrammeRules, ADepositLeavesRoomForWhatIsExpected) {
   EXPECT_EQ(terminal.Code("payment", "200", Bill(false)), "OK");  // will bring 219 GLOBAL
-  const std::string id = terminal.last_id;
+  const std::string id = terminal.lastId;
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":2147483429})"), "INCORRECT_SUM");
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":2147483428})"), "OK");
   EXPECT_EQ(Confirm(id, true, "200"), "OK");
@@ -811,7 +811,7 @@ TEST_F(ProgrammeRules, ADepositLeavesRoomForWhatIsExpected) {
 
 TEST_F(ProgrammeRules, AnExchangeMovesTheAccountToTheTokensCard) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
-  const std::string held = terminal.last_id;
+  const std::string held = terminal.lastId;
   EXPECT_EQ(terminal.Code("cardExchange", "100", R"({"token":"TOKEN-1"})"), "OK");
   EXPECT_EQ(Purses(programme, "500"), "10000(-499)(+110)/5000(-5000)(+165)/1000(+55)");
   EXPECT_EQ(terminal.Code("balance", "100"), "LOCKED_CARD");
@@ -842,12 +842,12 @@ TEST_F(ProgrammeRules, ALinkedCardIsActivatedAndSharesTheAccount) {
   EXPECT_EQ(Purses(programme, "300"), "10000/5000/1000");
   EXPECT_EQ(terminal.Code("paymentAndConfirm", "300", Bill(true)), "OK");
   EXPECT_EQ(Purses(programme, "100"), "9611/165/1055");
-  EXPECT_EQ(ReturnAll(terminal.last_id, "100")["cashBackResult"]["returnedSum"], 5499);
+  EXPECT_EQ(ReturnAll(terminal.lastId, "100")["cashBackResult"]["returnedSum"], 5499);
 }
 
 TEST_F(ProgrammeRules, AnActiveCardBringsItsBonusesAndPaymentsAlong) {
   EXPECT_EQ(terminal.Code("payment", "100", Bill(true)), "OK");
-  const std::string held = terminal.last_id;
+  const std::string held = terminal.lastId;
   EXPECT_EQ(terminal.Code("deposit", "200", R"({"amount":77})"), "OK");
   EXPECT_EQ(terminal.Code("linkCard", "100", R"({"linkedCardNum":"200"})"), "OK");
   EXPECT_EQ(Purses(programme, "200"), "10077(-499)(+110)/5000(-5000)(+165)/1000(+55)");

@@ -46,7 +46,7 @@ class BenchServer : public testing::Test {
   std::string Request(const char *method, const std::string &part = "", const std::string &card = "100") {
     Head head;
     char id[32];
-    std::snprintf(id, sizeof id, "\"12345121205%05d\"", ++last_number);
+    std::snprintf(id, sizeof id, "\"12345121205%05d\"", ++lastNumber);
     head.requestId = id;
     head.cardNum = bench::Quoted(card);
     return bench::Document(*FindOperation(method), head, part);
@@ -86,7 +86,7 @@ class BenchServer : public testing::Test {
 
   loyalty::ServerOptions options;
   std::unique_ptr<loyalty::Server> server;
-  int last_number = 0;
+  int lastNumber = 0;
   std::mutex mutex;
   std::condition_variable changed;
   std::vector<std::string> lines;

@@ -126,14 +126,14 @@ TEST_F(Ledgers, WhatCannotBeKeptIsRefusedAndChangesNothing) {
   loyalty::Programme programme = Start();
   Terminal terminal(&programme);
   EXPECT_EQ(terminal.Code("payment", "100", bench::Bill(true)), "OK");
-  const std::string payment = terminal.last_id;
+  const std::string payment = terminal.lastId;
   const std::string before = bench::Purses(programme, "100");
 
   content.isFull = true;
   const nlohmann::json answer = terminal.Ask("payment", "100", bench::Bill(true));
   EXPECT_EQ(answer["response"]["requestState"], "ERROR");
   EXPECT_EQ(answer["response"]["requestStateCode"], "INTERNAL_ERROR");
-  EXPECT_EQ(answer["response"]["requestId"], terminal.last_id);
+  EXPECT_EQ(answer["response"]["requestId"], terminal.lastId);
   EXPECT_FALSE(answer.contains("bill"));
   EXPECT_EQ(terminal.Code("confirm", "100", R"({"requestId":")" + payment + R"(","isConfirm":true})"),
             "INTERNAL_ERROR");
@@ -144,7 +144,7 @@ TEST_F(Ledgers, WhatCannotBeKeptIsRefusedAndChangesNothing) {
   EXPECT_EQ(programme.FindCard("100")->state, loyalty::CardState::kActive);
 
   content.isFull = false;
-  EXPECT_EQ(terminal.Code("payment", "100", bench::Bill(true), terminal.last_id), "OK")
+  EXPECT_EQ(terminal.Code("payment", "100", bench::Bill(true), terminal.lastId), "OK")
       << "its id is still good";
 }
 

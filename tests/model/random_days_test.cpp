@@ -38,9 +38,9 @@ class Dice {
 
 // A text the register may pass, or null.
 struct Argument {
-  bool is_null = false;
+  bool isNull = false;
   std::string text;
-  const char *get() const { return is_null ? nullptr : text.c_str(); }
+  const char *get() const { return isNull ? nullptr : text.c_str(); }
 };
 
 std::vector<std::string> Lines(const std::string &bytes) {
@@ -244,7 +244,7 @@ class Day {
                                                       "null"};
     Argument argument;
     if (dice_.OneIn(15)) {
-      argument.is_null = true;
+      argument.isNull = true;
     } else if (dice_.OneIn(8)) {
       argument.text = dice_.Of(kHostile);
     } else {
@@ -276,7 +276,7 @@ class Day {
   // A bill file of the register's, good most of the time. Null or a path that is no file now and then.
   Argument Bill() {
     Argument path = Text({"BILL.JSN", "BILL.JSN", "BILL.JSN", "Счёт.jsn", "no such folder/BILL.JSN"});
-    if (path.is_null || (path.text != "BILL.JSN" && path.text != "Счёт.jsn")) {
+    if (path.isNull || (path.text != "BILL.JSN" && path.text != "Счёт.jsn")) {
       path.text = dice_.OneIn(2) ? "MISSING" : "no such folder/BILL.JSN";
       return path;
     }
@@ -308,7 +308,7 @@ class Day {
 
   Argument ReturnList() {
     Argument path = Text({"RETURN.JSN", "RETURN.JSN", "MISSING"});
-    if (path.is_null) return path;
+    if (path.isNull) return path;
     if (path.text != "RETURN.JSN") {
       path.text = "MISSING";
       return path;
@@ -392,7 +392,7 @@ class Day {
         if (dice_.OneIn(3)) {
           bill = Bill();
         } else {
-          bill.is_null = true;
+          bill.isNull = true;
         }
         const char *type_text = dice_.OneIn(5)
                                     ? reinterpret_cast<const char *>(static_cast<uintptr_t>(dice_.Below(3)))
@@ -598,7 +598,7 @@ class Day {
     static const std::vector<std::string> kBounds = {"", "2012-01-01T00:00:00Z", "2012-06-01T00:00:00Z",
                                                      "2013", "9"};
     const Argument from = Text(kBounds), to = Text(kBounds);
-    const bool in_order = (from.is_null ? "" : from.text) < (to.is_null ? "" : to.text);
+    const bool in_order = (from.isNull ? "" : from.text) < (to.isNull ? "" : to.text);
     const int detailed = shop_.GenerateReport(from.get(), to.get());
     if (!in_order) {
       EXPECT_EQ(detailed, -701);
@@ -617,7 +617,7 @@ class Day {
     int deposits = 0, returns = 0;
     for (const std::string &line : log_) {
       const Json record = ParseLoosely(line);
-      if (!Within(record, from.is_null ? "" : from.text, to.is_null ? "" : to.text)) continue;
+      if (!Within(record, from.isNull ? "" : from.text, to.isNull ? "" : to.text)) continue;
       const std::string type = record["request"]["type"];
       const std::string rrn = record["request"]["requestId"].get<std::string>().substr(0, 20);
       if (type == "PAYMENT") payments.emplace_back(rrn, -1);

@@ -114,7 +114,7 @@ TEST(Signals, SendingToABrokenConnectionRaisesNone) {
 
 TEST(PosixSockets, AreNotInheritedByPrograms) {
   const Client client;
-  EXPECT_EQ(fcntl(static_cast<int>(client.socket_), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+  EXPECT_EQ(fcntl(static_cast<int>(client.handle), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 // Elsewhere the peer's own library has started the sockets before any test runs.
@@ -160,20 +160,20 @@ TEST(PosixSockets, OnlyWhatTheLibraryUsesIsOffered) {
   EXPECT_EQ(WSAGetLastError(), 10047);
   EXPECT_EQ(socket(AF_INET, 2, 0), INVALID_SOCKET);
   EXPECT_EQ(WSAGetLastError(), 10043);
-  EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, SO_RCVTIMEO, bytes, 2), SOCKET_ERROR);
+  EXPECT_EQ(setsockopt(client.handle, SOL_SOCKET, SO_RCVTIMEO, bytes, 2), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
-  EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, SO_RCVTIMEO, nullptr, 4), SOCKET_ERROR);
+  EXPECT_EQ(setsockopt(client.handle, SOL_SOCKET, SO_RCVTIMEO, nullptr, 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
-  EXPECT_EQ(setsockopt(client.socket_, SOL_SOCKET, 4, bytes, 4), SOCKET_ERROR);
+  EXPECT_EQ(setsockopt(client.handle, SOL_SOCKET, 4, bytes, 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10042);
-  EXPECT_EQ(setsockopt(client.socket_, 6, SO_RCVTIMEO, bytes, 4), SOCKET_ERROR);
+  EXPECT_EQ(setsockopt(client.handle, 6, SO_RCVTIMEO, bytes, 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10042);
   sockaddr_in address = {};
-  EXPECT_EQ(connect(client.socket_, nullptr, sizeof address), SOCKET_ERROR);
+  EXPECT_EQ(connect(client.handle, nullptr, sizeof address), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
-  EXPECT_EQ(connect(client.socket_, reinterpret_cast<const sockaddr *>(&address), 4), SOCKET_ERROR);
+  EXPECT_EQ(connect(client.handle, reinterpret_cast<const sockaddr *>(&address), 4), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10014);
-  EXPECT_EQ(connect(client.socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address),
+  EXPECT_EQ(connect(client.handle, reinterpret_cast<const sockaddr *>(&address), sizeof address),
             SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10047);
   EXPECT_EQ(inet_addr(nullptr), INADDR_NONE);

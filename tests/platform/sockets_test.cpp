@@ -83,7 +83,7 @@ TEST(Sockets, AllOfALargeRequestGoesOutInOneCall) {
     const Client client;
     ASSERT_EQ(client.Connect(peer.port()), 0);
     EXPECT_EQ(client.Send(large), static_cast<int>(large.size()));
-    EXPECT_EQ(shutdown(client.socket_, SD_BOTH), 0);
+    EXPECT_EQ(shutdown(client.handle, SD_BOTH), 0);
   }
   EXPECT_EQ(received, large.size());
 }
@@ -186,7 +186,7 @@ TEST(Sockets, NothingIsSentAfterTheShutdown) {
   Peer peer([](Connection &connection) { connection.ReadToEnd(); });
   const Client client;
   ASSERT_EQ(client.Connect(peer.port()), 0);
-  EXPECT_EQ(shutdown(client.socket_, SD_BOTH), 0);
+  EXPECT_EQ(shutdown(client.handle, SD_BOTH), 0);
   EXPECT_EQ(client.Send("x"), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10058);
 }
@@ -196,7 +196,7 @@ TEST(Sockets, AnUnconnectedSocketNeitherReceivesNorShutsDown) {
   std::string answer;
   EXPECT_EQ(client.Receive(&answer, 500), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10057);
-  EXPECT_EQ(shutdown(client.socket_, SD_BOTH), SOCKET_ERROR);
+  EXPECT_EQ(shutdown(client.handle, SD_BOTH), SOCKET_ERROR);
   EXPECT_EQ(WSAGetLastError(), 10057);
 }
 

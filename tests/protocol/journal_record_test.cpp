@@ -33,14 +33,14 @@ class RecordWriter : public ProtocolTest {
 
 struct RecordCase {
   int32_t number;
-  const char *type_text;
+  const char *typeText;
   const char *parts;  // behind the request part
 
   lumo::RequestType type() const { return static_cast<lumo::RequestType>(number); }
 };
 
 std::ostream &operator<<(std::ostream &out, const RecordCase &operation) {
-  return out << operation.type_text;
+  return out << operation.typeText;
 }
 
 const RecordCase kRecords[] = {
@@ -62,10 +62,10 @@ class OperationRecord : public RecordWriter, public ::testing::WithParamInterfac
 TEST_P(OperationRecord, IsItsRequestAndItsParts) {
   record->request.type = GetParam().type();
   EXPECT_EQ(Printed(record),
-            "{\"request\":" + FullRequest(GetParam().type_text, "false") + GetParam().parts + "}");
+            "{\"request\":" + FullRequest(GetParam().typeText, "false") + GetParam().parts + "}");
   record->request.isOffline = 1;
   EXPECT_EQ(Printed(record),
-            "{\"request\":" + FullRequest(GetParam().type_text, "true") + GetParam().parts + "}");
+            "{\"request\":" + FullRequest(GetParam().typeText, "true") + GetParam().parts + "}");
   EXPECT_EQ(TakeTrace(), "");
 }
 
@@ -80,7 +80,7 @@ TEST_P(OperationRecord, ReadsBackAsItWasWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, OperationRecord, ::testing::ValuesIn(kRecords),
-                         [](const auto &test_case) { return std::string(test_case.param.type_text); });
+                         [](const auto &test_case) { return std::string(test_case.param.typeText); });
 
 TEST_F(RecordWriter, HoldsNoLineFeedOfItsTexts) {
   record->request.type = lumo::REQUEST_BALANCE;

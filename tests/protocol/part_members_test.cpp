@@ -10,7 +10,7 @@ namespace {
 struct SampleBlock {
   const char *text;
   char date[lumo::kDateBytes];
-  char short_date[lumo::kDateBytes - 1];
+  char shortDate[lumo::kDateBytes - 1];
   int32_t number;
   uint32_t size;
   bool flag;
@@ -29,7 +29,7 @@ constexpr bool kFitsAMember =
 static_assert(kFitsAMember<decltype(&SampleBlock::text)> && kFitsAMember<decltype(&SampleBlock::date)> &&
               kFitsAMember<decltype(&SampleBlock::number)> && kFitsAMember<decltype(&SampleBlock::flag)> &&
               kFitsAMember<decltype(&SampleBlock::account)>);
-static_assert(!kFitsAMember<decltype(&SampleBlock::short_date)> &&
+static_assert(!kFitsAMember<decltype(&SampleBlock::shortDate)> &&
               !kFitsAMember<decltype(&SampleBlock::size)> && !kFitsAMember<decltype(&SampleBlock::blocks)>);
 static_assert(!kFitsAMember<decltype(&OtherSampleBlock::number)>, "a field of another block");
 static_assert(!kFitsAMember<size_t> && !kFitsAMember<int> && !kFitsAMember<std::nullptr_t>,

@@ -40,16 +40,16 @@ class RequestWriter : public ProtocolTest {
 
 struct OperationCase {
   int32_t number;
-  const char *type_text;
-  const char *request_name;
-  const char *web_method;
+  const char *typeText;
+  const char *requestName;
+  const char *webMethod;
   const char *parts;  // behind the request part
 
   lumo::RequestType type() const { return static_cast<lumo::RequestType>(number); }
 };
 
 std::ostream &operator<<(std::ostream &out, const OperationCase &operation) {
-  return out << operation.type_text;
+  return out << operation.typeText;
 }
 
 const OperationCase kOperations[] = {
@@ -75,18 +75,18 @@ TEST_P(OperationRequest, HoldsTheRequestAndItsOwnPart) {
   FillRecord(record);
   record->request.type = GetParam().type();
   folder.ClearTrace();
-  EXPECT_EQ(Request(), std::string("{\"") + GetParam().request_name + "\":{\"request\":" +
-                           FullRequest(GetParam().type_text, "false") + GetParam().parts + "}}");
+  EXPECT_EQ(Request(), std::string("{\"") + GetParam().requestName + "\":{\"request\":" +
+                           FullRequest(GetParam().typeText, "false") + GetParam().parts + "}}");
   EXPECT_EQ(TakeTrace(), "CreateOperationRequest\n");
 }
 
 TEST_P(OperationRequest, HasItsNames) {
-  EXPECT_STREQ(lumo::RequestRootName(GetParam().type()), GetParam().request_name);
-  EXPECT_STREQ(lumo::WebMethodName(GetParam().type()), GetParam().web_method);
+  EXPECT_STREQ(lumo::RequestRootName(GetParam().type()), GetParam().requestName);
+  EXPECT_STREQ(lumo::WebMethodName(GetParam().type()), GetParam().webMethod);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, OperationRequest, ::testing::ValuesIn(kOperations),
-                         [](const auto &test_case) { return std::string(test_case.param.type_text); });
+                         [](const auto &test_case) { return std::string(test_case.param.typeText); });
 
 TEST(OperationNames, AreEmptyOutsideTheTable) {
   for (const int32_t type : {-1, 11, INT32_MIN, INT32_MAX}) {

@@ -107,7 +107,7 @@ TEST_F(Receipt, AnEmptyConfiguredHeaderIsStillALine) {
 }
 
 struct TerminalCase : test::NamedCase {
-  const char *terminal_id;
+  const char *terminalId;
   const char *line;
 };
 const TerminalCase kTerminalCases[] = {
@@ -120,7 +120,7 @@ const TerminalCase kTerminalCases[] = {
 class ReceiptTerminal : public test::Shop, public testing::WithParamInterface<TerminalCase> {};
 
 TEST_P(ReceiptTerminal, IsRightAlignedIn14Columns) {
-  OpenShop(std::string(R"("terminalId":")") + GetParam().terminal_id + "\"");
+  OpenShop(std::string(R"("terminalId":")") + GetParam().terminalId + "\"");
   OpenCard();
   EXPECT_THAT(lumo::ReceiptGetText(card->header), HasSubstr(std::string("\n") + GetParam().line));
 }

@@ -103,7 +103,7 @@ TEST_F(TransactionRecord, ALargePieceTakesOneAllocationOfItsSize) {
   lumo::TransactionAllocate(card, 100000);
   const test::Allocations after = test::CountAllocations();
   EXPECT_EQ(after.callocs - before.callocs, 1);
-  EXPECT_LT(after.last_size, 100100U);
+  EXPECT_LT(after.lastSize, 100100U);
 }
 
 TEST_F(TransactionRecord, ALargePieceLeavesRoomForSmallOnesBesideTheLast) {

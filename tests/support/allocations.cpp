@@ -25,20 +25,20 @@ void *__wrap_realloc(void *pointer, size_t size);
 
 void *__wrap_malloc(size_t size) {
   ++counts.mallocs;
-  counts.last_size = size;
+  counts.lastSize = size;
   return Refused() ? nullptr : __real_malloc(size);
 }
 
 void *__wrap_calloc(size_t count, size_t size) {
   ++counts.callocs;
-  counts.last_size = count * size;
+  counts.lastSize = count * size;
   return Refused() ? nullptr : __real_calloc(count, size);
 }
 
 void *__wrap_realloc(void *pointer, size_t size) {
   ++counts.reallocs;
-  counts.last_size = size;
-  counts.realloc_bytes += size;
+  counts.lastSize = size;
+  counts.reallocBytes += size;
   return Refused() ? nullptr : __real_realloc(pointer, size);
 }
 

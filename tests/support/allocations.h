@@ -10,8 +10,8 @@ struct Allocations {
   int mallocs = 0;
   int callocs = 0;
   int reallocs = 0;
-  size_t last_size = 0;      // of the latest of them; count times size for calloc
-  size_t realloc_bytes = 0;  // asked for in all reallocations together
+  size_t lastSize = 0;      // of the latest of them; count times size for calloc
+  size_t reallocBytes = 0;  // asked for in all reallocations together
 };
 
 // Since the process began. Take the difference of two.

@@ -129,8 +129,8 @@ lumo::BOOL __wrap_lumo_ReadFile(lumo::HANDLE file, void *buffer, lumo::DWORD cou
   const lumo::DWORD asked = IsTurn(&read_is_short_after) ? std::min<lumo::DWORD>(count, 1) : count;
   const lumo::BOOL succeeded = __real_lumo_ReadFile(file, buffer, asked, out_read, overlapped);
   ++traffic.reads;
-  traffic.bytes_read += *out_read;
-  traffic.largest_read = std::max(traffic.largest_read, count);
+  traffic.bytesRead += *out_read;
+  traffic.largestRead = std::max(traffic.largestRead, count);
   return succeeded;
 }
 
@@ -147,7 +147,7 @@ lumo::BOOL __wrap_lumo_WriteFile(lumo::HANDLE file, const void *buffer, lumo::DW
   }
   const lumo::BOOL succeeded = __real_lumo_WriteFile(file, buffer, fitting, out_written, overlapped);
   if (disk_room != UINT64_MAX) disk_room -= *out_written;
-  traffic.bytes_written += *out_written;
+  traffic.bytesWritten += *out_written;
   return succeeded;
 }
 

@@ -12,10 +12,10 @@ struct FileTraffic {
   int opens = 0;
   int reads = 0;
   int writes = 0;
-  uint64_t bytes_read = 0;
-  uint64_t bytes_written = 0;
-  uint32_t largest_read = 0;  // in bytes asked for
-  std::string steps;          // F a flush, C a cut, D a deletion, M a renaming, in their order
+  uint64_t bytesRead = 0;
+  uint64_t bytesWritten = 0;
+  uint32_t largestRead = 0;  // in bytes asked for
+  std::string steps;         // F a flush, C a cut, D a deletion, M a renaming, in their order
 };
 
 void ResetFileTraffic();

@@ -131,12 +131,12 @@ struct ScriptedServer::Impl {
     const std::lock_guard<std::mutex> lock(mutex);
     if (requests.size() <= index) {
       requests.resize(index + 1);
-      whole_lengths.resize(index + 1);
+      wholeLengths.resize(index + 1);
     }
     std::string &request = requests[index];
     request.append(buffer.data(), count);
-    if (whole_lengths[index] == 0) whole_lengths[index] = WholeLength(request);
-    return whole_lengths[index] != 0 && request.size() >= whole_lengths[index];
+    if (wholeLengths[index] == 0) wholeLengths[index] = WholeLength(request);
+    return wholeLengths[index] != 0 && request.size() >= wholeLengths[index];
   }
 
   const std::vector<Answer> answers;
@@ -147,7 +147,7 @@ struct ScriptedServer::Impl {
   std::vector<std::shared_ptr<Connection>> silent;
   mutable std::mutex mutex;
   std::vector<std::string> requests;
-  std::vector<size_t> whole_lengths;
+  std::vector<size_t> wholeLengths;
   std::thread thread;
 };
 

@@ -57,20 +57,20 @@ class LibraryFile : public testing::Test {
  protected:
   LibraryFile() {
     std::ifstream stream(std::getenv("LUMO_LIBRARY_FILE"), std::ios::binary);
-    file_.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    header_offset_ = At<wince_file::DosHeader>(0).header + 4;
+    file.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    headerOffset = At<wince_file::DosHeader>(0).header + 4;
   }
 
   // Places in the file.
   template <typename Record>
   Record &At(size_t offset) {
-    if (offset + sizeof(Record) > file_.size()) throw std::out_of_range("beyond the file");
-    return *reinterpret_cast<Record *>(&file_[offset]);
+    if (offset + sizeof(Record) > file.size()) throw std::out_of_range("beyond the file");
+    return *reinterpret_cast<Record *>(&file[offset]);
   }
-  FileHeader &header() { return At<FileHeader>(header_offset_); }
-  OptionalHeader &optional() { return At<OptionalHeader>(header_offset_ + sizeof(FileHeader)); }
+  FileHeader &header() { return At<FileHeader>(headerOffset); }
+  OptionalHeader &optional() { return At<OptionalHeader>(headerOffset + sizeof(FileHeader)); }
   SectionHeader &section(size_t i) {
-    return At<SectionHeader>(header_offset_ + sizeof(FileHeader) + sizeof(OptionalHeader) +
+    return At<SectionHeader>(headerOffset + sizeof(FileHeader) + sizeof(OptionalHeader) +
                              i * sizeof(SectionHeader));
   }
   SectionHeader &SectionOf(uint32_t address) {
@@ -111,13 +111,13 @@ class LibraryFile : public testing::Test {
   bool IsInCode(uint32_t address) { return (SectionOf(address).flags & wince_file::kExecutes) != 0; }
 
   std::string Save() {
-    std::ofstream stream(folder_ / "lumo.dll", std::ios::binary);
-    stream.write(reinterpret_cast<const char *>(file_.data()), static_cast<std::streamsize>(file_.size()));
-    return (folder_ / "lumo.dll").string();
+    std::ofstream stream(folder / "lumo.dll", std::ios::binary);
+    stream.write(reinterpret_cast<const char *>(file.data()), static_cast<std::streamsize>(file.size()));
+    return (folder / "lumo.dll").string();
   }
 
   std::string Trace() {
-    std::ifstream stream(folder_ / "TRACE.TXT", std::ios::binary);
+    std::ifstream stream(folder / "TRACE.TXT", std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   }
 
@@ -138,10 +138,10 @@ class LibraryFile : public testing::Test {
   }
   bool SellsHere();
 
-  std::vector<unsigned char> file_;
-  size_t header_offset_ = 0;
-  test::FreshFolder fresh_;
-  const fs::path folder_ = fresh_.path();
+  std::vector<unsigned char> file;
+  size_t headerOffset = 0;
+  test::FreshFolder fresh;
+  const fs::path folder = fresh.path();
 };
 
 // The library's calls, with the stack on any word, as a terminal's programs may have it: this program's own
@@ -181,10 +181,10 @@ bool LibraryFile::SellsHere() {
   const auto call = [module](const char *name, auto first, auto second) {
     return CallOnOddWord(Word(first), Word(second), wince::Find(module, name));
   };
-  std::ofstream(folder_ / "CONFIG")
+  std::ofstream(folder / "CONFIG")
       << R"({"terminalId":"12345","serverAddr":"http://127.0.0.1:1/ws","timeout":5,"logSize":10,"offlineMode":1,)"
       << R"("localBonusOffline":3,"globalBonusOffline":2,"orgFeeOffline":1})";
-  std::ofstream(folder_ / "STATE") << R"({"reqId":"1234512120500007","offline":0,"shiftState":0,"update":0})";
+  std::ofstream(folder / "STATE") << R"({"reqId":"1234512120500007","offline":0,"shiftState":0,"update":0})";
   if (call("LUMOInit", 0, 0) != 0 || call("CreateTransaction", "9000000001", "7") != 0) return false;
   if (call("CreateAmountBill", 10000, "BILL.JSN") != 0 || call("PaymentProc", 0, "BILL.JSN") != 0)
     return false;
@@ -235,13 +235,13 @@ TEST_F(LibraryFile, ThatIsAProgramIsRefused) {
 }
 
 TEST_F(LibraryFile, OfAnotherLengthIsRefused) {
-  file_.push_back(0);
+  file.push_back(0);
   EXPECT_THAT(Refusal(), HasSubstr("bytes of no section"));
-  file_.resize(file_.size() / 2);
+  file.resize(file.size() / 2);
   EXPECT_THAT(Refusal(), HasSubstr("out of place in the file"));
-  file_.resize(100);
+  file.resize(100);
   EXPECT_NE(Refusal(), "");
-  file_.clear();
+  file.clear();
   EXPECT_THAT(Refusal(), HasSubstr("is no program file"));
 }
 
@@ -289,7 +289,7 @@ TEST_F(LibraryFile, WithImportsThatCannotBeWrittenIsRefused) {
 }
 
 TEST_F(LibraryFile, WithTablesOffTheirWordsIsRefused) {
-  const std::vector<unsigned char> whole = file_;
+  const std::vector<unsigned char> whole = file;
   const struct {
     const char *name;
     std::function<void()> shift;
@@ -306,7 +306,7 @@ TEST_F(LibraryFile, WithTablesOffTheirWordsIsRefused) {
       {"relocations", [this] { optional().relocations.address += 2; }, "has no relocations"},
   };
   for (const auto &table : kTables) {
-    file_ = whole;
+    file = whole;
     table.shift();
     EXPECT_THAT(Refusal(), HasSubstr(table.refusal)) << table.name;
   }
@@ -385,10 +385,10 @@ TEST_F(LibraryFile, WithoutARelocationOfACallEndsThere) {
 
 #if defined(__arm__)
 TEST_F(LibraryFile, WithEntriesOfTheOtherInstructionSetIsRefused) {
-  const std::vector<unsigned char> whole = file_;
+  const std::vector<unsigned char> whole = file;
   InImage<uint32_t>(exports().functions) ^= 1;
   EXPECT_THAT(Refusal(), HasSubstr("is no code"));
-  file_ = whole;
+  file = whole;
   optional().entry_point ^= 1;
   EXPECT_THAT(Refusal(), HasSubstr("its entry point is no code"));
 }

@@ -74,11 +74,16 @@ void WatchForInterrupts(std::function<void()> before_end) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
   // For every thread: a call that waits for the server must not even be woken.
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  // The thread that waits takes no others: they are for the one that knows which call runs.
+  sigset_t all, before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
   std::thread([signals] {
     int signal = 0;
     sigwait(&signals, &signal);
     Interrupt(128 + signal);
   }).detach();
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
 #endif
 }
 

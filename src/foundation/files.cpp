@@ -129,9 +129,11 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   const bool written = FileWriteAll(file, text, length);
   if (written) FileFlush(file);  // a power cut must not find the name without the text
   FileClose(file);
-  if (written && FileMove(new_name, name) == 0) return Replaced::kDone;
+  const int move_code = written ? FileMove(new_name, name) : -1;
+  if (move_code == 0) return Replaced::kDone;
   FileDelete(new_name);
-  return Replaced::kNotWritten;
+  // Something has the name all the same, such as a link that leads nowhere.
+  return move_code == ERROR_ALREADY_EXISTS ? MakeDirectly(name, text, length) : Replaced::kNotWritten;
 }
 
 int ErrorUnless(bool succeeded) {
@@ -282,6 +284,13 @@ bool FileExists(const char *name) {
   WCHAR path[kPathUnits];
   BuildPath(name, path);
   return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool FileIsThere(const char *name) {
+  WCHAR path[kPathUnits];
+  BuildPath(name, path);
+  const DWORD attributes = GetFileAttributesW(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 bool FileIsMissing(const char *name) {

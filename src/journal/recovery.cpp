@@ -138,15 +138,16 @@ void RecoverOldLog() {
   }
 }
 
+// Note: a folder of such a name is left alone: moved, it would be in the way of the records to come.
 void RecoverLog() {
-  if (FileExists(kNewLogFile)) {
+  if (FileIsThere(kNewLogFile)) {
     if (FileIsMissing(kLogFile)) {
       FileMove(kNewLogFile, kLogFile);
     } else {
       RecoverNewLog();
     }
   }
-  if (FileExists(kOldLogFile) && FileIsMissing(kNewLogFile)) RecoverOldLog();
+  if (FileIsThere(kOldLogFile) && FileIsMissing(kNewLogFile)) RecoverOldLog();
 }
 
 }  // namespace
@@ -154,7 +155,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-  if (FileExists(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
+  if (FileIsThere(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
 }
 
 }  // namespace lumo

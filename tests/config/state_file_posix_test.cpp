@@ -104,6 +104,12 @@ TEST_F(StateFile, OneThatIsHeldIsNotReplaced) {
   EXPECT_EQ(folder.Read("STATE"), kSaved);
 }
 
+TEST_F(StateFile, CannotBeMadeThroughALinkThatLeadsNowhere) {
+  std::filesystem::create_symlink("nowhere/STATE", folder.path() + "STATE");
+  EXPECT_EQ(lumo::LoadState(), -109);
+  EXPECT_FALSE(folder.Exists("STATE.new"));
+}
+
 TEST_F(StateFile, CannotBeMadeWhereThereIsNoFolder) {
   std::filesystem::remove_all(folder.path());
   EXPECT_EQ(lumo::LoadState(), -109);

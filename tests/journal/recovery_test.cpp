@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "journal/logger.h"
@@ -139,6 +140,17 @@ TEST_F(Recovery, OfACommit) {
   EXPECT_EQ(folder.Read("OFFLINE"), "unsent\n");
   EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
   EXPECT_EQ(folder.Trace(), "");
+}
+
+TEST_F(Recovery, LeavesAFolderAlone) {
+  for (const char *name : {"LOG.new", "LOG.old", "OFFLINE_TMP"}) {
+    std::filesystem::create_directory(std::filesystem::u8path(folder.path() + name));
+    lumo::RecoverJournals();
+    EXPECT_TRUE(folder.Exists(name));
+    EXPECT_FALSE(folder.Exists("LOG")) << name;
+    EXPECT_FALSE(folder.Exists("OFFLINE")) << name;
+    std::filesystem::remove(std::filesystem::u8path(folder.path() + name));
+  }
 }
 
 TEST_F(Recovery, LeavesAnUnfinishedReplayBesideItsJournal) {

@@ -93,9 +93,9 @@
  *
  *   One operation is one exchange: connect to `serverAddr` of CONFIG, else to `serverAltAddr`, send, read
  *   the answer. Each single send and receive may take `timeout` seconds of CONFIG. A `timeout` that is
- *   missing or 0 waits for ever. How long a connection may take is the system's affair. The first operation
- *   of a terminal whose STATE holds no usable RRN makes one more exchange before its own, to ask for the
- *   last one.
+ *   missing or 0 waits for ever. How long a connection may take is the system's affair. When STATE holds no
+ *   usable RRN, the first operation makes one more exchange before its own: it asks the server for the
+ *   terminal's last RRN.
  *
  *   An operation that talks to the server may return these codes besides its own. MAY: the server may have
  *   carried it out or not; see "A lost answer".
@@ -116,8 +116,7 @@
  *     ERR_SERVER_REJECTED     MAY, and hardly ever: "HTTP Status 400" stands in what came. As a rule the
  *                             server could not read the request.
  *     ERR_SERVER_FAILURE      MAY. "HTTP Status 500" stands in what came: the server itself failed.
- *     -1                      The system's sockets do not start. Nothing was sent. It has no message of its
- *                             own.
+ *     -1                      The system's sockets do not start. Nothing was sent. No message of its own.
  *
  *   After each of them the operation has printed nothing on the slip and left no record in LOG. Its RRN is
  *   used up: the next operation takes the next one.
@@ -148,8 +147,8 @@
  *
  *   With `offlineMode` 1 in CONFIG a payment that ends with ERR_CONNECT is completed by the terminal from
  *   the rates in CONFIG, and a confirmation or cancellation is only recorded. Both then return 0, and their
- *   records wait in OFFLINE for SendOfflinePayments. Every other operation but LinkCardProc fails with
- *   ERR_CONNECT.
+ *   records wait in OFFLINE for SendOfflinePayments. Every other operation except LinkCardProc
+ *   fails with ERR_CONNECT.
  *
  *   lumoIsOffline tells that it happened. The slip says "ОФФЛАЙН", and no bonuses are spent.
  *
@@ -259,8 +258,8 @@ enum LumoResult {
 LUMO_API int LUMO_CALL LUMOInit(void);
 
 /* LUMOInit with a trace file of the caller's name: "TRACE_" + name + ".TXT". A null or empty name, or one
- * of more than 258 characters, means TRACE.TXT. The name changes nothing else. LUMOInit keeps the name
- * given last. */
+ * of more than 258 characters, means TRACE.TXT. The name changes nothing else. A later LUMOInit keeps the
+ * name that was given last. */
 LUMO_API int LUMO_CALL LUMOInitExt(const char *name);
 
 /* Leaves a line in the trace and returns 0. It frees, closes and saves nothing: everything is saved
@@ -414,8 +413,8 @@ LUMO_API int LUMO_CALL CashBackProc(const char *rrn, const char *return_list_pat
 
 /* Puts money on the card.
  *   amount  in hundredths
- * Returns 0, or ERR_OFFLINE_SAVE: DEPOSITED, the record is missing. The last line of its slip has no line
- * feed. */
+ * Returns 0, or ERR_OFFLINE_SAVE: DEPOSITED, the record is missing. Note: the last line that it adds to the
+ * slip has no line feed. */
 LUMO_API int LUMO_CALL DepositProc(int amount);
 
 /* Exchanges the transaction's card.
@@ -490,12 +489,12 @@ LUMO_API const char *LUMO_CALL getResponseMessage(void);
 /* The RRN of the last operation, 16 characters: the number to quote when a payment is confirmed, cancelled
  * or returned. Ask for it right after the operation. It is the terminal's last one, with or without a
  * transaction, and survives a restart; null when there was none. After SendOfflinePayments it may be another.
- * An operation that had none ("Without the server") leaves that of an older one. Valid until the next
- * getRRN. */
+ * After an operation that got no RRN (see "Without the server") it is that of an older operation. Valid until
+ * the next getRRN. */
 LUMO_API const char *LUMO_CALL getRRN(void);
 
-/* The amount that the server granted for the last activation, by its type, in hundredths. Without a
- * transaction ERR_NO_TRANSACTION. */
+/* The amount that the server granted for the last activation, by its type, in hundredths.
+ * ERR_NO_TRANSACTION without a transaction. */
 LUMO_API int LUMO_CALL GetActivationAmount(void);
 
 /* What the customer can spend: the sum of the available amounts of the GLOBAL and LOCAL accounts, as of the
@@ -522,8 +521,8 @@ LUMO_API const char *LUMO_CALL getReceiptBodyPtr(void);
 LUMO_API const char *LUMO_CALL getReceiptFooterPtr(void);
 
 /* Copies the slip's body, with its terminating zero, to `buffer`, and returns its size in bytes, the zero
- * included. With a null buffer it only returns the size: ask first. Without a transaction
- * ERR_NO_TRANSACTION. */
+ * included. With a null buffer it only returns the size: ask first.
+ * ERR_NO_TRANSACTION without a transaction. */
 LUMO_API int LUMO_CALL getReceiptBody(char *buffer);
 
 /* ---- Offline ---------------------------------------------------------------------------------------- */
@@ -532,8 +531,8 @@ LUMO_API int LUMO_CALL getReceiptBody(char *buffer);
  * transaction. Returns how many the server took, 0 or more; never a code. When some failed, OFFLINE holds
  * those afterwards, and a record that the server refuses stays there until somebody takes it out.
  * Note: when none failed OFFLINE stays as it is, and the next call sends its records again, with the same
- * RRNs. So compare the number with lumoOfflineCount before the call, and when they are equal call
- * lumoClearOffline. */
+ * RRNs. So ask lumoOfflineCount before the call. When it told the same number that this call returns, call
+ * lumoClearOffline with it. */
 LUMO_API int LUMO_CALL SendOfflinePayments(void);
 
 /* ---- Reports ---------------------------------------------------------------------------------------- */
@@ -554,8 +553,8 @@ LUMO_API const char *LUMO_CALL GetReportPtr(void);
 
 /* ---- Updates ---------------------------------------------------------------------------------------- */
 
-/* Not part of this version: both leave their name in the trace and return -1, which has no message of its
- * own. */
+/* Not part of this version. Both leave their name in the trace and return -1. That code has no message of
+ * its own in GetErrorMessage. */
 LUMO_API int LUMO_CALL RunUpdater(const char *package);
 LUMO_API int LUMO_CALL CommitUpdates(void);
 

@@ -242,8 +242,7 @@ inline Result PaymentProc(int amount, Text bill_path) {
 /// PaymentProc that needs no confirmation.
 /// @param amount  as for PaymentProc
 /// @param bill_path  as for PaymentProc
-/// @return as PaymentProc, but for a bad bill ERR_JSON_FILE_OPEN, ERR_JSON_SYNTAX
-/// or ERR_RESPONSE_STRUCTURE.
+/// @return as PaymentProc, but for a bad bill ERR_JSON_FILE_OPEN, ERR_JSON_SYNTAX or ERR_RESPONSE_STRUCTURE.
 inline Result PaymentAndConfirmProc(int amount, Text bill_path) {
   return ::PaymentAndConfirmProc(amount, bill_path.get());
 }
@@ -266,8 +265,7 @@ inline Result PaymentCancelProc(Text rrn) {
 /// Returns goods of a payment. See GetCashBackResult.
 /// @param rrn  the payment's RRN
 /// @param return_list_path  the positions that come back; nullptr: everything
-/// @return 0, ERR_RETURN_LIST_FORMAT, ERR_OFFLINE_SAVE (returned, the record is missing) or a code of the
-/// exchange.
+/// @return 0, ERR_RETURN_LIST_FORMAT, ERR_OFFLINE_SAVE (returned, no record kept) or a code of the exchange.
 inline Result CashBackProc(Text rrn, Text return_list_path) {
   return ::CashBackProc(rrn.get(), return_list_path.get());
 }
@@ -324,8 +322,7 @@ inline std::string getRRN() {
   return detail::Copy(::getRRN());
 }
 
-/// What the server granted for the last activation, in hundredths; ERR_NO_TRANSACTION without a
-/// transaction.
+/// What the server granted for the last activation, in hundredths. Without a transaction ERR_NO_TRANSACTION.
 [[nodiscard]] inline int GetActivationAmount() {
   return ::GetActivationAmount();
 }
@@ -463,8 +460,7 @@ class ShiftScope {
   ShiftScope(const ShiftScope &) = delete;
   ShiftScope &operator=(const ShiftScope &) = delete;
 
-  /// OpenShift. After ERR_SHIFT_ALREADY_OPEN, as after a restart, that shift goes on and is closed with this
-  /// scope.
+  /// OpenShift. After ERR_SHIFT_ALREADY_OPEN, as after a restart, that shift goes on. This scope closes it.
   Result Open(Text shift_id) {
     const Result result = OpenShift(shift_id);
     if (result.ok() || result == ERR_SHIFT_ALREADY_OPEN) is_open_ = true;

@@ -28,7 +28,7 @@ std::vector<TextFile> FilesOf(const std::vector<std::string> &folders) {
   for (const std::string &folder : folders) {
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(kTree / folder)) {
       const std::string extension = entry.path().extension().string();
-      if (extension != ".h" && extension != ".cpp") continue;
+      if (extension != ".h" && extension != ".hpp" && extension != ".cpp") continue;
       TextFile file;
       file.name = entry.path().lexically_relative(kTree).generic_string();
       std::ifstream stream(entry.path());
@@ -101,13 +101,18 @@ TEST(OneHand, ALineOfItsOwnIsTheHeadOfASection) {
   }
 }
 
-// What is left over where a comment was wrapped: the sentence is better said a little shorter.
+// What is left over where a comment was wrapped: the sentence is better said a little shorter. In lumo.h, as
+// C has it: " * the last of it. */"
 TEST(OneHand, ACommentDoesNotEndInALineOfAWordOrTwo) {
-  const std::regex rest(R"(^( *// )[^ ]+( [^ ]+)?$)"), above(R"(^( *// )[^ ].*[^.:;]$)");
-  for (const TextFile &file : AllFiles()) {
+  const std::regex rest(R"(^( *(?:///?|\*) +)[^ ]+( [^ ]+)?(?: \*/)?$)"),
+      above(R"(^( *(?:///?|\*) +)[^ ].*[^.:;]$)"), goes_on(R"(^ \* +[^ /].*)");
+  for (const TextFile &file : FilesOf({"src", "tools", "tests", "bench", "fuzz", "include"})) {
     for (size_t i = 1; i < file.lines.size(); ++i) {
       std::smatch last, before;
-      if (i + 1 < file.lines.size() && IsComment(file.lines[i + 1])) continue;
+      if (i + 1 < file.lines.size() &&
+          (IsComment(file.lines[i + 1]) || std::regex_match(file.lines[i + 1], goes_on))) {
+        continue;
+      }
       if (!std::regex_match(file.lines[i], last, rest) ||
           !std::regex_match(file.lines[i - 1], before, above)) {
         continue;

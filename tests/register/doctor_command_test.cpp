@@ -54,6 +54,41 @@ TEST_F(Doctor, LeavesTheServerAsItIs) {
   EXPECT_THAT(Run({"balance", "--card", test::kRichCard}).out, HasSubstr("00001\n"));
 }
 
+// A shop is open while the engineer looks: nothing of its sales is lost, and what the looks say is true of
+// each moment.
+TEST_F(Doctor, DisturbsNoRegisterThatSells) {
+  BeginToSell("\"offlineMode\":1,\"localBonusOffline\":3");
+  constexpr size_t kSales = 40;
+  std::string lines = "bill 1\ncard 1000000001\n";
+  for (size_t i = 0; i < kSales; ++i) lines += "pay --confirm\n";
+  for (const bool is_away : {false, true}) {
+    if (is_away) GoAway();
+    std::filesystem::remove(folder / "LOG");
+    const auto shop = Start({"interactive"}, lines);
+    int looks = 0;
+    for (; !shop->HasEnded(); ++looks) {
+      const test::FreshFolder desk;
+      const test::Outcome look = test::Process(std::filesystem::u8path(REGISTER_PROGRAM),
+                                               {"-l", library.u8string(), "doctor"}, desk.path())
+                                     .Wait();
+      EXPECT_EQ(look.status, is_away ? 1 : 0) << look.out;
+      EXPECT_THAT(look.out, Not(HasSubstr("trouble folder")));
+      EXPECT_THAT(look.out, Not(HasSubstr("trouble holders")));
+      EXPECT_THAT(look.out, Not(HasSubstr("trouble log")));
+      EXPECT_THAT(look.out, Not(HasSubstr("trouble state")));
+      EXPECT_THAT(look.out, Not(HasSubstr("trouble queue")));
+    }
+    EXPECT_GT(looks, 0);
+    const test::Outcome run = shop->Wait();
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(Facts({"journal"})["records"].size(), kSales);
+  }
+  size_t sold = 0;
+  server.Visit([&sold](loyalty::Programme &programme) { sold = programme.payments().size(); });
+  EXPECT_EQ(sold, kSales);
+  EXPECT_EQ(Facts({"queue"}, 1)["waiting"], kSales);
+}
+
 TEST_F(Doctor, TellsAProgram) {
   BeginToSell("\"offlineMode\":0");
   const nlohmann::json facts = Facts({"doctor"});

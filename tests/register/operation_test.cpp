@@ -1,5 +1,7 @@
 // register/operation_test.cpp: what a cashier does: cards, sales, shifts, reports.
+#include <chrono>
 #include <regex>
+#include <sstream>
 
 #include "register/till.h"
 
@@ -331,6 +333,42 @@ TEST_F(Operation, OfflineFlagIsShownAndSet) {
   EXPECT_EQ(Facts({"offline-state", "1"}), nlohmann::json({{"offline", true}}));
   EXPECT_EQ(Run({"offline-state"}).out, "  offline state 1\n");
   EXPECT_EQ(Run({"offline-state", "2"}).status, 2);
+}
+
+TEST_F(Operation, ReportOfALongLogShowsHowFarItHasCome) {
+  using std::chrono::steady_clock;
+  constexpr char kRecord[] =
+      R"({"request":{"type":"DEPOSIT","requestId":"1234512120500008","requestDate":"2012-12-05T10:00:00Z",)"
+      R"("cardNum":"7","shiftId":"1"},"deposit":{"amount":100}})";
+  // As many as this machine reports in more than two seconds.
+  for (size_t count = 20000;; count *= 2) {
+    std::string log;
+    for (size_t i = 0; i < count; ++i) log.append(kRecord).append("\n");
+    Write("LOG", log);
+    std::filesystem::remove(folder / "TRACE.TXT");
+    const auto begin = steady_clock::now();
+    const test::Outcome run = Run({"--progress", "report", "--all"});
+    const auto lasted = steady_clock::now() - begin;
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr(std::to_string(count) + ".00"));
+    if (lasted < std::chrono::seconds(3)) {
+      ASSERT_LT(count, 10000000U) << run.err;
+      continue;
+    }
+    // Each line tells of more records than the one before.
+    std::istringstream lines(run.err);
+    size_t shown = 0, before = 0;
+    for (std::string line; std::getline(lines, line); ++shown) {
+      std::smatch found;
+      const std::regex expected("  [0-9]+ s  ([0-9]+) of " + std::to_string(count) + " records");
+      ASSERT_TRUE(std::regex_match(line, found, expected)) << line;
+      EXPECT_GT(std::stoul(found[1]), before);
+      before = std::stoul(found[1]);
+    }
+    EXPECT_GE(shown, 2U);
+    EXPECT_LE(before, count);
+    break;
+  }
 }
 
 TEST_F(Operation, ReportIsThatOfTheOpenShift) {

@@ -77,7 +77,8 @@ std::vector<std::string> TryRights(const fs::path &folder) {
   }
   for (const char *name : {"CONFIG.JSN", "CONFIG", "STATE", "LOG", "OFFLINE", "OFFLINE_TMP", "TRACE.TXT"}) {
     if (!fs::exists(folder / name, error)) continue;
-    const std::fstream stream(folder / name, std::ios::binary | std::ios::in | std::ios::out);
+    std::fstream stream;
+    OpenPatiently(stream, folder / name, std::ios::binary | std::ios::in | std::ios::out);
     if (!stream.is_open()) {
       problems.push_back(std::string(name) + " cannot be opened for reading and writing");
     }
@@ -91,13 +92,10 @@ Terminal LookAt(const fs::path &library_file) {
   Terminal terminal;
   const fs::path file = fs::absolute(library_file);
   terminal.folder = file.parent_path();
-  terminal.now = Now();
   terminal.settings = ReadTerminalSettings(terminal.folder);
-  terminal.state = ReadState(terminal.folder / "STATE");
-  terminal.stateIsWhole =
-      !terminal.state.present || !StopsLibrary(TryToRead(terminal.folder / "STATE").value_or(""));
   terminal.log = LookAtJournal(terminal.folder / "LOG");
   terminal.offline = LookAtJournal(QueueFile(terminal.folder));
+  terminal.now = Now();  // behind no record, though a register may sell meanwhile
   std::error_code error;
   for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"}) {
     if (fs::exists(terminal.folder / name, error)) terminal.leftovers.push_back(name);
@@ -121,6 +119,10 @@ Terminal LookAt(const fs::path &library_file) {
                                            timeout > 0 ? std::min(timeout, kPatience) : kPatience / 3));
     }
   }
+  // The last of all: a register that sells puts a number there before anybody else learns of it.
+  terminal.state = ReadState(terminal.folder / "STATE");
+  terminal.stateIsWhole =
+      !terminal.state.present || !StopsLibrary(TryToRead(terminal.folder / "STATE").value_or(""));
   return terminal;
 }
 

@@ -211,7 +211,9 @@ std::vector<Holder> FindHolders(const fs::path &library_file, const std::vector<
   return holders;
 }
 #else
-std::vector<Holder> FindHolders(const fs::path &library_file, const std::vector<std::string> &names) {
+namespace {
+
+std::vector<Holder> LookForHolders(const fs::path &library_file, const std::vector<std::string> &names) {
   std::vector<Holder> holders;
   std::error_code error;
   const fs::path folder = fs::canonical(fs::absolute(library_file).parent_path(), error);
@@ -239,6 +241,19 @@ std::vector<Holder> FindHolders(const fs::path &library_file, const std::vector<
       });
       if (same == holders.end()) holders.push_back(holder);
     }
+  }
+  return holders;
+}
+
+}  // namespace
+
+std::vector<Holder> FindHolders(const fs::path &library_file, const std::vector<std::string> &names) {
+  std::vector<Holder> holders = LookForHolders(library_file, names);
+  // A register's own call lets go of a file soon.
+  const auto excludes = [](const Holder &holder) { return holder.excludes; };
+  for (int tries = 0; tries < 10 && std::any_of(holders.begin(), holders.end(), excludes); ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    holders = LookForHolders(library_file, names);
   }
   return holders;
 }

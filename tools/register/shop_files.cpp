@@ -74,9 +74,24 @@ std::ifstream Open(const std::filesystem::path &file) {
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
   if (!std::filesystem::exists(folder, error)) throw MissingFolder(folder);
-  if (!std::filesystem::is_directory(file, error)) stream.open(file, std::ios::binary);
+  if (!std::filesystem::is_directory(file, error)) {
+    OpenPatiently(stream, file, std::ios::binary | std::ios::in);
+  }
   if (!stream.is_open()) throw Failure(kNoFile, file.u8string() + " cannot be read");
   return stream;
+}
+
+// All at once, and let go of before it is looked at: on Windows a register that sells cannot open it
+// meanwhile.
+std::string Contents(const std::filesystem::path &file) {
+  std::ifstream stream = Open(file);
+  std::string bytes;
+  std::vector<char> piece(1 << 20);
+  while (stream.is_open() &&
+         (stream.read(piece.data(), static_cast<std::streamsize>(piece.size())), stream.gcount() > 0)) {
+    bytes.append(piece.data(), static_cast<size_t>(stream.gcount()));
+  }
+  return bytes;
 }
 
 int Flagged(const Json &object, const char *key) {
@@ -130,21 +145,17 @@ std::string ReadWhole(const std::filesystem::path &file) {
 
 std::vector<Record> ReadJournal(const std::filesystem::path &file) {
   std::vector<Record> records;
-  std::ifstream stream = Open(file);
-  std::string line;
-  while (stream.is_open() && std::getline(stream, line)) {
-    if (stream.eof()) break;  // bytes after the last line feed belong to no record
-    records.push_back(ReadRecord(line));
+  const std::string bytes = Contents(file);
+  size_t begin = 0;
+  for (size_t end; (end = bytes.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    records.push_back(ReadRecord(bytes.substr(begin, end - begin)));
   }
   return records;
 }
 
 size_t CountRecords(const std::filesystem::path &file) {
-  std::ifstream stream = Open(file);
-  std::string line;
-  size_t count = 0;
-  while (stream.is_open() && std::getline(stream, line) && !stream.eof()) ++count;
-  return count;
+  const std::string bytes = Contents(file);
+  return static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
 }
 
 JournalEnd EndOfJournal(const std::filesystem::path &file) {
@@ -171,9 +182,7 @@ JournalEnd EndOfJournal(const std::filesystem::path &file) {
 
 std::optional<std::string> TryToRead(const std::filesystem::path &file) {
   try {
-    std::ifstream stream = Open(file);
-    if (!stream.is_open()) return "";
-    return std::string{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return Contents(file);
   } catch (const std::exception &) {
     return std::nullopt;
   }

@@ -2,11 +2,14 @@
 // here writes them.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <ios>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace reg {
@@ -44,6 +47,18 @@ Record ReadRecord(const std::string &line);
 std::filesystem::path QueueFile(const std::filesystem::path &folder);
 // OFFLINE_TMP: it stands beside OFFLINE when a replay runs, or ended in the middle.
 std::filesystem::path ReplayFile(const std::filesystem::path &folder);
+
+// On Windows a register that sells holds its files for moments: those are waited for, a quarter of a second.
+template <typename Stream>
+void OpenPatiently(Stream &stream, const std::filesystem::path &file, std::ios::openmode mode) {
+  stream.open(file, mode);
+#ifdef _WIN32
+  for (int tries = 0; !stream.is_open() && tries < 10; ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    stream.open(file, mode);
+  }
+#endif
+}
 
 // Nothing of a file that is missing. Throws Failure for one that is there and cannot be read, and for a
 // folder that is missing.

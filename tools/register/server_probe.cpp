@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "lumo.h"
+
 namespace reg {
 namespace {
 
@@ -99,30 +101,31 @@ void Fail(ServerAnswer *answer, int code, const std::string &problem) {
 void ReadAnswer(const std::string &text, ServerAnswer *answer) {
   for (const char *status : {"400", "500"}) {
     if (text.find(std::string("HTTP Status ") + status) != std::string::npos) {
-      return Fail(answer, *status == '4' ? -406 : -407, std::string("it says HTTP Status ") + status);
+      return Fail(answer, *status == '4' ? ERR_SERVER_REJECTED : ERR_SERVER_FAILURE,
+                  std::string("it says HTTP Status ") + status);
     }
   }
   const Json json = Json::parse(text, nullptr, false);
   if (json.is_discarded()) {
     if (text.compare(0, 5, "HTTP/") == 0) {
-      return Fail(answer, -303, "it answers as a web server, with a head");
+      return Fail(answer, ERR_JSON_SYNTAX, "it answers as a web server, with a head");
     }
     if (text[text.find_first_not_of(" \t\r\n") == std::string::npos ? 0
                                                                     : text.find_first_not_of(" \t\r\n")] ==
         '{') {
-      return Fail(answer, -402, "its answer is cut off, or no JSON");
+      return Fail(answer, ERR_RESPONSE_STRUCTURE, "its answer is cut off, or no JSON");
     }
-    return Fail(answer, -303, "its answer is no JSON");
+    return Fail(answer, ERR_JSON_SYNTAX, "its answer is no JSON");
   }
   if (!json.is_object() || json.empty() || !json.front().is_object()) {
-    return Fail(answer, -402, "its answer is none of this protocol");
+    return Fail(answer, ERR_RESPONSE_STRUCTURE, "its answer is none of this protocol");
   }
   if (json.begin().key() != "getLastRrnResponse") {
-    return Fail(answer, -403, "it answers another question: " + json.begin().key());
+    return Fail(answer, ERR_RESPONSE_TYPE, "it answers another question: " + json.begin().key());
   }
   const Json &parts = json.front();
   if (!parts.contains("response") || !parts["response"].is_object()) {
-    return Fail(answer, -404, "its answer has no response");
+    return Fail(answer, ERR_RESPONSE_CONTENT, "its answer has no response");
   }
   const Json &response = parts["response"];
   answer->state = Member(response, "requestState");
@@ -130,9 +133,11 @@ void ReadAnswer(const std::string &text, ServerAnswer *answer) {
   answer->message = Member(response, "message");
   answer->date = Member(response, "responseDate");
   if (answer->state != "SUCCESS") {
-    return Fail(answer, -405, "it refuses: " + answer->state + " " + answer->stateCode);
+    return Fail(answer, ERR_SERVER_ERROR, "it refuses: " + answer->state + " " + answer->stateCode);
   }
-  if (!parts.contains("rrn") || !parts["rrn"].is_object()) return Fail(answer, -404, "its answer has no rrn");
+  if (!parts.contains("rrn") || !parts["rrn"].is_object()) {
+    return Fail(answer, ERR_RESPONSE_CONTENT, "its answer has no rrn");
+  }
   answer->lastNumber = Member(parts["rrn"], "rrNumber");
 }
 
@@ -144,18 +149,18 @@ ServerAnswer AskServer(const ServerAddress &address, const TerminalSettings &set
   const auto start = std::chrono::steady_clock::now();
   Connection connection(seconds);
   if (const auto problem = connection.Connect(address)) {
-    Fail(&answer, -501, "no connection: " + *problem);
+    Fail(&answer, ERR_CONNECT, "no connection: " + *problem);
     return answer;
   }
   if (const auto problem = connection.Send(Request(address, settings, now))) {
-    Fail(&answer, -410, "the request cannot be sent: " + *problem);
+    Fail(&answer, ERR_REQUEST_SEND, "the request cannot be sent: " + *problem);
     return answer;
   }
   std::string text;
   std::string piece(kPieceBytes, '\0');
   while (piece.size() == kPieceBytes && text.size() <= kLargestAnswer) {
     if (const auto problem = connection.Receive(&piece)) {
-      Fail(&answer, -401, "no answer: " + *problem);
+      Fail(&answer, ERR_NO_RESPONSE, "no answer: " + *problem);
       return answer;
     }
     text += piece;
@@ -164,7 +169,8 @@ ServerAnswer AskServer(const ServerAddress &address, const TerminalSettings &set
       std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
           .count());
   if (text.empty() || text.size() > kLargestAnswer) {
-    Fail(&answer, -401, text.empty() ? "no answer: it ends the connection" : "its answer has no end");
+    Fail(&answer, ERR_NO_RESPONSE,
+         text.empty() ? "no answer: it ends the connection" : "its answer has no end");
   } else {
     ReadAnswer(text, &answer);
   }

@@ -4,15 +4,22 @@
 #include <cstdlib>
 #include <utility>
 
+#include "lumo.h"
+
 namespace reg {
 namespace {
 
-constexpr size_t kLongestText = size_t{8}
-                                << 20;  // of a line, an answer; the library takes answers of half of it
-constexpr size_t kMostLines = 1000;     // of problems, of a slip
-constexpr size_t kPieceBytes = 500;     // the library writes an answer to its trace as it comes
-constexpr size_t kAttempts = 2;         // the server and the alternate one
+constexpr size_t kLongestText = size_t{8} << 20;      // of a line, an answer; the library takes half of it
+constexpr size_t kMostLines = 1000;                   // of problems, of a slip
+constexpr size_t kPieceBytes = 500;                   // the library writes an answer to its trace as it comes
+constexpr size_t kAttempts = 2;                       // the server and the alternate one
 constexpr std::string_view kLastNumber = "LAST_RRN";  // the question for it has none itself
+constexpr int kNoSockets = -1;                        // it has no name in lumo.h
+
+// Of an exchange whose answer was read.
+int CodeOfState(const std::string &state) {
+  return state == "SUCCESS" ? 0 : int{ERR_SERVER_ERROR};
+}
 
 bool StartsWith(std::string_view line, std::string_view start) {
   return line.substr(0, start.size()) == start;
@@ -248,11 +255,12 @@ void TraceReader::TakeExchange(std::string_view line) {
     parses_ = true;
   } else if (Take(line, "response.state = ")) {
     exchange_.state = line;
-    if (exchange_.code == -402) exchange_.code.reset();  // that was about a bill in the answer
+    // That was about a bill in the answer.
+    if (exchange_.code == ERR_RESPONSE_STRUCTURE) exchange_.code.reset();
   } else if (Take(line, "response.stateCode = ")) {
     exchange_.stateCode = line;
   } else if (line == "Disconnect") {
-    if (parses_ && !exchange_.code) exchange_.code = exchange_.state == "SUCCESS" ? 0 : -405;
+    if (parses_ && !exchange_.code) exchange_.code = CodeOfState(exchange_.state);
   } else if (line == "PaymentProcessOffline()") {
     exchange_.offline = Offline::kCompleted;
   } else if (line == "Bill:") {
@@ -271,23 +279,26 @@ void TraceReader::TakeError(std::string_view line) {
     int code;
   };
   constexpr Meaning kBeforeAnswer[] = {
-      {"ERROR: Create operation request JSON", -411},
-      {"ERROR: LUMO_Send error", -410},
-      {"ERROR: LUMO_Receive error", -401},
-      {"ERROR: No data received", -401},
+      {"ERROR: Create operation request JSON", ERR_REQUEST_BUILD},
+      {"ERROR: LUMO_Send error", ERR_REQUEST_SEND},
+      {"ERROR: LUMO_Receive error", ERR_NO_RESPONSE},
+      {"ERROR: No data received", ERR_NO_RESPONSE},
   };
   constexpr Meaning kAboutAnswer[] = {
-      {"ERROR: HTTP status 400", -406},      {"ERROR: HTTP status 500", -407},
-      {"ERROR: JSON Parser Error", -303},    {"ERROR: no root element in json response", -402},
-      {"ERROR: root element is", -402},      {"ERROR: No parts in transaction", -403},
-      {"ERROR: Response is not full", -404},
+      {"ERROR: HTTP status 400", ERR_SERVER_REJECTED},
+      {"ERROR: HTTP status 500", ERR_SERVER_FAILURE},
+      {"ERROR: JSON Parser Error", ERR_JSON_SYNTAX},
+      {"ERROR: no root element in json response", ERR_RESPONSE_STRUCTURE},
+      {"ERROR: root element is", ERR_RESPONSE_STRUCTURE},
+      {"ERROR: No parts in transaction", ERR_RESPONSE_TYPE},
+      {"ERROR: Response is not full", ERR_RESPONSE_CONTENT},
   };
   const auto find = [&](const Meaning *begin, const Meaning *end) {
     const Meaning *found =
         std::find_if(begin, end, [line](const Meaning &row) { return StartsWith(line, row.line); });
     if (found == end || exchange_.code) return;
     // Once the state is known, a line about the root element is about the answer's bill and decides nothing.
-    if (found->code != -402 || exchange_.state.empty()) exchange_.code = found->code;
+    if (found->code != ERR_RESPONSE_STRUCTURE || exchange_.state.empty()) exchange_.code = found->code;
   };
   if (parses_) {
     find(std::begin(kAboutAnswer), std::end(kAboutAnswer));
@@ -297,7 +308,7 @@ void TraceReader::TakeError(std::string_view line) {
   }
   if (StartsWith(line, "ERROR: Organizer fee is greater")) exchange_.offline = Offline::kRefused;
   // A confirmation that no server heard goes into the journals; an append leaves this line.
-  if (exchange_.code == -501 && exchange_.operation == "PAYMENT_CONFIRM" && !exchange_.replayed &&
+  if (exchange_.code == ERR_CONNECT && exchange_.operation == "PAYMENT_CONFIRM" && !exchange_.replayed &&
       !after_bom_ && StartsWith(line, "ERROR: SetFilePointer function failed")) {
     exchange_.offline = Offline::kRecorded;
   }
@@ -325,7 +336,7 @@ bool TraceReader::TakeAttempt(std::string_view line) {
   } else if (!no_address) {
     return false;
   }
-  if (attempts.size() == kAttempts) exchange_.code = no_sockets ? -1 : -501;
+  if (attempts.size() == kAttempts) exchange_.code = no_sockets ? kNoSockets : int{ERR_CONNECT};
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "lumo.h"
 #include "utf8.h"
 
 namespace reg {
@@ -138,16 +139,16 @@ std::string CodeInWords(int code) {
   };
   constexpr Row kRows[] = {
       {-1, "no sockets"},
-      {-303, "the answer is no JSON"},
-      {-401, "no answer"},
-      {-402, "an answer cut off, or none of this protocol"},
-      {-403, "an answer of an unknown name"},
-      {-404, "a part of the answer is missing"},
-      {-406, "HTTP Status 400"},
-      {-407, "HTTP Status 500"},
-      {-410, "could not be sent"},
-      {-411, "the request could not be made"},
-      {-501, "no server"},
+      {ERR_JSON_SYNTAX, "the answer is no JSON"},
+      {ERR_NO_RESPONSE, "no answer"},
+      {ERR_RESPONSE_STRUCTURE, "an answer cut off, or none of this protocol"},
+      {ERR_RESPONSE_TYPE, "an answer of an unknown name"},
+      {ERR_RESPONSE_CONTENT, "a part of the answer is missing"},
+      {ERR_SERVER_REJECTED, "HTTP Status 400"},
+      {ERR_SERVER_FAILURE, "HTTP Status 500"},
+      {ERR_REQUEST_SEND, "could not be sent"},
+      {ERR_REQUEST_BUILD, "the request could not be made"},
+      {ERR_CONNECT, "no server"},
   };
   const auto *row =
       std::find_if(std::begin(kRows), std::end(kRows), [code](const Row &each) { return each.code == code; });
@@ -158,7 +159,7 @@ std::string Ending(const Exchange &exchange) {
   std::string text;
   if (!exchange.code) {
     text = exchange.sent ? "the trace has no end of it" : "the trace ends before a server is reached";
-  } else if (*exchange.code == 0 || *exchange.code == -405) {
+  } else if (*exchange.code == 0 || *exchange.code == ERR_SERVER_ERROR) {
     text = *exchange.code == 0 ? "" : "refused: ";
     text += OrDash(exchange.state) + " " + OrDash(exchange.stateCode);
   } else {

@@ -54,8 +54,7 @@ TEST_F(Doctor, LeavesTheServerAsItIs) {
   EXPECT_THAT(Run({"balance", "--card", test::kRichCard}).out, HasSubstr("00001\n"));
 }
 
-// A shop is open while the engineer looks: nothing of its sales is lost, and what the looks say is true of
-// each moment.
+// A shop is open while the engineer looks: nothing of its sales is lost, and each look tells what was true.
 TEST_F(Doctor, DisturbsNoRegisterThatSells) {
   BeginToSell("\"offlineMode\":1,\"localBonusOffline\":3");
   constexpr size_t kSales = 40;

@@ -81,8 +81,8 @@ std::ifstream Open(const std::filesystem::path &file) {
   return stream;
 }
 
-// All at once, and let go of before it is looked at: on Windows a register that sells cannot open it
-// meanwhile.
+// All at once, and let go of before it is looked at: on Windows a register that sells cannot open a file that
+// somebody else is reading.
 std::string Contents(const std::filesystem::path &file) {
   std::ifstream stream = Open(file);
   std::string bytes;

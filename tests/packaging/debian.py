@@ -143,7 +143,7 @@ def main():
         pc, = glob.glob(f"{root}/usr/lib/**/pkgconfig", recursive=True)
         environment = dict(os.environ, PKG_CONFIG_PATH=pc)
         environment.pop("LD_LIBRARY_PATH", None)
-        # The root has no shell and no compiler: the commands are carried out from outside. A link names what it will be inside.
+        # The root has a shell and no other program: the commands are carried out from outside. A link names what it will be inside.
         os.symlink(f"{root}/usr/share/doc/liblumo-dev/examples/c/sale.c", f"{root}/register.c")
         for command in commands:
             words = command if command.startswith("ln ") else command.replace("/usr/", f"{root}/usr/")

@@ -42,7 +42,7 @@ void GrowBuckets(PaymentStack *stack) {
       answer = next;
     }
   }
-  if (stack->buckets != nullptr) MemFree(stack->buckets, LUMO_HERE);
+  MemFreeIfAny(stack->buckets);
   stack->buckets = buckets;
   stack->bucketCount = count;
 }
@@ -107,7 +107,7 @@ void PaymentStackFree(PaymentStack *stack) {
       answer = next;
     }
   }
-  if (stack->buckets != nullptr) MemFree(stack->buckets, LUMO_HERE);
+  MemFreeIfAny(stack->buckets);
   *stack = PaymentStack{};
 }
 

@@ -74,13 +74,13 @@ void PrintEarned(ReceiptBuffer *body, const BonusTotals &totals) {
   const char *network = TextOrEmpty(Settings().retailNetworkName);
   if (totals.earnedGlobal != 0) {
     ReceiptPrintf(body, "Начислено всего:\n");
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.earnedGlobal));
+    PrintBonuses(body, totals.earnedGlobal);
   }
   const int32_t earned = WrapAdd(totals.earnedGlobal, totals.earnedLocal);
   if (earned != 0) {
     ReceiptPrintf(body, "Начислено всего\n");
     ReceiptPrintf(body, "%s:\n", network);
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(earned));
+    PrintBonuses(body, earned);
   }
   if (totals.earnedDiscount != 0) {
     ReceiptPrintf(body, "Начислено скид бон в\n");
@@ -90,7 +90,7 @@ void PrintEarned(ReceiptBuffer *body, const BonusTotals &totals) {
   if (totals.organizerFee != 0) {
     ReceiptPrintf(body, "Вознаграждение \n");
     ReceiptPrintf(body, "организатора:\n");
-    ReceiptPrintf(body, "%19s бнс.\n", FormatAmount(totals.organizerFee));
+    PrintBonuses(body, totals.organizerFee);
   }
 }
 
@@ -161,7 +161,7 @@ void PrintBalance(Transaction *transaction) {
   ReceiptPrintf(body, "Начислено скид бон \n");
   ReceiptPrintf(body, "%s:\n", network);
   PrintBonuses(body, totals.availableLocal);
-  ReceiptPrintf(body, "************************\n");
+  ReceiptPrintf(body, "%s", kSeparator);
   ReceiptPrintf(body, "Доступно всего:\n");
   PrintBonuses(body, totals.availableGlobal);
   ReceiptPrintf(body, "Доступно всего\n");

@@ -15,6 +15,11 @@ inline int32_t WrapMultiply(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
 
+template <typename Number>
+constexpr Number Smaller(Number a, Number b) {
+  return a < b ? a : b;
+}
+
 // Leading white space, a sign and decimal digits, as atoi reads them; clamped to 32 bits. No digits,
 // or null: 0.
 int32_t ParseInt32(const char *text);

@@ -62,7 +62,7 @@ String *StringCreate() {
 }
 
 void StringFree(String *string) {
-  if (string->text != nullptr) MemFree(string->text, LUMO_HERE);
+  MemFreeIfAny(string->text);
   *string = {};
   MemFree(string, LUMO_HERE);
 }

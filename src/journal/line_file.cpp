@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/arithmetic.h"
 #include "foundation/files.h"
 
 namespace lumo {
@@ -11,10 +12,6 @@ constexpr uint32_t kChunkBytes = 1024;
 
 // A file position is a signed 32-bit number: what lies behind its range could not be loaded.
 constexpr uint32_t kLastOffset = INT32_MAX;
-
-uint32_t Smaller(uint32_t a, uint32_t b) {
-  return a < b ? a : b;
-}
 
 // Reads so many bytes; false when there are fewer.
 bool ReadAll(HANDLE file, char *bytes, uint32_t count) {
@@ -78,7 +75,7 @@ bool FindTornTail(HANDLE file, uint32_t length, uint32_t *out_bytes) {
   char chunk[kChunkBytes];
   uint32_t behind = 0;
   // The last byte first: it nearly always is the line feed.
-  uint32_t piece = Smaller(length, 1);
+  auto piece = Smaller<uint32_t>(length, 1);
   while (behind < length) {
     if (!FileMoveTo(file, length - behind - piece) || !ReadAll(file, chunk, piece)) return false;
     const uint32_t tail = CountBehindLineFeed(chunk, piece);

@@ -54,9 +54,7 @@ int JsonDomInit(JsonDomBuilder<Tree> *builder, Tree *tree) {
 // Frees the stack, not the tree.
 template <class Tree>
 void JsonDomFree(JsonDomBuilder<Tree> *builder) {
-  if (builder->stack != nullptr) {  // GCOVR_EXCL_BR_LINE: the library frees it once
-    MemFree(builder->stack, LUMO_HERE);
-  }
+  MemFreeIfAny(builder->stack);
   builder->stack = nullptr;
 }
 

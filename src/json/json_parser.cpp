@@ -572,8 +572,8 @@ int JsonParserFeed(JsonParser *parser, const char *bytes, uint32_t length, uint3
 }
 
 void JsonParserFree(JsonParser *parser) {
-  if (parser->stack != nullptr) MemFree(parser->stack, LUMO_HERE);
-  if (parser->buffer != nullptr) MemFree(parser->buffer, LUMO_HERE);
+  MemFreeIfAny(parser->stack);
+  MemFreeIfAny(parser->buffer);
   parser->stack = nullptr;
   parser->buffer = nullptr;
 }

@@ -42,10 +42,6 @@ constexpr size_t kFirstItems = 2048;
 
 int printer_flag;
 
-size_t Smaller(size_t a, size_t b) {
-  return a < b ? a : b;
-}
-
 // Room for a piece that the block in use cannot take: a new block in use or, for a large piece, a block of
 // its own, so that what is left of the block in use is not lost. `texts` takes it from the high end.
 char *AllocateInNewBlock(JsonReader *reader, size_t size, bool texts) {
@@ -167,7 +163,7 @@ struct Parse {
   ~Parse() {
     JsonParserFree(&parser);
     JsonDomFree(&builder);
-    if (tree.items != nullptr) MemFree(tree.items, LUMO_HERE);
+    MemFreeIfAny(tree.items);
   }
 };
 

@@ -10,9 +10,13 @@
 namespace reg {
 namespace {
 
-void ShowShift(const Till &till) {
+// The library does not tell when it could not write the shift down.
+void ShowShift(const Till &till, bool is_open) {
   const ShiftState state = ReadState(till.Folder() / "STATE");
-  const bool is_open = state.shiftState != 0;
+  if ((state.shiftState != 0) != is_open) {
+    throw Failure(kNoFile, std::string("STATE could not be written: the shift is not ") +
+                               (is_open ? "open" : "closed"));
+  }
   till.Show(Facts().Add("open", is_open).Add("id", state.shiftId), [&] {
     std::cout << "  shift " << (is_open ? "open" : "closed") << ", id " << OrDash(state.shiftId) << '\n';
   });
@@ -28,11 +32,11 @@ void AddShiftCommands(CLI::App &app, Till &till) {
   open->add_option("id", *id, "The shift's number; without one the library makes its own");
   open->callback([id, &till] {
     till.Check(till.Started().OpenShift(OrNull(*id)));
-    ShowShift(till);
+    ShowShift(till, true);
   });
   shift->add_subcommand("close", "Close the shift")->callback([&till] {
     till.Check(till.Started().CloseShift());
-    ShowShift(till);
+    ShowShift(till, false);
   });
 
   CLI::App *offline = app.add_subcommand("offline-state", "Show the offline flag, or set it to 0 or 1");

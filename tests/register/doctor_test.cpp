@@ -254,6 +254,8 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
        "trouble folder: no file can be made in /x | give"},
       {"DiskFull", [](Terminal &t) { t.freeBytes = kMegabyte - 1; },
        "trouble disk: it is full: records and state cannot be kept | make room"},
+      {"DiskUnknown", [](Terminal &t) { t.freeBytes.reset(); },
+       "warning disk: how much is free cannot be told | look at the folder"},
       {"DiskNearlyFull", [](Terminal &t) { t.freeBytes = 50 * kMegabyte - 1; },
        "warning disk: 49 MB are free | make room"},
       {"LargeTrace", [](Terminal &t) { t.traceBytes = 101 * kMegabyte; },

@@ -352,10 +352,12 @@ void JudgeFolder(const Terminal &terminal, Findings &findings) {
       "give the register's user the right to read, write, create, rename and delete there";
   for (const std::string &right : terminal.rights) findings.Trouble("folder", right, kAsk);
   if (terminal.rights.empty()) findings.Ok("folder", "files can be made, written, renamed and deleted");
-  const std::string free = std::to_string(terminal.freeBytes / kMegabyte) + " MB are free";
-  if (terminal.freeBytes < kMegabyte) {
+  const std::string free = std::to_string(terminal.freeBytes.value_or(0) / kMegabyte) + " MB are free";
+  if (!terminal.freeBytes) {
+    findings.Warn("disk", "how much is free cannot be told", "look at the folder and its disk");
+  } else if (*terminal.freeBytes < kMegabyte) {
     findings.Trouble("disk", "it is full: records and state cannot be kept", "make room");
-  } else if (terminal.freeBytes < 50 * kMegabyte) {
+  } else if (*terminal.freeBytes < 50 * kMegabyte) {
     findings.Warn("disk", free, "make room: an hour of a hundred sales takes half a megabyte of trace");
   } else {
     findings.Ok("disk", free);

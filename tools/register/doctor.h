@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -69,7 +70,7 @@ struct Terminal {
   Journal offline;
   std::vector<std::string> leftovers;
   std::vector<Holder> holders;
-  uintmax_t freeBytes = 0;
+  std::optional<uintmax_t> freeBytes;  // nothing: the disk does not tell
   uintmax_t traceBytes = 0;
   std::vector<std::string> rights;  // what may not be done in the folder
   std::string libraryProblem;

@@ -103,7 +103,7 @@ Terminal LookAt(const fs::path &library_file) {
   terminal.holders = FindHolders(
       file, {"CONFIG.JSN", "CONFIG", "STATE", "LOG", "OFFLINE", "OFFLINE_TMP", "LOG.old", "LOG.new"});
   const fs::space_info space = fs::space(terminal.folder, error);
-  terminal.freeBytes = error ? 0 : space.available;
+  if (!error) terminal.freeBytes = space.available;
   for (const auto &entry : fs::directory_iterator(terminal.folder, error)) {
     if (const std::string name = entry.path().filename().u8string(); name.compare(0, 5, "TRACE") == 0) {
       terminal.traceBytes =

@@ -40,8 +40,9 @@ void Sell(const std::string &card, bool wants_to_spend, const char *bill_path) {
   if (result.ok()) result = transaction.Create(card, "7");
   if (!result.ok()) return Say(card, "is not sold to", result);
   const std::string before = lumo::getRRN();
-  if (lumo::BalanceProc().ok())
+  if (lumo::BalanceProc().ok()) {
     std::printf("on the card: %d.%02d\n", lumo::GetBalance() / 100, lumo::GetBalance() % 100);
+  }
   if (lumo::getRRN() == before) {  // the server would refuse the sale for ever
     std::cout << "no number: the server was never met, or the clock is behind; sell without the card\n";
     return;

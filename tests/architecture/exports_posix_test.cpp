@@ -27,8 +27,9 @@ std::string Output(const std::string &program, const std::string &options,
   const std::unique_ptr<FILE, int (*)(FILE *)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
   char buffer[4096];
-  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe.get())) > 0;)
+  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe.get())) > 0;) {
     text.append(buffer, count);
+  }
   return text;
 }
 

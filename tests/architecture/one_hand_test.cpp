@@ -8,6 +8,7 @@
 #include <fstream>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,12 +24,12 @@ struct TextFile {
   std::vector<std::string> lines;
 };
 
-std::vector<TextFile> FilesOf(const std::vector<std::string> &folders) {
+std::vector<TextFile> FilesOf(const std::vector<std::string> &folders,
+                              const std::set<std::string> &extensions = {".h", ".hpp", ".cpp"}) {
   std::vector<TextFile> files;
   for (const std::string &folder : folders) {
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(kTree / folder)) {
-      const std::string extension = entry.path().extension().string();
-      if (extension != ".h" && extension != ".hpp" && extension != ".cpp") continue;
+      if (extensions.count(entry.path().extension().string()) == 0) continue;
       TextFile file;
       file.name = entry.path().lexically_relative(kTree).generic_string();
       std::ifstream stream(entry.path());
@@ -73,8 +74,9 @@ TEST(OneHand, AHeaderAndATestSayFirstWhatTheyAreFor) {
   for (const TextFile &file : AllFiles()) {
     fs::path path = kTree / file.name;
     const bool is_header = path.extension() == ".h";
-    if (!is_header && (file.name.rfind("tests/", 0) != 0 || fs::exists(path.replace_extension(".h"))))
+    if (!is_header && (file.name.rfind("tests/", 0) != 0 || fs::exists(path.replace_extension(".h")))) {
       continue;
+    }
     const std::string begin = "// " + IncludedAs(file.name) + ": ";
     ASSERT_FALSE(file.lines.empty()) << file.name;
     EXPECT_EQ(file.lines[0].rfind(begin, 0), 0U) << file.name << ": " << file.lines[0];
@@ -155,7 +157,7 @@ TEST(OneHand, FunctionsOfTheCLibraryAreCalledByTheirFullName) {
   }
 }
 
-// clang-tidy sees braces that are missing; this sees those that one short statement does not need.
+// Braces that one short statement does not need.
 TEST(OneHand, AShortStatementStandsOnTheLineOfItsCondition) {
   const std::regex gtest(R"(^ *(EXPECT|ASSERT|FAIL|ADD)\w*\(.*)");  // holds an if of its own
   const std::regex head(R"(^( *)(if|for|while)( constexpr)? \(.*\) \{$)"), statement(R"(^ *[^{}#/ ].*;$)"),
@@ -174,6 +176,121 @@ TEST(OneHand, AShortStatementStandsOnTheLineOfItsCondition) {
       }
       const size_t length = file.lines[i].size() - 1 + body.size() - body.find_first_not_of(' ');
       EXPECT_GT(length, kColumns) << file.name << ": " << file.lines[i];
+    }
+  }
+}
+
+// The file as one text, with blanks for its comments, what its texts hold and the preprocessor's own lines.
+std::string CodeOf(const TextFile &file) {
+  std::string code;
+  for (const std::string &line : file.lines) code += line + '\n';
+  size_t blank_to = 0;
+  const auto blank = [&](size_t from, size_t end) {
+    blank_to = std::min(end, code.size());
+    for (size_t i = from; i < blank_to; ++i) {
+      if (code[i] != '\n') code[i] = ' ';
+    }
+  };
+  const auto after = [&](const std::string &text, size_t from) {
+    const size_t at = code.find(text, from);
+    return at == std::string::npos ? code.size() : at + text.size();
+  };
+  bool is_blank_line = true;
+  for (size_t i = 0; i < code.size(); i = std::max(i + 1, blank_to)) {
+    const bool begins_line = is_blank_line;
+    is_blank_line = code[i] == '\n' || (is_blank_line && code[i] == ' ');
+    const char before = i == 0 ? '\n' : code[i - 1];
+    if (code.compare(i, 2, "//") == 0) {
+      blank(i, code.find('\n', i));
+    } else if (code.compare(i, 2, "/*") == 0) {
+      blank(i, after("*/", i + 2));
+    } else if (code[i] == '"' && before == 'R') {
+      const size_t bracket = code.find('(', i);
+      const size_t end = after(")" + code.substr(i + 1, bracket - i - 1) + "\"", bracket);
+      blank(i + 1, end - 1);
+      ++blank_to;
+    } else if (code[i] == '"' || (code[i] == '\'' && std::isdigit(static_cast<unsigned char>(before)) == 0)) {
+      size_t end = i + 1;
+      while (end < code.size() && code[end] != code[i]) end += code[end] == '\\' ? 2U : 1U;
+      blank(i + 1, end);
+      ++blank_to;
+    } else if (code[i] == '\\' && code.compare(i, 2, "\\\n") == 0) {
+      code[i] = ' ';
+    } else if (begins_line && code[i] == '#' && code.compare(i, 7, "#define") != 0) {
+      blank(i, code.find('\n', i));
+    }
+  }
+  return code;
+}
+
+// Behind the bracket that closes the one at `open`.
+size_t BehindBracket(const std::string &code, size_t open) {
+  int depth = 0;
+  for (size_t i = open; i < code.size(); ++i) {
+    if (code[i] == '(') ++depth;
+    if (code[i] == ')' && --depth == 0) return i + 1;
+  }
+  return code.size();
+}
+
+// The lines, counted from 1, of the conditions, loops and elses whose body stands below without braces.
+std::vector<size_t> BodiesWithoutBraces(const std::string &code) {
+  const auto is_in_name = [&](size_t i) {
+    return std::isalnum(static_cast<unsigned char>(code[i])) != 0 || code[i] == '_';
+  };
+  std::vector<size_t> lines;
+  size_t line = 1;
+  for (size_t begin = 0, end = 0; begin < code.size(); begin = end) {
+    end = begin + 1;
+    if (code[begin] == '\n') ++line;
+    if (!is_in_name(begin)) continue;
+    while (end < code.size() && is_in_name(end)) ++end;
+    const std::string word = code.substr(begin, end - begin);
+    size_t head_end = end;
+    if (word == "if" || word == "for" || word == "while") {
+      const size_t open = code.find('(', end);
+      if (open == std::string::npos) break;
+      head_end = BehindBracket(code, open);
+    } else if (word != "else" && word != "do") {
+      continue;
+    }
+    const size_t body = code.find_first_not_of(" \n", head_end);
+    if (body == std::string::npos || code[body] == '{' || code.find('\n', head_end) > body) continue;
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(OneHand, MissingBracesAreFound) {
+  const auto lines = [](const std::string &text) {
+    TextFile file;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) file.lines.push_back(line);
+    return BodiesWithoutBraces(CodeOf(file));
+  };
+  using Lines = std::vector<size_t>;
+  EXPECT_EQ(lines("if (a)\n  b();\n"), Lines({1}));
+  EXPECT_EQ(lines("x();\nfor (int i : {1, 2})\n  if (a) b();\n"), Lines({2}));
+  EXPECT_EQ(lines("while (a(b) &&\n       c)\n  d();\n"), Lines({1}));
+  EXPECT_EQ(lines("if (a) {\n} else\n  b();\n"), Lines({2}));
+  EXPECT_EQ(lines("if (a) {\n} else if (b)\n  c();\n"), Lines({2}));
+  EXPECT_EQ(lines("do\n  a();\nwhile (b);\n"), Lines({1}));
+  EXPECT_EQ(lines("if (a)  // why\n  b();\n"), Lines({1}));
+  EXPECT_EQ(lines("if constexpr (a)\n  b();\n"), Lines({1}));
+  EXPECT_EQ(lines("#define A \\\n  if (b) \\\n    c()\n"), Lines({2}));
+  EXPECT_EQ(lines("f(R\"x(\"if)x\");\nif (a == ')' || a == 10'000 || a == '\"')\n  b(\"(\");\n"), Lines({2}));
+  EXPECT_EQ(lines("if (a) b();\nif (a &&\n    b) {\n  c();\n}\n"), Lines());
+  EXPECT_EQ(lines("do {\n  a();\n} while (b);\nif (c) {\n} else {\n}\n"), Lines());
+  EXPECT_EQ(lines("// if (a)\n/* if (a)\n*/ b();\ntext = \"if (a)\\\"\"\n    \"b\";\n"), Lines());
+  EXPECT_EQ(lines("text = R\"(\nif (a)\n  b();\n)\";\nchecks_if(a)\n    .b();\n"), Lines());
+  EXPECT_EQ(lines("#if (A)\nb();\n#else\nc();\n#endif\n"), Lines());
+}
+
+TEST(OneHand, ABodyBelowItsConditionHasBraces) {
+  for (const TextFile &file : FilesOf({"src", "tools", "tests", "bench", "fuzz", "include", "examples"},
+                                      {".h", ".hpp", ".cpp", ".c"})) {
+    for (const size_t line : BodiesWithoutBraces(CodeOf(file))) {
+      ADD_FAILURE() << file.name << ":" << line << ": " << file.lines[line - 1];
     }
   }
 }

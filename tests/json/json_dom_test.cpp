@@ -179,8 +179,9 @@ TEST(JsonDomMemory, GrowthThatFailsIsOneAndLosesNothing) {
     return ++calls == 1 ? std::realloc(pointer, size) : nullptr;
   };
   ASSERT_EQ(JsonDomInit(&builder, &tree), 0);
-  for (int i = 0; i < 1024; ++i)
+  for (int i = 0; i < 1024; ++i) {
     ASSERT_EQ(JsonDomCallback<FakeTree>(&builder, JSON_ARRAY_BEGIN, nullptr, 0), 0);
+  }
   EXPECT_EQ(JsonDomCallback<FakeTree>(&builder, JSON_ARRAY_BEGIN, nullptr, 0), 1);
   JsonDomFree(&builder);  // the leak checker sees the rest
 }

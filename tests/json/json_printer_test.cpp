@@ -225,8 +225,9 @@ void MakeValue(std::mt19937 *random, int depth, std::vector<Event> *events) {
   const auto pick = [&](unsigned count) { return static_cast<unsigned>((*random)() % count); };
   const auto text = [&] {
     std::string bytes;
-    for (unsigned i = pick(2) == 0 ? pick(8) : pick(60); i > 0; --i)
+    for (unsigned i = pick(2) == 0 ? pick(8) : pick(60); i > 0; --i) {
       bytes += static_cast<char>(pick(3) == 0 ? pick(256) : 'a' + pick(26));
+    }
     return bytes;
   };
   switch (pick(depth > 0 ? 8 : 6)) {
@@ -272,8 +273,9 @@ TEST(JsonPrinter, ReadsBackAsTheSameEvents) {
     MakeValue(&random, 6, &events);
     events.push_back(kArrayEnd);
     std::string want;
-    for (const Event &event : events)
+    for (const Event &event : events) {
       AppendEvent(&want, event.type, event.data.data(), static_cast<uint32_t>(event.data.size()));
+    }
     for (const JsonPrinterFunction print : {JsonPrinterRaw, JsonPrinterPretty}) {
       const std::string text = Print(events, print);
       std::string got;

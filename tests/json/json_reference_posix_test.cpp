@@ -198,12 +198,13 @@ class Maker {
     std::string text = Pick(3) == 0 ? "-" : "";
     text += Pick(4) == 0 ? std::string("0") : std::to_string(1 + Pick(9)) + (Pick(2) == 0 ? Digits(15) : "");
     if (Pick(4) == 0) text += "." + Digits(6);
-    if (Pick(5) == 0)
+    if (Pick(5) == 0) {
       text += (Pick(2) == 0 ? "e" : "E") +
               std::string(Pick(3) == 0   ? "+"
                           : Pick(2) == 0 ? "-"
                                          : "") +
               Digits(2);
+    }
     return text;
   }
 
@@ -215,8 +216,9 @@ class Maker {
                                           "\\u0416",  "\\u20AC",      "\\ud83d\\ude00",
                                           "\\u0000",  "\x7F",         "longer text without any escape in it"};
     std::string text;
-    for (unsigned count = Pick(6); count > 0; --count)
+    for (unsigned count = Pick(6); count > 0; --count) {
       text += kPieces[Pick(sizeof kPieces / sizeof *kPieces)];
+    }
     return "\"" + text + "\"";
   }
 
@@ -234,8 +236,9 @@ class Maker {
         return "null";
       case 6: {
         std::string text = "[" + Space();
-        for (unsigned count = Pick(5), i = 0; i < count; ++i)
+        for (unsigned count = Pick(5), i = 0; i < count; ++i) {
           text += (i == 0 ? "" : ",") + Space() + Value(depth - 1) + Space();
+        }
         return text + "]";
       }
       default: {

@@ -171,8 +171,9 @@ TEST_F(ReadText, KeepsEveryItemOfALargeDocument) {
 TEST_F(ReadText, TakesFewPiecesOfMemoryHoweverManyItemsThereAre) {
   const auto calls = [](int goods) {
     std::string text = "[";
-    for (int i = 0; i < goods; ++i)
+    for (int i = 0; i < goods; ++i) {
       text += std::string(i == 0 ? "" : ",") + "{\"title\":\"a title\",\"cnt\":[1,2,3]}";
+    }
     text += "]";
     const test::Allocations before = test::CountAllocations();
     JsonReader *own = JsonReaderCreate();

@@ -46,8 +46,9 @@ class Client {
     try {
       for (;;) {
         const std::string piece = Receive();
-        if (piece.empty() && !test::EndMayPrecedeReset())
+        if (piece.empty() && !test::EndMayPrecedeReset()) {
           throw std::runtime_error("the connection ended in order");
+        }
         if (piece.empty()) return bytes;
         bytes += piece;
       }

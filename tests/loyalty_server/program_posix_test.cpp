@@ -35,8 +35,9 @@ Outcome Start(const std::string &arguments, const std::string &commands,
   FILE *pipe = popen(line.c_str(), "r");
   if (pipe == nullptr) return run;
   char buffer[4096];
-  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
     run.output.append(buffer, count);
+  }
   run.status = WEXITSTATUS(pclose(pipe));
   return run;
 }

@@ -26,19 +26,23 @@ class FakeStore : public loyalty::Store {
   void Keep(const loyalty::State &state, const loyalty::Changes &changes) override {
     if (content_->isFull) throw std::runtime_error("the disk is full");
     // Only what is said to have changed is taken over, as a file would.
-    for (const auto &change : changes.cards)
+    for (const auto &change : changes.cards) {
       content_->state.cards[change.first] = state.cards.at(change.first);
+    }
     content_->state.accounts.resize(state.accounts.size());
-    for (const auto &change : changes.accounts)
+    for (const auto &change : changes.accounts) {
       content_->state.accounts[change.first] = state.accounts[change.first];
+    }
     for (const auto &change : changes.payments) {
       content_->state.payments[change.first] = state.payments.at(change.first);
     }
     content_->state.acceptedIds.insert(changes.acceptedIds.begin(), changes.acceptedIds.end());
-    for (const auto &change : changes.lastIds)
+    for (const auto &change : changes.lastIds) {
       content_->state.lastIds[change.first] = state.lastIds.at(change.first);
-    for (const auto &change : changes.locks)
+    }
+    for (const auto &change : changes.locks) {
       content_->state.locks[change.first] = state.locks.at(change.first);
+    }
     content_->state.usedTokens.insert(changes.usedTokens.begin(), changes.usedTokens.end());
     content_->state.answers = state.answers;
     ++content_->count;

@@ -67,8 +67,9 @@ class LumoCheck : public testing::Test {
  protected:
   LumoCheck() {
     const fs::path library = fs::u8path(std::getenv("LUMO_LIBRARY_FILE"));
-    for (const fs::path &file : {library, library.parent_path() / "lumo_check.exe"})
+    for (const fs::path &file : {library, library.parent_path() / "lumo_check.exe"}) {
       fs::copy_file(file, folder_.path() / file.filename());
+    }
   }
 
   void StartServer() {
@@ -104,9 +105,10 @@ class LumoCheck : public testing::Test {
   // The report is these lines.
   void ExpectReport(const std::vector<std::string> &expected) const {
     const std::vector<std::string> lines = Report();
-    for (size_t i = 0; i < lines.size() && i < expected.size(); ++i)
+    for (size_t i = 0; i < lines.size() && i < expected.size(); ++i) {
       ASSERT_TRUE(Matches(lines[i].c_str(), expected[i].c_str())) << lines[i] << "\n  instead of\n"
                                                                   << expected[i];
+    }
     EXPECT_EQ(lines.size(), expected.size());
   }
 
@@ -263,8 +265,9 @@ TEST_F(LumoCheck, SaysThatAllIsAsItShouldBe) {
       {kSystem, kLibrary, kConnected, {"ok      OpenShift: 0"}, kBalance, kSales, kSilence, kAllRight}));
   server_->Visit([](loyalty::Programme &programme) {
     EXPECT_EQ(programme.payments().size(), 3U);
-    for (const auto &[rrn, payment] : programme.payments())
+    for (const auto &[rrn, payment] : programme.payments()) {
       EXPECT_STREQ(loyalty::PaymentStateName(payment.state), "confirmed") << rrn;
+    }
   });
 }
 

@@ -529,8 +529,9 @@ class Day {
   void CheckRrn(const std::string &rrn) {
     const std::string trace = shop_.Trace();
     if (trace.find("GetLastRrnProcess error") != std::string::npos ||
-        trace.find("Date compare error") != std::string::npos)
+        trace.find("Date compare error") != std::string::npos) {
       return;
+    }
     ASSERT_GE(rrn.size(), 16U);
     EXPECT_EQ(rrn.substr(0, 5), "12345");
     EXPECT_EQ(rrn.substr(5, 6), now_.substr(2, 2) + now_.substr(5, 2) + now_.substr(8, 2));
@@ -625,8 +626,9 @@ class Day {
       if (type == "PAYMENT_CONFIRM") {
         const std::string confirmed = record["paymentConfirm"]["requestId"].get<std::string>().substr(0, 20);
         for (auto &payment : payments) {
-          if (payment.first == confirmed)
+          if (payment.first == confirmed) {
             payment.second = record["paymentConfirm"]["isConfirm"].get<bool>() ? 1 : 0;
+          }
         }
       }
       if (type == "DEPOSIT") ++deposits;

@@ -62,8 +62,9 @@ TEST_F(PosixFiles, HandlesAreNotInheritedByPrograms) {
   bool found = false;
   for (int descriptor = 3; descriptor < 64; ++descriptor) {
     struct stat opened, named;
-    if (fstat(descriptor, &opened) != 0 || stat("file", &named) != 0 || opened.st_ino != named.st_ino)
+    if (fstat(descriptor, &opened) != 0 || stat("file", &named) != 0 || opened.st_ino != named.st_ino) {
       continue;
+    }
     found = true;
     EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
   }

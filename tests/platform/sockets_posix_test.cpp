@@ -36,8 +36,9 @@ constexpr ErrorCase kErrors[] = {
 };
 
 TEST(SocketErrors, EachHasItsNumber) {
-  for (const ErrorCase &row : kErrors)
+  for (const ErrorCase &row : kErrors) {
     EXPECT_EQ(SocketErrorOf(row.error), row.winsock) << strerror(row.error);
+  }
 }
 
 volatile std::sig_atomic_t ticks;

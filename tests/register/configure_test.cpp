@@ -152,8 +152,9 @@ TEST_F(Configure, RefusesWhatCannotWork) {
   }
   Refuse({"--server", "https://10.0.0.5:443/ws"}, 2, "speaks no TLS");
   Refuse({"--alternate", "foo"}, 2, "--alternate: not an address");
-  for (const char *value : {"-1", "0", "3601", "soon", "1.5", ""})
+  for (const char *value : {"-1", "0", "3601", "soon", "1.5", ""}) {
     Refuse({"--timeout", value}, 2, "--timeout");
+  }
   for (const char *value : {"2", "-1", "yes"}) Refuse({"--offline", value}, 2, "--offline");
   Refuse({"--shift-mode", "2"}, 2, "--shift-mode");
   Refuse({"--local-bonus", "101"}, 2, "--local-bonus");

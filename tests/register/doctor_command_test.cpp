@@ -22,9 +22,11 @@ class Doctor : public test::Till {
     const nlohmann::json facts = Facts({"doctor"}, status);
     EXPECT_EQ(Files(), before) << "it changes nothing";
     EXPECT_EQ(facts["fit"], status == 0);
-    for (const nlohmann::json &finding : facts["findings"])
-      if (finding["check"] == check)
+    for (const nlohmann::json &finding : facts["findings"]) {
+      if (finding["check"] == check) {
         text += finding["level"].get<std::string>() + ": " + finding["finding"].get<std::string>() + "\n";
+      }
+    }
     return text;
   }
 };
@@ -154,8 +156,9 @@ TEST_F(Doctor, LooksForLeftovers) {
   BeginToSell();
   for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"}) Write(name, "");
   const std::string said = Said("leftovers", 0);
-  for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"})
+  for (const char *name : {"LOG.old", "LOG.new", "STATE.new", "OFFLINE_TMP"}) {
     EXPECT_THAT(said, HasSubstr("warning: " + std::string(name) + " is there: a process ended"));
+  }
 }
 
 TEST_F(Doctor, LooksAtTheLibraryFile) {

@@ -43,8 +43,9 @@ TEST_F(TerminalSettings, ComeFromTheDeliveryFirst) {
 }
 
 TEST_F(TerminalSettings, AreNoneOfWhatIsNoObject) {
-  for (const char *config : {"", " ", "[]", "{\"a\":1", "{\"a\":1}}", "text"})
+  for (const char *config : {"", " ", "[]", "{\"a\":1", "{\"a\":1}}", "text"}) {
     EXPECT_EQ(ReadFrom(config).file, "") << config;
+  }
 }
 
 TEST_F(TerminalSettings, TakeTheBeginningOfAKey) {
@@ -106,16 +107,20 @@ TEST(ServerAddress, IsRefusedWhenTheLibraryCouldNotUseIt) {
                               "http://10.0.0.5:80/a b",
                               "http://10.0.0.5:80/a\r\n",
                               "http://10.0.0.5:80/\x7F",
-                              "http://0.0.0.0:80/ws"})
+                              "http://0.0.0.0:80/ws"}) {
     EXPECT_FALSE(reg::ParseServerAddress(address)) << address;
+  }
 }
 
 TEST(StateFile, StopsTheLibraryWhenItIsCutOrNoObject) {
   for (const char *state :
-       {"", "  ", "{\"offline\":0", "{\"offline\":0,\"reqId\":\"12", "{\"offline\":fal", "[]", "5"})
+       {"", "  ", "{\"offline\":0", "{\"offline\":0,\"reqId\":\"12", "{\"offline\":fal", "[]", "5"}) {
     EXPECT_TRUE(reg::StopsLibrary(state)) << state;
-  for (const char *state : {"{}", "{\"offline\":0}   ", "{\"offline\":0}}", "text", "{\"shiftId\":\"\xCC\"}"})
+  }
+  for (const char *state :
+       {"{}", "{\"offline\":0}   ", "{\"offline\":0}}", "text", "{\"shiftId\":\"\xCC\"}"}) {
     EXPECT_FALSE(reg::StopsLibrary(state)) << state;
+  }
 }
 
 }  // namespace

@@ -65,9 +65,10 @@ std::string Wrong(const Terminal &terminal) {
   const reg::Findings findings = reg::Judge(terminal);
   for (const reg::Finding &finding : findings.list()) {
     EXPECT_EQ(finding.level == Level::kOk, finding.cure.empty()) << finding.text;
-    if (finding.level != Level::kOk)
+    if (finding.level != Level::kOk) {
       text += std::string(reg::LevelName(finding.level)) + " " + finding.check + ": " + finding.text + " | " +
               finding.cure + "\n";
+    }
   }
   return text;
 }

@@ -125,8 +125,9 @@ TEST_F(HeldQueue, IsNeverCalledEmptyWhenItCannotBeRead) {
   };
   const auto look_at_all = [&] {
     for (const Words &words :
-         {Words{"queue"}, {"journal", "--offline"}, {"status"}, {"queue", "drop", "1", "--yes"}})
+         {Words{"queue"}, {"journal", "--offline"}, {"status"}, {"queue", "drop", "1", "--yes"}}) {
       look(words);
+    }
     const test::Outcome run = Run({"doctor"});
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.out, testing::HasSubstr("  trouble queue: what waits cannot be read\n"));

@@ -119,8 +119,9 @@ TEST_F(TraceCommand, RefusesANumberThatIsNotThere) {
   const test::Outcome run = Run({"trace", "--exchange", "2"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "register: the trace has 1 exchanges\n");
-  for (const char *number : {"0", "-1", "x"})
+  for (const char *number : {"0", "-1", "x"}) {
     EXPECT_EQ(Run({"trace", "--exchange", number}).status, 2) << number;
+  }
   EXPECT_EQ(Run({"trace", "--last", "0"}).status, 2);
   EXPECT_EQ(Run({"trace", "--exchange", "1", "--follow"}).status, 2);
   EXPECT_EQ(Run({"trace", "--exchange", "1", "--last", "1"}).status, 2);

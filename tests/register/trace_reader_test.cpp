@@ -17,8 +17,9 @@ using testing::SizeIs;
 std::vector<Exchange> ReadTrace(const std::string &trace, size_t piece = std::string::npos) {
   std::vector<Exchange> exchanges;
   reg::TraceReader reader([&](const Exchange &exchange) { exchanges.push_back(exchange); });
-  for (size_t at = 0; at < trace.size(); at += std::min(piece, trace.size() - at))
+  for (size_t at = 0; at < trace.size(); at += std::min(piece, trace.size() - at)) {
     reader.Feed(std::string_view(trace).substr(at, piece));
+  }
   reader.Finish();
   return exchanges;
 }
@@ -86,8 +87,9 @@ TEST(TraceReader, TakesPiecesOfAnySize) {
 
 TEST(TraceReader, TakesTheLineEndsOfWindows) {
   std::string trace;
-  for (const char byte : kBegin + kSent + kTaken + kEnd)
+  for (const char byte : kBegin + kSent + kTaken + kEnd) {
     trace += byte == '\n' ? "\r\n" : std::string(1, byte);
+  }
   const Exchange exchange = ReadOne(trace);
   EXPECT_EQ(exchange.code, 0);
   EXPECT_EQ(exchange.head, "POST /ws/deposit\nHost: 10.0.0.5:8080\n");
@@ -146,8 +148,9 @@ TEST(TraceReader, KnowsTheCodeOfEachEnding) {
            "ERROR: WSAStartup failed with error: 10091\n",
        -1},
   };
-  for (const EndingCase &row : cases)
+  for (const EndingCase &row : cases) {
     EXPECT_EQ(ReadOne(kBegin + row.lines + kEnd).code, row.code) << row.name;
+  }
 }
 
 TEST(TraceReader, TellsWhyEachServerWasNotReached) {

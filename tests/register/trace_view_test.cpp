@@ -58,8 +58,9 @@ TEST(TraceView, HidesCardsInEveryMember) {
   exchange.fatal = "ERROR: ASSERT IN x LINE 1: 1000000001";
   reg::CardMask mask;
   for (const std::string &text : {reg::TraceInFull(exchange, mask), reg::TraceLine(exchange, mask),
-                                  reg::TraceFacts(exchange, mask, true).Text()})
+                                  reg::TraceFacts(exchange, mask, true).Text()}) {
     EXPECT_THAT(text, Not(HasSubstr("100000000"))) << text;
+  }
   reg::CardMask open(true);
   EXPECT_THAT(reg::TraceInFull(exchange, open), HasSubstr("LinkCardProc(1000000008)"));
 }

@@ -107,10 +107,12 @@ bool IsRightSigned(Unsigned divisor, Unsigned dividend, Unsigned quotient, Unsig
 void Check32(uint32_t, uint32_t) {}
 
 void Check64(uint64_t divisor, uint64_t dividend) {
-  if (!IsRight(divisor, dividend, __udivdi3(dividend, divisor), __umoddi3(dividend, divisor)))
+  if (!IsRight(divisor, dividend, __udivdi3(dividend, divisor), __umoddi3(dividend, divisor))) {
     Fail("__udivdi3, __umoddi3");
-  if (!IsRightSigned(divisor, dividend, __divdi3(dividend, divisor), __moddi3(dividend, divisor)))
+  }
+  if (!IsRightSigned(divisor, dividend, __divdi3(dividend, divisor), __moddi3(dividend, divisor))) {
     Fail("__divdi3, __moddi3");
+  }
 }
 
 #else
@@ -182,15 +184,17 @@ extern "C" void _start() {
     for (int count = 0; count < 64; ++count) CheckShift(divisor, count);
     for (const uint64_t dividend : kEdges) {
       Check64(divisor, dividend);
-      if (static_cast<uint32_t>(divisor) != 0)
+      if (static_cast<uint32_t>(divisor) != 0) {
         Check32(static_cast<uint32_t>(divisor), static_cast<uint32_t>(dividend));
+      }
     }
   }
   for (int i = 0; i < 300000; ++i) {
     const uint64_t divisor = Random(), dividend = Random();
     if (divisor != 0) Check64(divisor, dividend);
-    if (static_cast<uint32_t>(divisor) != 0)
+    if (static_cast<uint32_t>(divisor) != 0) {
       Check32(static_cast<uint32_t>(divisor), static_cast<uint32_t>(dividend));
+    }
     CheckShift(dividend, static_cast<int>(divisor & 63));
   }
   Say("the helpers are right\n");

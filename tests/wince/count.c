@@ -75,8 +75,9 @@ static void Translate(PluginId id, Block *block) {
     qemu_plugin_register_vcpu_mem_cb(instruction, Watch, kRegistersAreLeftAlone, kReadsAndWrites,
                                      (void *)(uintptr_t)address);
   }
-  if (others != 0)
+  if (others != 0) {
     qemu_plugin_register_vcpu_tb_exec_cb(block, CountBlock, kRegistersAreLeftAlone, (void *)others);
+  }
 }
 
 static void Mark(PluginId id, unsigned thread, int64_t number, uint64_t begins, uint64_t b, uint64_t c,

@@ -86,8 +86,9 @@ class Loader {
   template <typename Record>
   Record InFile(size_t offset) const {
     Record record = {};
-    if (offset <= file_.size() && sizeof record <= file_.size() - offset)
+    if (offset <= file_.size() && sizeof record <= file_.size() - offset) {
       std::memcpy(&record, file_.data() + offset, sizeof record);
+    }
     return record;
   }
   // Of the image, and only from inside it.
@@ -155,17 +156,20 @@ void Loader::ReadHeaders(bool is_library) {
   for (const uint16_t machine : kMachines) is_ours = is_ours || header_.machine == machine;
   if (!is_ours) Fail("machine 0x%X is another one", header_.machine);
   if ((header_.kind & wince_file::kIsExecutable) == 0) Fail("was not linked to its end");
-  if (((header_.kind & wince_file::kIsLibrary) != 0) != is_library)
+  if (((header_.kind & wince_file::kIsLibrary) != 0) != is_library) {
     Fail("is no %s", is_library ? "library" : "program");
+  }
   if ((header_.kind & wince_file::kRelocationsAreGone) != 0) Fail("cannot be moved");
 
   optional_ = InFile<OptionalHeader>(header_offset_ + sizeof header_);
-  if (header_.optional_header_size != sizeof optional_ || optional_.format != wince_file::kPlainFormat)
+  if (header_.optional_header_size != sizeof optional_ || optional_.format != wince_file::kPlainFormat) {
     Fail("has a header of another kind");
+  }
   if (optional_.directory_count != 16) Fail("has %u tables instead of 16", optional_.directory_count);
   if (optional_.linked_for % wince_file::kPlaceStep != 0) Fail("is linked for 0x%X", optional_.linked_for);
-  if (optional_.section_step != kPage || optional_.file_step != wince_file::kFileStep)
+  if (optional_.section_step != kPage || optional_.file_step != wince_file::kFileStep) {
     Fail("has its sections laid out for another system");
+  }
   if (optional_.subsystem != wince_file::kWindowsCe) Fail("subsystem %u is another one", optional_.subsystem);
   if (optional_.thread_data.size != 0) Fail("has thread-local data");
   if (optional_.delayed_imports.size != 0) Fail("has imports to be bound later");
@@ -182,28 +186,32 @@ void Loader::ReadSections() {
   uint32_t next_address = (headers + kPage - 1) / kPage * kPage, next_offset = headers;
   for (uint32_t i = 0; i < header_.section_count; ++i) {
     const auto section = InFile<SectionHeader>(table + sizeof(SectionHeader) * i);
-    if (section.address != next_address || section.size == 0 || section.size > 0x1000000)
+    if (section.address != next_address || section.size == 0 || section.size > 0x1000000) {
       Fail("section %u is out of place", i + 1);
+    }
     if (section.file_size % wince_file::kFileStep != 0 ||
         section.file_offset != (section.file_size == 0 ? 0 : next_offset) ||
         section.file_size > file_.size() - next_offset) {
       Fail("section %u is out of place in the file", i + 1);
     }
-    if ((section.flags & wince_file::kWrites) != 0 && (section.flags & wince_file::kExecutes) != 0)
+    if ((section.flags & wince_file::kWrites) != 0 && (section.flags & wince_file::kExecutes) != 0) {
       Fail("section %u holds code that can be overwritten", i + 1);
+    }
     next_address = (section.address + section.size + kPage - 1) / kPage * kPage;
     next_offset += section.file_size;
     sections_.push_back(section);
   }
-  if (sections_.empty() || next_address != module_->size)
+  if (sections_.empty() || next_address != module_->size) {
     Fail("its size in memory is not that of its sections");
+  }
   if (next_offset != file_.size()) Fail("has bytes of no section");
 }
 
 void Loader::Map() {
   static uintptr_t next;
-  if (const char *const place = std::getenv("LUMO_LOAD_AT"); place != nullptr && next == 0)
+  if (const char *const place = std::getenv("LUMO_LOAD_AT"); place != nullptr && next == 0) {
     next = std::strtoul(place, nullptr, 16);
+  }
   void *const wish = reinterpret_cast<void *>(next);
   // Nothing may lie where the file was linked for: an address that was not moved leads nowhere.
   mmap(reinterpret_cast<void *>(static_cast<uintptr_t>(optional_.linked_for)), module_->size, PROT_NONE,
@@ -220,8 +228,9 @@ void Loader::Map() {
 }
 
 void Loader::Move(uint32_t address) {
-  if (SectionOf(address) == nullptr || SectionOf(address + 3) != SectionOf(address))
+  if (SectionOf(address) == nullptr || SectionOf(address + 3) != SectionOf(address)) {
     Fail("moves something at 0x%X, where nothing is", address);
+  }
   // An instruction of x86 may hold its address anywhere.
   if (!IsX86() && address % 4 != 0) Fail("the address at 0x%X does not lie on a word", address);
   const uint32_t target = At<uint32_t>(address) - optional_.linked_for;
@@ -238,13 +247,15 @@ void Loader::Relocate() {
   while (at < end) {
     if (end - at < 8) Fail("its relocations are cut off");
     const auto page = At<uint32_t>(at), size = At<uint32_t>(at + 4);
-    if (page % kPage != 0 || page <= page_before || size < 8 || size % 4 != 0 || size > end - at)
+    if (page % kPage != 0 || page <= page_before || size < 8 || size % 4 != 0 || size > end - at) {
       Fail("its relocations at 0x%X are damaged", at);
+    }
     for (uint32_t entry = at + 8; entry < at + size; entry += 2) {
       const uint32_t kind = At<uint16_t>(entry) >> 12;
       if (kind == wince_file::kFiller) continue;
-      if (kind != wince_file::kWholeAddress)
+      if (kind != wince_file::kWholeAddress) {
         Fail("has a relocation of kind %u, which not every terminal knows", kind);
+      }
       Move(page + (At<uint16_t>(entry) & 0xFFF));
     }
     page_before = page;
@@ -259,8 +270,9 @@ void Loader::RefuseForgottenAddresses() const {
     const bool is_code = (section.flags & wince_file::kExecutes) != 0;
     if (is_code && header_.machine != wince_file::kMachineArm) continue;
     for (uint32_t at = section.address; at + 4 <= section.address + section.size; at += 4) {
-      if (At<uint32_t>(at) - optional_.linked_for < module_->size)
+      if (At<uint32_t>(at) - optional_.linked_for < module_->size) {
         Fail("the address at 0x%X is not moved", at);
+      }
     }
   }
 }
@@ -281,8 +293,9 @@ void Loader::BindLibrary(const char *library, uint32_t names, uint32_t slots) {
     if (At<uint32_t>(slots) != entry) Fail("an import from %s has two names", library);
     if (entry == 0) return;
     const SectionHeader *const section = SectionOf(slots);
-    if (section == nullptr || (section->flags & wince_file::kWrites) == 0)
+    if (section == nullptr || (section->flags & wince_file::kWrites) == 0) {
       Fail("the imports from %s cannot be written", library);
+    }
     Put(slots, static_cast<uint32_t>(reinterpret_cast<uintptr_t>(FindImport(library, entry))));
   }
   Fail("the imports from %s are cut off", library);
@@ -297,8 +310,9 @@ void Loader::BindImports() {
     if (table.library == 0) return;
     const char *const library = Text(table.library);
     if (library == nullptr) Fail("its imports are damaged");
-    if (table.names % 4 != 0 || table.slots % 4 != 0)
+    if (table.names % 4 != 0 || table.slots % 4 != 0) {
       Fail("the imports from %s do not lie on words", library);
+    }
     BindLibrary(library, table.names, table.slots);
   }
   Fail("its imports are cut off");
@@ -306,11 +320,13 @@ void Loader::BindImports() {
 
 void Loader::ReadExports() {
   const uint32_t at = optional_.exports.address;
-  if (at == 0 || at % 4 != 0 || !Has(at, sizeof(ExportTable)))
+  if (at == 0 || at % 4 != 0 || !Has(at, sizeof(ExportTable))) {
     Fail("the table of exports, at 0x%X, does not lie on a word", at);
+  }
   const auto table = At<ExportTable>(at);
-  if (table.functions % 4 != 0 || table.names % 4 != 0 || table.numbers % 2 != 0)
+  if (table.functions % 4 != 0 || table.names % 4 != 0 || table.numbers % 2 != 0) {
     Fail("its exports do not lie on words");
+  }
   if (table.function_count > 0xFFFF || table.name_count > 0xFFFF ||
       !Has(table.functions, 4 * table.function_count) || !Has(table.names, 4 * table.name_count) ||
       !Has(table.numbers, 2 * table.name_count)) {
@@ -361,8 +377,9 @@ Module *Loader::LoadLibrary() {
   const auto entry_point =
       reinterpret_cast<int (*)(void *, uint32_t, void *)>(module_->image + optional_.entry_point);
   // The system names a module to its code by what is no address in it.
-  if (const int answer = entry_point(module_.get(), kAttach, nullptr); answer != 1)
+  if (const int answer = entry_point(module_.get(), kAttach, nullptr); answer != 1) {
     Fail("its entry point answers %d", answer);
+  }
   return module_.release();
 }
 

@@ -102,8 +102,9 @@ class LibraryFile : public testing::Test {
     for (uint32_t at = begin; at < end; at += InImage<uint32_t>(at + 4)) {
       for (uint32_t entry = at + 8; entry < at + InImage<uint32_t>(at + 4); entry += 2) {
         const uint16_t word = InImage<uint16_t>(entry);
-        if (word >> 12 == wince_file::kWholeAddress)
+        if (word >> 12 == wince_file::kWholeAddress) {
           found.push_back({entry, InImage<uint32_t>(at) + (word & 0xFFF)});
+        }
       }
     }
     return found;
@@ -186,8 +187,9 @@ bool LibraryFile::SellsHere() {
       << R"("localBonusOffline":3,"globalBonusOffline":2,"orgFeeOffline":1})";
   std::ofstream(folder / "STATE") << R"({"reqId":"1234512120500007","offline":0,"shiftState":0,"update":0})";
   if (call("LUMOInit", 0, 0) != 0 || call("CreateTransaction", "9000000001", "7") != 0) return false;
-  if (call("CreateAmountBill", 10000, "BILL.JSN") != 0 || call("PaymentProc", 0, "BILL.JSN") != 0)
+  if (call("CreateAmountBill", 10000, "BILL.JSN") != 0 || call("PaymentProc", 0, "BILL.JSN") != 0) {
     return false;
+  }
   const std::string slip = reinterpret_cast<const char *>(call("getReceiptBodyPtr", 0, 0));
   return call("GetEarnBonusAmount", 0, 0) == 500 &&
          slip.find("\n                  100.00\n") != std::string::npos &&
@@ -277,8 +279,9 @@ TEST_F(LibraryFile, WithAnImportByNumberIsRefused) {
 }
 
 TEST_F(LibraryFile, WithTwoImportsExchangedDoesNotSell) {
-  for (const uint32_t list : {imports(0).names, imports(0).slots})
+  for (const uint32_t list : {imports(0).names, imports(0).slots}) {
     std::swap(InImage<uint32_t>(list), InImage<uint32_t>(list + 8));
+  }
   EXPECT_EQ(Refusal(), "");
   EXPECT_FALSE(Sells());
 }

@@ -88,8 +88,9 @@ void ce_RaiseException(DWORD code, DWORD, DWORD, const DWORD *) {
 
 HMODULE ce_LoadLibraryW(const WCHAR *name) {
   const std::string path = wince::Narrow(name);
-  if (const auto *const library = wince::FindSystemLibrary(path); library != nullptr)
+  if (const auto *const library = wince::FindSystemLibrary(path); library != nullptr) {
     return const_cast<wince::SystemLibrary *>(library);
+  }
   if (access(path.c_str(), F_OK) != 0) {
     constexpr DWORD kNoSuchModule = 126;
     lumo::lumo_SetLastError(kNoSuchModule);
@@ -109,10 +110,11 @@ void *ce_GetProcAddressW(HMODULE module, const WCHAR *name) {
   const std::string text = wince::Narrow(name);
   void *function = nullptr;
   const auto *const library = static_cast<const wince::SystemLibrary *>(module);
-  if (library == &wince::kSystemLibraries[0] || library == &wince::kSystemLibraries[1])
+  if (library == &wince::kSystemLibraries[0] || library == &wince::kSystemLibraries[1]) {
     function = const_cast<void *>(wince::FindSystemCall(library->name, text));
-  else
+  } else {
     function = wince::Find(static_cast<wince::Module *>(module), text);
+  }
   constexpr DWORD kNoSuchFunction = 127;
   if (function == nullptr) lumo::lumo_SetLastError(kNoSuchFunction);
   return function;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -315,6 +317,41 @@ TEST(OneHand, ResultCodesComeFromOneHeader) {
       EXPECT_TRUE(defines_calls || line != "#include \"lumo.h\"") << file.name;
     }
   }
+}
+
+// One enumerator of lumo.h on `line`, "  ERR_BILL_OPEN = -105,", or one row of the tests' table of them,
+// "    {-105, ERR_BILL_OPEN,": its code and its name. No name if it is neither.
+std::pair<int, std::string> ResultCodeOf(const std::string &line) {
+  int code = 0;
+  char name[64] = "";
+  if (std::sscanf(line.c_str(), " ERR_%50[A-Z_] = %d", name, &code) == 2 ||
+      std::sscanf(line.c_str(), " {%d, ERR_%50[A-Z_],", &code, name) == 2) {
+    return {code, std::string("ERR_") + name};
+  }
+  return {0, ""};
+}
+
+TEST(OneHand, EachResultCodeHasItsRowInTheTestsTable) {
+  std::vector<std::pair<int, std::string>> promised, expected;
+  const std::string lowest_is = "constexpr int32_t kLowestCode = ";
+  std::string lowest;
+  const auto take = [](const TextFile &file, std::vector<std::pair<int, std::string>> *codes) {
+    for (const std::string &line : file.lines) {
+      if (const auto code = ResultCodeOf(line); !code.second.empty()) codes->push_back(code);
+    }
+    std::sort(codes->begin(), codes->end());
+  };
+  for (const TextFile &file : FilesOf({"include", "tests/support", "src/foundation"})) {
+    if (file.name == "include/lumo.h") take(file, &promised);
+    if (file.name == "tests/support/result_codes.h") take(file, &expected);
+    if (file.name != "src/foundation/result_codes.cpp") continue;
+    for (const std::string &line : file.lines) {
+      if (line.rfind(lowest_is, 0) == 0) lowest = line.substr(lowest_is.size());
+    }
+  }
+  ASSERT_EQ(promised.size(), 41U);
+  EXPECT_EQ(expected, promised);
+  EXPECT_EQ(lowest, promised[0].second + ";") << "a code below it would have no message";
 }
 
 // Inside platform/posix/ a bare name is the operating system's own. The names of the library's calls are

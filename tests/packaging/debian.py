@@ -23,6 +23,7 @@ import urllib.request
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 sys.path.insert(0, os.path.join(SOURCE, "tests", "bindings"))
 import day  # noqa: E402
+from package import Wrong, check_links  # noqa: E402
 
 
 def files_of(folder):
@@ -137,6 +138,11 @@ def main():
         for package, expected in packages.items():
             if not re.fullmatch(expected, needed := install(root, package)):
                 sys.exit(f"{package} needs {needed}")
+        for package in packages:
+            try:
+                check_links(f"{root}/usr/share/doc/{package}")
+            except Wrong as wrong:
+                sys.exit(f"{package}: {wrong}")
         before = files_of(f"{root}/usr")
         with open(f"{root}/usr/share/doc/liblumo1/README.Debian", encoding="utf-8") as file:
             commands = re.findall(r"^    (.+)$", file.read(), re.M)

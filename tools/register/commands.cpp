@@ -57,6 +57,8 @@ void AddGeneralOptions(CLI::App &app, Till &till) {
 }
 
 void AddCommands(CLI::App &app, Till &till) {
+  // "/SHOP/BILL.JSN" is a path on Windows too.
+  app.allow_windows_style_options(false);
   AddConfigureCommand(app, till);
   AddStatusCommand(app, till);
   AddDoctorCommand(app, till);

@@ -12,6 +12,7 @@
 #include "config/lumoconfig.h"
 #include "record/receipt.h"
 #include "support/allocations.h"
+#include "support/fatal.h"
 #include "support/shop.h"
 
 namespace {
@@ -181,7 +182,7 @@ TEST_F(TransactionRecord, OnlyAMissingRecordIsTraced) {
 TEST(TransactionRecordDeathTest, TheLargestSizesEndTheProcess) {
   const test::Folder folder;
   lumo::Transaction *record = lumo::TransactionCreate();
-  EXPECT_EXIT(lumo::TransactionAllocate(record, SIZE_MAX), testing::ExitedWithCode(255), "");
+  EXPECT_EXIT(lumo::TransactionAllocate(record, SIZE_MAX), test::EndedAsFatal, "");
   lumo::TransactionFree(record);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/arithmetic.h"
 #include "foundation/file_names.h"
 #include "foundation/memory.h"
 #include "foundation/module_path.h"
@@ -82,7 +83,7 @@ bool AppendBlanks(HANDLE file, uint32_t count) {
   char blanks[256];
   std::memset(blanks, ' ', sizeof blanks);
   while (count != 0) {
-    const uint32_t piece = count < sizeof blanks ? count : static_cast<uint32_t>(sizeof blanks);
+    const auto piece = Smaller<uint32_t>(count, sizeof blanks);
     if (!FileWriteAll(file, blanks, piece)) return false;
     count -= piece;
   }
@@ -95,7 +96,7 @@ constexpr uint32_t kMostBlanks = 1024 * 1024;
 // Writes the text and, where the old one was longer, blanks over its rest, in one write, and cuts the blanks.
 bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_length) {
   if (old_length <= length) return FileMoveTo(file, 0) && FileWriteAll(file, text, length);
-  const uint32_t blanks = old_length - length < kMostBlanks ? old_length - length : kMostBlanks;
+  const uint32_t blanks = Smaller(old_length - length, kMostBlanks);
   const uint32_t padded_length = length + blanks;
   const ScopedText padded(static_cast<char *>(MemMalloc(padded_length, LUMO_HERE)));
   std::memcpy(padded.get(), text, length);
@@ -134,6 +135,12 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   FileDelete(new_name);
   // Something has the name all the same, such as a link that leads nowhere.
   return move_code == ERROR_ALREADY_EXISTS ? MakeDirectly(name, text, length) : Replaced::kNotWritten;
+}
+
+DWORD FileAttributes(const char *name) {
+  WCHAR path[kPathUnits];
+  BuildPath(name, path);
+  return GetFileAttributesW(path);
 }
 
 int ErrorUnless(bool succeeded) {
@@ -281,15 +288,11 @@ int FileMove(const char *from, const char *to) {
 }
 
 bool FileExists(const char *name) {
-  WCHAR path[kPathUnits];
-  BuildPath(name, path);
-  return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+  return FileAttributes(name) != INVALID_FILE_ATTRIBUTES;
 }
 
 bool FileIsThere(const char *name) {
-  WCHAR path[kPathUnits];
-  BuildPath(name, path);
-  const DWORD attributes = GetFileAttributesW(path);
+  const DWORD attributes = FileAttributes(name);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/arithmetic.h"
 #include "foundation/memory.h"
 #include "json/json_scan.h"
 
@@ -115,7 +116,7 @@ int AppendAndGrow(JsonParser *parser, const char *bytes, uint32_t length, uint32
   for (;;) {
     const uint32_t room = parser->bufferSize - 1 - parser->bufferFill;
     const uint32_t rest = length - *out_taken;
-    const uint32_t count = rest < room ? rest : room;
+    const uint32_t count = Smaller(rest, room);
     JsonCopyBytes(parser->buffer + parser->bufferFill, bytes + *out_taken, count);
     parser->bufferFill += count;
     *out_taken += count;

@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "foundation/arithmetic.h"
 #include "json/json_scan.h"
 
 namespace lumo {
@@ -50,7 +51,7 @@ void PutQuoted(JsonPrinter *printer, const char *text, uint32_t length) {
     if (printer->fill == kRoom) Flush(printer);
     const uint32_t room = kRoom - printer->fill;
     const uint32_t rest = length - done;
-    const uint32_t run = JsonCopyRun(printer->buffer + printer->fill, text + done, rest < room ? rest : room);
+    const uint32_t run = JsonCopyRun(printer->buffer + printer->fill, text + done, Smaller(rest, room));
     printer->fill += run;
     done += run;
     if (done < length && ByteEndsRun(static_cast<unsigned char>(text[done]))) {

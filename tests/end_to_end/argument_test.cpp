@@ -351,9 +351,16 @@ TEST_F(Order, AmountsMayHaveAnySize) {
 // ---- Texts that end the process ----
 
 // The process that ends says where its shop is, and its trace is read from there: Windows CE runs no exit
-// handlers. A child that is not forked has a shop of its own.
+// handlers. It is a new process with a shop and a server of its own, since a fork copies the locks that the
+// server's thread holds; on an emulated processor it can only be forked.
 class Fatal : public test::Register {
  protected:
+#ifndef LUMO_LOADER
+  Fatal() {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+  }
+#endif
+
   ~Fatal() override {
     std::error_code ignored;
     if (!childsFolder.empty()) std::filesystem::remove_all(std::filesystem::u8path(childsFolder), ignored);

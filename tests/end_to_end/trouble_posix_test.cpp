@@ -75,20 +75,27 @@ TEST_F(MachineTrouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
   EXPECT_EQ(shop.Read("STATE"), State(kSecondRrn));
 }
 
-// The register is killed while it waits for the answer to a payment.
+// The register is killed while it waits for the answer to a payment. It is forked before the server has a
+// thread, whose locks it would inherit.
 TEST_F(MachineTrouble, RegisterKilledInAnExchangeGoesOnWithTheNextRrn) {
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t first = fork();
+  if (first == 0) {
+    close(ready[1]);
+    char byte = 0;
+    if (read(ready[0], &byte, 1) != 1 || shop.LUMOInit() != 0) _exit(1);
+    shop.CreateTransaction(kCard, kCashier);
+    shop.PaymentProc(0, "BILL.JSN");
+    _exit(1);
+  }
   server = std::make_unique<test::ScriptedServer>(
       std::vector<Answer>{{{}, Answer::End::kSilence}, {{Success("cardExchangeResponse", "", kSecondRrn)}}});
   shop.Start(server->address(), R"("timeout":0)");
   shop.Write("LOG", "1\n");
   ASSERT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
   const std::string bill = shop.Read("BILL.JSN");
-  const pid_t first = fork();
-  if (first == 0) {
-    shop.CreateTransaction(kCard, kCashier);
-    shop.PaymentProc(0, "BILL.JSN");
-    _exit(1);
-  }
+  ASSERT_EQ(write(ready[1], "", 1), 1);
   while (server->requests().empty() || server->requests().at(0).find("}}\n") == std::string::npos) {
     ASSERT_EQ(waitpid(first, nullptr, WNOHANG), 0);
   }

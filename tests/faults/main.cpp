@@ -95,6 +95,7 @@ void Sweep::Fill(const Operation &operation) {
 
 Outcome Sweep::InAProcess(const std::function<int()> &run) {
   std::fflush(stdout);
+  std::unique_lock<std::mutex> rest = server_.AtRest();
   const pid_t child = fork();
   if (child == 0) {
     alarm(kLongestRun);
@@ -103,6 +104,7 @@ Outcome Sweep::InAProcess(const std::function<int()> &run) {
     if (chdir(folder_.path().c_str()) != 0) _exit(1);
     _exit(run());
   }
+  rest.unlock();
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }

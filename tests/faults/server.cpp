@@ -113,6 +113,7 @@ void Server::Serve() {
   for (;;) {
     const int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection < 0) return;
+    const std::lock_guard<std::mutex> lock(work_);
     std::string head, body;
     if (Receive(connection, &head, &body)) {
       const std::string answer = Answer(MethodOf(head), body);

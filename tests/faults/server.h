@@ -19,6 +19,8 @@ class Server {
   std::string address() const;
   // Forgets everything; refuses the payments of these bills from now on.
   void Reset(const std::set<std::string> &refused_bills = {});
+  // While this is held, the server's thread has nothing in hand: a fork copies none of its locks.
+  std::unique_lock<std::mutex> AtRest() const { return std::unique_lock<std::mutex>(work_); }
   // How often the payment of this bill was taken.
   int Taken(const std::string &bill) const;
 
@@ -28,6 +30,7 @@ class Server {
 
   int port_ = 0;  // before the listener, which tells it
   int listener_ = -1;
+  mutable std::mutex work_;
   mutable std::mutex mutex_;
   std::set<std::string> refused_;
   std::set<std::string> request_ids_;

@@ -50,12 +50,12 @@ class Running {
     int in[2];
     int out[2];
     if (pipe(in) != 0 || pipe(out) != 0) throw std::runtime_error("no pipe");
+    const std::string line = before + "exec " + LOYALTY_SERVER_PROGRAM + " --quiet " + arguments;
     child_ = fork();
     if (child_ == 0) {
       dup2(in[0], STDIN_FILENO);
       dup2(out[1], STDOUT_FILENO);
       for (const int end : {in[0], in[1], out[0], out[1]}) close(end);
-      const std::string line = before + "exec " + LOYALTY_SERVER_PROGRAM + " --quiet " + arguments;
       execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
       _exit(127);
     }
@@ -63,8 +63,8 @@ class Running {
     close(out[1]);
     in_ = in[1];
     out_ = fdopen(out[0], "r");
-    const std::string line = Line();
-    port_ = static_cast<uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
+    const std::string place = Line();
+    port_ = static_cast<uint16_t>(std::stoi(place.substr(place.rfind(':') + 1)));
   }
   ~Running() {
     if (child_ > 0) End(SIGKILL);

@@ -40,8 +40,9 @@ HANDLE OpenFor(const std::filesystem::path &file, DWORD access, DWORD dispositio
                      FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 #else
-void Replace(int descriptor, const std::filesystem::path &file, int flags) {
-  const int opened = open(file.c_str(), flags, 0600);
+// Takes no memory: the child of a process with threads inherits the locks they hold.
+void Replace(int descriptor, const char *file, int flags) {
+  const int opened = open(file, flags, 0600);
   dup2(opened, descriptor);
   close(opened);
 }

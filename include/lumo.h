@@ -198,15 +198,15 @@ enum LumoResult {
   ERR_BILL_OPEN = -105,             /* a bill cannot be written; after a payment: PAID all the same */
   ERR_BILL_FORMAT = -106,           /* the bill is missing or damaged; nothing was sent */
   ERR_CONFIG_OPEN = -107,           /* not returned */
-  ERR_STATE_LOAD = -108,            /* STATE is no state, or cannot be made */
-  ERR_STATE_CREATE = -109,          /* STATE is missing or no JSON and cannot be made */
+  ERR_STATE_LOAD = -108,            /* STATE is no state, or cannot be opened, read or made */
+  ERR_STATE_CREATE = -109,          /* STATE cannot be opened, or is missing or no JSON and cannot be made */
   ERR_STATE_OPEN = -110,            /* STATE cannot be written */
   ERR_CONFIG_LOAD = -111,           /* neither CONFIG.JSN nor CONFIG can be loaded */
   ERR_TRANSACTION_EXISTS = -112,    /* call CloseTransaction first */
   ERR_RETURN_LIST_FORMAT = -113,    /* the return list is missing or damaged; nothing was sent */
 
   /* The records of operations. */
-  ERR_OFFLINE_SAVE = -201, /* done, but the record could not be added to LOG or OFFLINE */
+  ERR_OFFLINE_SAVE = -201, /* the record is missing from LOG or OFFLINE; as a rule the operation is done */
   ERR_LOG_DELETE = -202,   /* lumoClearOffline: OFFLINE is left as it is */
 
   /* JSON files and answers. */
@@ -250,7 +250,8 @@ enum LumoResult {
  * A transaction still open is forgotten, not closed: its memory is lost, and its texts stay valid.
  * Returns 0, or
  *   ERR_CONFIG_LOAD  neither file can be loaded
- *   ERR_STATE_LOAD   STATE is empty, is cut short or holds JSON that is no object, or it cannot be made
+ *   ERR_STATE_LOAD   STATE is empty, is cut short or holds JSON that is no object; it cannot be opened or
+ *                    read, as when another program holds it; or it cannot be made
  * A STATE that is missing or is no JSON is replaced by an empty one, without an error: the shift then counts
  * as closed, and the terminal has no RRN.
  * After a failure run no operation: it would work with empty settings.
@@ -258,8 +259,8 @@ enum LumoResult {
 LUMO_API int LUMO_CALL LUMOInit(void);
 
 /* LUMOInit with a trace file of the caller's name: "TRACE_" + name + ".TXT". A null or empty name, or one
- * of more than 258 characters, means TRACE.TXT. The name changes nothing else. A later LUMOInit keeps the
- * name that was given last. */
+ * of more than 258 characters, means TRACE.TXT; one that makes the path too long, no trace at all. The name
+ * changes nothing else. A later LUMOInit keeps the name that was given last. */
 LUMO_API int LUMO_CALL LUMOInitExt(const char *name);
 
 /* Leaves a line in the trace and returns 0. It frees, closes and saves nothing: everything is saved
@@ -308,8 +309,9 @@ LUMO_API int LUMO_CALL OpenShift(const char *shift_id);
 LUMO_API int LUMO_CALL CloseShift(void);
 
 /* Reads STATE again. Returns 0, or
- *   ERR_STATE_LOAD    STATE is empty, is cut short or holds JSON that is no object
- *   ERR_STATE_CREATE  STATE is missing or is no JSON, and an empty one cannot be written */
+ *   ERR_STATE_LOAD    STATE is empty, is cut short, holds JSON that is no object or cannot be read
+ *   ERR_STATE_CREATE  STATE cannot be opened, as when another program holds it; or it is missing or is no
+ *                     JSON, and an empty one cannot be made */
 LUMO_API int LUMO_CALL LoadState(void);
 
 /* Empties the state in memory and returns 0. STATE stays as it is until something is saved: do not call
@@ -396,7 +398,8 @@ LUMO_API int LUMO_CALL PaymentAndConfirmProc(int amount, const char *bill_path);
  *   rrn  the payment's RRN
  * In an offline transaction they send nothing: the record waits in OFFLINE. Return 0, or
  *   ERR_CONNECT       not confirmed, not cancelled
- *   ERR_OFFLINE_SAVE  with the server: DONE. Without it: not kept anywhere. Nothing is printed.
+ *   ERR_OFFLINE_SAVE  with the server: DONE. Without it: NOT done, no replay will tell the server; call it
+ *                     again. Nothing is printed.
  * Note: both print the lines of a cancellation, "ОТМЕНА ПОКУПКИ". Print the slip before you confirm. They
  * have an RRN of their own, which getRRN then returns. */
 LUMO_API int LUMO_CALL PaymentConfirmProc(const char *rrn);
@@ -425,20 +428,21 @@ LUMO_API int LUMO_CALL ExchangeProc(const char *token);
 /* Links another card to the account of the transaction's card.
  *   card_num  the card to link
  * Note: it asks the server only in an offline transaction. In every other it sends NOTHING, records the
- * request in LOG, prints "Карта активирована и присоединена" and returns 0. Returns 0 or ERR_OFFLINE_SAVE:
- * the record is missing. */
+ * request in LOG, prints "Карта активирована и присоединена" and returns 0. Returns 0, ERR_OFFLINE_SAVE: the
+ * record is missing, or in an offline transaction a code of "Talking to the server". */
 LUMO_API int LUMO_CALL LinkCardProc(const char *card_num);
 
 /* Writes a bill with one position for a plain amount, for a register without a list of goods. It needs no
  * transaction.
  *   total_sum  in hundredths
  *   bill_path  created or overwritten; the path to give to PaymentProc
- * Returns 0 or ERR_BILL_OPEN. */
+ * Returns 0 or ERR_BILL_OPEN. A disk that is full is not told here: the payment finds the bill damaged. */
 LUMO_API int LUMO_CALL CreateAmountBill(int total_sum, const char *bill_path);
 
 /* ---- Results ---------------------------------------------------------------------------------------- */
 /* They tell of the current transaction. They keep their values until an operation's answer brings new ones,
- * also after an operation that failed. */
+ * also after an operation that failed. Only the bonuses and the discount are 0 from the moment at which an
+ * operation reads its bill or return list. */
 
 /* What the server answered: its state, and its code. Never null. Both are "OK" before the first answer, and
  * the empty text without a transaction and for a state or code that lumo does not know. Valid for ever.
@@ -488,9 +492,9 @@ LUMO_API const char *LUMO_CALL getResponseMessage(void);
 
 /* The RRN of the last operation, 16 characters: the number to quote when a payment is confirmed, cancelled
  * or returned. Ask for it right after the operation. It is the terminal's last one, with or without a
- * transaction, and survives a restart; null when there was none. After SendOfflinePayments it may be another.
- * After an operation that got no RRN (see "Without the server") it is that of an older operation. Valid until
- * the next getRRN. */
+ * transaction; null when there was none. It is saved before the operation's request goes out, and so survives
+ * a restart in the middle of one. After SendOfflinePayments it may be another. After an operation that got no
+ * RRN (see "Without the server") it is that of an older operation. Valid until the next getRRN. */
 LUMO_API const char *LUMO_CALL getRRN(void);
 
 /* The amount that the server granted for the last activation, by its type, in hundredths.
@@ -543,6 +547,8 @@ LUMO_API int LUMO_CALL SendOfflinePayments(void);
  *   from, to  UTC, as "2012-12-05T10:00:00Z"; compared as texts. Null is the empty text, before all others.
  * Return the report's length in bytes, 0 when there is nothing to report, or ERR_REPORT_RANGE when `from`
  * is not before `to`; the previous report then stays.
+ * A return shows as 0.00: its record holds no sum. Exchanges and links are in neither report. Of simple and
+ * gift-card activations the summary adds up the amounts sent, and the other report shows what was granted.
  * An activation of an unknown type in LOG, which lumo never writes, makes GenerateReport break into the
  * debugger. Without a debugger that ends the process. */
 LUMO_API int LUMO_CALL GenerateSummaryReport(const char *from, const char *to);

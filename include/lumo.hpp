@@ -287,7 +287,7 @@ inline Result ExchangeProc(Text token) {
 /// Links another card to the account of the transaction's card. It asks the server only in an offline
 /// transaction.
 /// @param card_num  the card to link
-/// @return 0 or ERR_OFFLINE_SAVE.
+/// @return 0, ERR_OFFLINE_SAVE or, in an offline transaction, a code of the exchange.
 inline Result LinkCardProc(Text card_num) {
   return ::LinkCardProc(card_num.get());
 }

@@ -294,7 +294,7 @@ public static class Lumo
     /// <summary>Links another card to the account of the transaction's card. It asks the server only in an
     /// offline transaction.</summary>
     /// <param name="cardNum">The card to link.</param>
-    /// <returns>0 or ERR_OFFLINE_SAVE.</returns>
+    /// <returns>0, ERR_OFFLINE_SAVE or, in an offline transaction, a code of the exchange.</returns>
     public static Result LinkCardProc(string cardNum) { return (Result)Native.LinkCardProc(Bytes(cardNum)); }
 
     /// <summary>Writes a bill with one position for a plain amount, for a register without a list of

@@ -226,7 +226,7 @@ function ExchangeProc(const Token: UTF8String): LongInt;
 /// <summary>Links another card to the account of the transaction's card. It asks the server only in an offline
 /// transaction.</summary>
 /// <param name="CardNum">The card to link.</param>
-/// <returns>0 or ERR_OFFLINE_SAVE.</returns>
+/// <returns>0, ERR_OFFLINE_SAVE or, in an offline transaction, a code of the exchange.</returns>
 function LinkCardProc(const CardNum: UTF8String): LongInt;
 
 /// <summary>Writes a bill with one position for a plain amount, for a register without a list of goods.</summary>

@@ -324,7 +324,7 @@ class Library:
         transaction.
 
         card_num: the card to link
-        Returns 0 or ERR_OFFLINE_SAVE.
+        Returns 0, ERR_OFFLINE_SAVE or, in an offline transaction, a code of the exchange.
         """
         return self._dll.LinkCardProc(_utf8(card_num))
 

@@ -79,6 +79,7 @@ int main(int argc, char **argv) {
   int code = argc == 2 ? LUMOInit() : ERR_CONFIG_LOAD;
   sprintf(opened, "%.16s", Now()); /* the report's bounds are texts: before any second of this minute */
   if (code != 0) return Say("sale BILL", "cannot start", code), 1;
+  printf("lumo %s\n", lumoVersion());
   OpenShift("1"); /* one that is open since before a restart goes on */
   while (puts("ready"), fflush(stdout), fgets(line, sizeof line, stdin) != NULL) {
     if (sscanf(line, "%49s", word) != 1) continue;

@@ -69,6 +69,7 @@ void Sell(const std::string &card, bool wants_to_spend, const char *bill_path) {
 int main(int argc, char **argv) {
   lumo::Result result = argc == 2 ? lumo::LUMOInit() : ERR_CONFIG_LOAD;
   if (!result.ok()) return Say("sale BILL", "cannot start", result), 1;
+  std::cout << "lumo " << lumo::lumoVersion() << "\n";
   const std::string opened = Now().substr(0, 16);  // bounds are texts: before any second of this minute
   lumo::ShiftScope shift;
   result = shift.Open("1");  // one that is open since before a restart goes on

@@ -65,6 +65,7 @@ public static class Sale
         Console.OutputEncoding = new UTF8Encoding(false);
         Result result = arguments.Length == 1 ? Lumo.LUMOInit() : Result.ERR_CONFIG_LOAD;
         if (result != 0) throw new InvalidOperationException(Lumo.GetErrorMessage((int)result));
+        Console.WriteLine("lumo " + Lumo.lumoVersion());
         Lumo.OpenShift("1");  // one that is open since before a restart goes on
         string opened = Now().Substring(0, 16);  // the report's bounds are texts: before any second of this minute
         Console.WriteLine("ready");

@@ -70,6 +70,7 @@ begin
   SetTextCodePage(Output, CP_UTF8);
   if ParamCount = 1 then Code := LUMOInit else Code := ERR_CONFIG_LOAD;
   if Code <> 0 then raise Exception.Create('cannot start: ' + IntToStr(Code));
+  WriteLn('lumo ', lumoVersion);
   OpenShift('1');  { one that is open since before a restart goes on }
   Opened := Copy(UtcNow, 1, 16);  { the report's bounds are texts: before any second of this minute }
   repeat

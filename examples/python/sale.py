@@ -69,6 +69,7 @@ register = lumo.Library(library)
 code = register.LUMOInit()
 if code != 0:
     sys.exit(register.GetErrorMessage(code))
+print("lumo", register.lumoVersion())
 register.OpenShift("1")  # one that is open since before a restart goes on
 opened = now()[:16]  # the report's bounds are texts: before any second of this minute
 print("ready")

@@ -75,14 +75,18 @@ static void Sell(int wants_to_spend) {
 }
 
 int main(int argc, char **argv) {
-  char opened[32], line[100], word[50];
-  int code = argc == 2 ? LUMOInit() : ERR_CONFIG_LOAD;
+  char opened[32], line[100], word[100], wish[100];
+  int c, code = argc == 2 ? LUMOInit() : ERR_CONFIG_LOAD;
   sprintf(opened, "%.16s", Now()); /* the report's bounds are texts: before any second of this minute */
   if (code != 0) return Say("sale BILL", "cannot start", code), 1;
   printf("lumo %s\n", lumoVersion());
   OpenShift("1"); /* one that is open since before a restart goes on */
   while (puts("ready"), fflush(stdout), fgets(line, sizeof line, stdin) != NULL) {
-    if (sscanf(line, "%49s", word) != 1) continue;
+    const int words = sscanf(line, "%99s %99s", word, wish);
+    if (strchr(line, '\n') == NULL) { /* the rest of a long line is no card of its own */
+      while ((c = getchar()) != '\n' && c != EOF) continue;
+    }
+    if (words < 1) continue;
     if (strcmp(word, "send") == 0) {
       const int waiting = lumoOfflineCount(), sent = SendOfflinePayments();
       printf("sent %d of %d\n", sent, waiting);
@@ -90,7 +94,7 @@ int main(int argc, char **argv) {
     } else if ((code = WriteBill(argv[1])) != 0 || (code = CreateTransaction(word, "7")) != 0) {
       Say(word, "is not sold to", code);
     } else {
-      Sell(strstr(line, " spend") != NULL);
+      Sell(words == 2 && strcmp(wish, "spend") == 0);
       CloseTransaction();
     }
   }

@@ -73,13 +73,16 @@ int main(int argc, char **argv) {
   const std::string opened = Now().substr(0, 16);  // bounds are texts: before any second of this minute
   lumo::ShiftScope shift;
   result = shift.Open("1");  // one that is open since before a restart goes on
-  for (std::string line, card; std::cout << "ready" << std::endl, std::getline(std::cin, line);) {
-    if (line == "send") {
+  for (std::string line; std::cout << "ready" << std::endl, std::getline(std::cin, line);) {
+    std::istringstream words(line);
+    std::string card, wish;
+    words >> card >> wish;
+    if (card == "send") {
       const int waiting = lumo::lumoOfflineCount(), sent = lumo::SendOfflinePayments();
       std::cout << "sent " << sent << " of " << waiting << "\n";
       if (sent == waiting) result = lumo::lumoClearOffline(sent);  // else OFFLINE holds those that failed
-    } else if (std::istringstream(line) >> card) {
-      Sell(card, line == card + " spend", argv[1]);
+    } else if (!card.empty()) {
+      Sell(card, wish == "spend", argv[1]);
     }
   }
   if (lumo::GenerateSummaryReport(opened, "9") > 0) std::cout << lumo::GetReportPtr();  // to all dates' end

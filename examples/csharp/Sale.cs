@@ -64,14 +64,14 @@ public static class Sale
     {
         Console.OutputEncoding = new UTF8Encoding(false);
         Result result = arguments.Length == 1 ? Lumo.LUMOInit() : Result.ERR_CONFIG_LOAD;
-        if (result != 0) throw new InvalidOperationException(Lumo.GetErrorMessage((int)result));
+        if (result != 0) { Say("sale BILL", "cannot start", result); return 1; }
         Console.WriteLine("lumo " + Lumo.lumoVersion());
         Lumo.OpenShift("1");  // one that is open since before a restart goes on
         string opened = Now().Substring(0, 16);  // the report's bounds are texts: before any second of this minute
         Console.WriteLine("ready");
         for (string line = Console.ReadLine(); line != null; line = Console.ReadLine())
         {
-            string card = line.Split(' ')[0];
+            string wish = line.Trim(), card = wish.Split(' ')[0];
             if (card == "send")
             {
                 int waiting = Lumo.lumoOfflineCount(), sent = Lumo.SendOfflinePayments();
@@ -82,7 +82,7 @@ public static class Sale
             {
                 result = WriteBill(arguments[0]);
                 if (result == 0) result = Lumo.CreateTransaction(card, "7");
-                if (result == 0) Sell(line == card + " spend");
+                if (result == 0) Sell(wish.EndsWith(" spend"));
                 else Say(card, "is not sold to", result);
                 Lumo.CloseTransaction();
             }

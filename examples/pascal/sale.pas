@@ -69,7 +69,10 @@ var Opened: UTF8String; Line, Card: string; Code, Waiting, Sent: Integer;
 begin
   SetTextCodePage(Output, CP_UTF8);
   if ParamCount = 1 then Code := LUMOInit else Code := ERR_CONFIG_LOAD;
-  if Code <> 0 then raise Exception.Create('cannot start: ' + IntToStr(Code));
+  if Code <> 0 then begin
+    Say('sale BILL', 'cannot start', Code);
+    Halt(1);
+  end;
   WriteLn('lumo ', lumoVersion);
   OpenShift('1');  { one that is open since before a restart goes on }
   Opened := Copy(UtcNow, 1, 16);  { the report's bounds are texts: before any second of this minute }
@@ -78,6 +81,7 @@ begin
     Flush(Output);
     if Eof then Break;
     ReadLn(Line);
+    Line := Trim(Line);
     Card := Copy(Line, 1, Pos(' ', Line + ' ') - 1);
     if Card = 'send' then begin
       Waiting := lumoOfflineCount;
@@ -87,7 +91,7 @@ begin
     end else if Card <> '' then begin
       Code := WriteBill(ParamStr(1));
       if Code = 0 then Code := CreateTransaction(UTF8String(Card), '7');
-      if Code = 0 then Sell(Line = Card + ' spend') else Say(UTF8String(Card), 'is not sold to', Code);
+      if Code = 0 then Sell(Pos(' spend', Line) > 0) else Say(UTF8String(Card), 'is not sold to', Code);
       CloseTransaction;
     end;
   until False;

@@ -64,6 +64,7 @@ def sell(wants_to_spend):
 
 library, = sys.argv[1:]
 bill_path = os.path.join(os.path.dirname(library), "BILL.JSN")
+sys.stdin.reconfigure(encoding="utf-8", errors="replace")  # what is no text has no card
 sys.stdout.reconfigure(encoding="utf-8", line_buffering=True)
 register = lumo.Library(library)
 code = register.LUMOInit()

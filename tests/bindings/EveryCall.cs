@@ -18,6 +18,7 @@ public static class EveryCall
         Console.OutputEncoding = new UTF8Encoding(false);
         Show("lumoVersion", Lumo.lumoVersion());
         Show("getTerminalId", Lumo.getTerminalId());
+        Show("getPingAddress", Lumo.getPingAddress());
         Show("GetReportPtr", Lumo.GetReportPtr());
         Show("LUMOInitExt", Lumo.LUMOInitExt("касса"));
         Show("LUMOInit", Lumo.LUMOInit());
@@ -86,6 +87,7 @@ public static class EveryCall
         Show("RunUpdater", Lumo.RunUpdater("пакет"));
         Show("CommitUpdates", Lumo.CommitUpdates());
         Show("CloseShift", Lumo.CloseShift());
+        Show("OpenShift", Lumo.OpenShift(null));
         Show("DllAttach", Lumo.DllAttach(IntPtr.Zero));
         Show("LUMOClean", Lumo.LUMOClean());
     }

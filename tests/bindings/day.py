@@ -13,6 +13,8 @@ In the text of the DAY
     <time>    is the time of a slip
     <port>    is the server's port
     = FILE N TEXT    says that in the end the shop's FILE holds this text N times
+    - FILE           takes FILE out of the shop before the day begins
+    ? N              says that the program ends with N, not with 0
 and what follows the line "> end" is printed after the end of the input. A program that reads nothing prints what stands first.
 """
 import os
@@ -49,18 +51,23 @@ class Server:
 
 
 def read_steps(path):
-    """The text of a day: where something is typed, what, and what is expected then; the files and what they hold."""
+    """The text of a day: where something is typed, what, and what is expected then; the files and what they hold; the files that
+    are missing; what the program ends with."""
     with open(path, encoding="utf-8") as file:
         text = file.read().splitlines()
-    steps, files = [("start", "", [])], []
+    steps, files, missing, status = [("start", "", [])], [], [], 0
     for line in text:
         if line[:2] in ("> ", "! "):
             steps.append((line[0], line[2:], []))
         elif line.startswith("= "):
             files.append(line[2:].split(" ", 2))
+        elif line.startswith("- "):
+            missing.append(line[2:])
+        elif line.startswith("? "):
+            status = int(line[2:])
         elif not line.startswith("# "):
             steps[-1][2].append(line)
-    return steps, files
+    return steps, files, missing, status
 
 
 class Names:
@@ -95,10 +102,12 @@ def configure(shop, server):
 
 def run(day, server, shop, command, folder, environment):
     """Lets the program work through the day; says whether all was as expected, and prints what was not."""
+    steps, files, missing, expected_status = read_steps(day)
+    for name in missing:
+        os.remove(os.path.join(shop, name))
     program = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                stderr=subprocess.STDOUT, encoding="utf-8", errors="backslashreplace")
     names, good, has_ended = Names(server), True, False
-    steps, files = read_steps(day)
     for kind, line, expected in steps:
         if has_ended and kind == ">":
             print(f"the program ended before: {line}")
@@ -124,7 +133,7 @@ def run(day, server, shop, command, folder, environment):
         print("the program did not end")
         program.kill()
     status = program.wait()
-    if status != 0:
+    if status != expected_status:
         print(f"the program ended with {status}")
     for name, times, expected in files:
         try:
@@ -135,7 +144,7 @@ def run(day, server, shop, command, folder, environment):
         if found != int(times):
             good = False
             print(f"{name}: expected {times} times {expected}, found {found}")
-    return good and has_ended and status == 0
+    return good and has_ended and status == expected_status
 
 
 def main():

@@ -116,6 +116,11 @@ def read_csharp(text):
     for result, name, arguments in re.findall(
             r"\[DllImport\(File, CallingConvention = Convention\)\]\s+internal static extern (\w+) (\w+)\((.*?)\);", text, re.S):
         raw[name] = call(native[result], arguments)
+    # How a device calls, and how everything else does: on Linux both are the same, so no other test would tell.
+    ways = re.findall(r"^#(if WindowsCE \|\| PocketPC \|\| Smartphone|else)\n +private const string File = \"(\S+)\";\n"
+                      r" +private const CallingConvention Convention = CallingConvention\.(\w+);", text, re.M)
+    if [way[1:] for way in ways] != [("lumo.dll", "Winapi"), ("lumo", "Cdecl")]:
+        raw.clear()
     for doc, result, name, arguments, body in re.findall(
             r"((?:^ +///[^\n]*\n)*)^    public static (\w+) (\w+)\((.*?)\)\s*\{(.*?)\}$", text, re.S | re.M):
         public[name] = call(managed[result], arguments)
@@ -247,6 +252,10 @@ SPOILINGS = {
         (r"public static Result DepositProc", "public static int DepositProc"),
         (r"CreateTransaction\(byte\[\] cardNum, byte\[\] employeeId\)", "CreateTransaction(byte[] employeeId, byte[] cardNum)"),
         (r"Native\.CreateTransaction\(Bytes\(cardNum\), Bytes\(employeeId\)\)", "Native.CreateTransaction(Bytes(employeeId), Bytes(cardNum))"),
+        (r"CallingConvention\.Cdecl", "CallingConvention.StdCall"),
+        (r"CallingConvention\.Winapi", "CallingConvention.Cdecl"),
+        (r'File = "lumo.dll"', 'File = "lumo"'),
+        (r" \|\| PocketPC", ""),
         (r"public static Result DepositProc.*\n", ""),
         (r"Native\.DepositProc\(amount\)", "Native.ExchangeProc(amount)"),
         (r"ERR_CONNECT = -501", "ERR_CONNECT = -502"),

@@ -29,6 +29,7 @@ int main() {
 #endif
   Show("lumoVersion", lumo::lumoVersion());
   Show("getTerminalId", lumo::getTerminalId());
+  Show("getPingAddress", lumo::getPingAddress());
   Show("GetReportPtr", lumo::GetReportPtr());
   Show("LUMOInitExt", lumo::LUMOInitExt("касса"));
   Show("LUMOInit", lumo::LUMOInit());
@@ -97,6 +98,7 @@ int main() {
   Show("RunUpdater", lumo::RunUpdater("пакет"));
   Show("CommitUpdates", lumo::CommitUpdates());
   Show("CloseShift", lumo::CloseShift());
+  Show("OpenShift", lumo::OpenShift(nullptr));
   Show("DllAttach", lumo::DllAttach(nullptr));
   Show("LUMOClean", lumo::LUMOClean());
 }

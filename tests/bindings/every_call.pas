@@ -32,6 +32,7 @@ begin
   SetTextCodePage(Output, CP_UTF8);
   Show('lumoVersion', lumoVersion);
   Show('getTerminalId', getTerminalId);
+  Show('getPingAddress', getPingAddress);
   Show('GetReportPtr', GetReportPtr);
   Show('LUMOInitExt', LUMOInitExt(TraceName));
   Show('LUMOInit', LUMOInit);
@@ -100,6 +101,7 @@ begin
   Show('RunUpdater', RunUpdater(Package));
   Show('CommitUpdates', CommitUpdates);
   Show('CloseShift', CloseShift);
+  Show('OpenShift', OpenShift(''));
   Show('DllAttach', DllAttach(nil));
   Show('LUMOClean', LUMOClean);
 end.

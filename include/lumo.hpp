@@ -168,7 +168,7 @@ inline Result InitState() {
 }
 
 /// The offline flag: 1 after the server could not be reached, with offlineMode 1 in CONFIG; 0 again after
-/// the next exchange.
+/// the next exchange that succeeds.
 [[nodiscard]] inline int getOfflineState() {
   return ::getOfflineState();
 }

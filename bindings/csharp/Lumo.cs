@@ -185,7 +185,7 @@ public static class Lumo
     public static Result InitState() { return (Result)Native.InitState(); }
 
     /// <summary>The offline flag: 1 after the server could not be reached, with offlineMode 1 in CONFIG; 0 again
-    /// after the next exchange.</summary>
+    /// after the next exchange that succeeds.</summary>
     public static int getOfflineState() { return Native.getOfflineState(); }
 
     /// <summary>Sets the offline flag.</summary>

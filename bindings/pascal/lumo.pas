@@ -136,7 +136,7 @@ function LoadState: LongInt; cdecl; external LumoFile;
 function InitState: LongInt; cdecl; external LumoFile;
 
 /// <summary>The offline flag: 1 after the server could not be reached, with offlineMode 1 in CONFIG; 0 again after
-/// the next exchange.</summary>
+/// the next exchange that succeeds.</summary>
 function getOfflineState: LongInt; cdecl; external LumoFile;
 
 /// <summary>Sets the offline flag.</summary>

@@ -193,7 +193,7 @@ class Library:
 
     def getOfflineState(self) -> int:
         """The offline flag: 1 after the server could not be reached, with offlineMode 1 in CONFIG; 0 again after the
-        next exchange."""
+        next exchange that succeeds."""
         return self._dll.getOfflineState()
 
     def setOfflineState(self, offline: int) -> int:

@@ -66,14 +66,15 @@ class BenchServer : public testing::Test {
     FAIL() << "the fault is " << loyalty::FaultText(server->fault());
   }
 
-  // Whether a send fails, once the client knows that the connection is gone.
+  // Whether a send fails, once the client knows that the connection is gone. A reset may come before the
+  // client has been told that the connection is open; then there is nothing to send by.
   bool IsHungUp() {
-    Client client(server->port());
-    client.ReceiveUntilReset();
     try {
+      Client client(server->port());
+      client.ReceiveUntilReset();
       client.Send(Post("ad", Request("ad")));
-    } catch (const std::system_error &) {
-      return true;
+    } catch (const std::system_error &error) {
+      return error.code() != asio::error::connection_refused;
     }
     return false;
   }
@@ -420,14 +421,17 @@ TEST_F(BenchServer, RefuseTurnsClientsAwayKeepsThePortAndOffOpensIt) {
   }
 }
 
+// What must still last is to last an hour, and what must be over is short: however busy the machine is.
 TEST_F(BenchServer, AFaultThatLastsForAWhileIsOffAfterwards) {
-  server->SetFault(ParseFault("refuse for 100"));
+  server->SetFault(ParseFault("refuse for 3600000"));
   EXPECT_THROW(Client{server->port()}, std::system_error);
-  EXPECT_EQ(loyalty::FaultText(server->fault()), "refuse for 100");
+  EXPECT_EQ(loyalty::FaultText(server->fault()), "refuse for 3600000");
+  server->SetFault(ParseFault("refuse for 20"));
   AwaitFault("off");
   EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
-  server->SetFault(ParseFault("http 500 for 100"));
+  server->SetFault(ParseFault("http 500 for 3600000"));
   EXPECT_THAT(Ask("ad"), HasSubstr("HTTP Status 500"));
+  server->SetFault(ParseFault("http 500 for 20"));
   AwaitFault("off");
   EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
 }
@@ -435,18 +439,24 @@ TEST_F(BenchServer, AFaultThatLastsForAWhileIsOffAfterwards) {
 TEST_F(BenchServer, ANewFaultEndsTheTimeOfTheOneBefore) {
   server->SetFault(ParseFault("http 500 for 50"));
   server->SetFault(ParseFault("http 400"));
-  server->SetFault(ParseFault("refuse for 150"));
+  server->SetFault(ParseFault("refuse for 3600000"));
+  const uint64_t revision = server->revision();
+  EXPECT_EQ(server->AwaitChange(revision, std::chrono::milliseconds(100)), revision) << "cut short";
   EXPECT_THROW(Client{server->port()}, std::system_error) << "not cut short by the first one";
   const auto start = std::chrono::steady_clock::now();
+  server->SetFault(ParseFault("refuse for 100"));
   AwaitFault("off");
-  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
 }
 
 TEST_F(BenchServer, OneFaultAfterAnotherAsTheScriptSays) {
-  server->SetFaults(loyalty::ParseFaultScript("http 500\noff\nrefuse for 100\nhangup\ncut 5\n"));
+  server->SetFaults(loyalty::ParseFaultScript("http 500\noff\nrefuse for 3600000\n"));
   EXPECT_THAT(Ask("ad"), HasSubstr("HTTP Status 500"));
   EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
   EXPECT_THROW(Client{server->port()}, std::system_error);
+  server->SetFaults(loyalty::ParseFaultScript("http 500\noff\nrefuse for 20\nhangup\ncut 5\n"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("HTTP Status 500"));
+  EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
   AwaitFault("hangup times 1");
   EXPECT_TRUE(IsHungUp());
   EXPECT_EQ(Ask("ad").size(), 5u);
@@ -471,7 +481,7 @@ TEST_F(BenchServer, ABlackHoleLetsNoConnectionOpenOrFail) {
   bench::Opening opening(server->port());
   EXPECT_FALSE(opening.IsOver(std::chrono::milliseconds(100)));
   server->SetFault(ParseFault("off"));
-  EXPECT_TRUE(opening.IsOver(std::chrono::seconds(10))) << "the client's next attempt gets through";
+  EXPECT_TRUE(opening.IsOver(std::chrono::seconds(60))) << "the client's next attempt gets through";
   EXPECT_THAT(Ask("ad"), HasSubstr("SUCCESS"));
   server->SetFault(ParseFault("blackhole"));
   open.Send(Post("ad", Request("ad")));

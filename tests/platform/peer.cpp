@@ -76,8 +76,10 @@ uint16_t Peer::port() const {
 }
 
 uint16_t ClosedPort() {
-  asio::io_context context;
-  return tcp::acceptor(context, kAnyPort).local_endpoint().port();
+  // Bound and not listening: given to nobody else while the process lives.
+  static asio::io_context context;
+  static const tcp::socket bound(context, kAnyPort);
+  return bound.local_endpoint().port();
 }
 
 }  // namespace test

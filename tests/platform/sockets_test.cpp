@@ -114,7 +114,7 @@ constexpr size_t kMoreThanAnyBuffer = 64 << 20;
 
 // The time-outs here are 200 ms long. A host may be a clock's tick early, or busy and late.
 testing::AssertionResult IsOver(chrono::steady_clock::duration waited) {
-  if (waited >= chrono::milliseconds(190) && waited < chrono::seconds(5)) return testing::AssertionSuccess();
+  if (waited >= chrono::milliseconds(190) && waited < chrono::seconds(60)) return testing::AssertionSuccess();
   return testing::AssertionFailure() << chrono::duration_cast<chrono::milliseconds>(waited).count() << " ms";
 }
 

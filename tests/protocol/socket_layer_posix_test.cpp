@@ -21,6 +21,7 @@ namespace {
 std::vector<std::string> calls;
 std::string failing;   // the name of the call that fails
 std::string incoming;  // when not empty, what recv hands out, as much as fits each time
+size_t incoming_taken = 0;
 
 // Notes a call; true when it is to fail.
 bool Note(const std::string &name, const std::string &arguments = "") {
@@ -78,9 +79,11 @@ int __wrap_lumo_send(lumo::SOCKET socket, const char *data, int length, int flag
 }
 int __wrap_lumo_recv(lumo::SOCKET socket, char *buffer, int capacity, int flags) {
   if (!incoming.empty()) {
-    const size_t count = std::min(incoming.size(), static_cast<size_t>(capacity));
-    std::memcpy(buffer, incoming.data(), count);
-    incoming.erase(0, count);
+    const size_t count = std::min(incoming.size() - incoming_taken, static_cast<size_t>(capacity));
+    std::memcpy(buffer, incoming.data() + incoming_taken, count);
+    incoming_taken += count;
+    if (incoming_taken == incoming.size()) incoming.clear();
+    if (incoming.empty()) incoming_taken = 0;
     return static_cast<int>(count);
   }
   if (!Note("recv", " " + std::to_string(capacity) + " " + std::to_string(flags))) {

@@ -23,7 +23,7 @@ namespace {
 // piece before at once. After any other piece the client is done: it gets the time to close before the next
 // piece is sent.
 constexpr size_t kClientPiece = 500;
-constexpr std::chrono::seconds kTimeToClose(2);
+constexpr std::chrono::seconds kTimeToClose(30);
 
 tcp::endpoint LoopbackOfTheSystemsChoice() {
   return {asio::ip::address_v4::loopback(), 0};

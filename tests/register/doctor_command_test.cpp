@@ -195,13 +195,13 @@ struct ServerCase {
 class DoctorAndServer : public Doctor, public testing::WithParamInterface<ServerCase> {};
 
 TEST_P(DoctorAndServer, SaysWhatCameBack) {
-  BeginToSell("\"timeout\":1");
+  BeginToSell("\"timeout\":3");
   server.SetFault(loyalty::ParseFault(GetParam().fault));
   EXPECT_THAT(Said("server", 1), HasSubstr(GetParam().said));
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, DoctorAndServer,
-                         testing::Values(ServerCase{"silence", "/ws: no answer: nothing within 1 s"},
+                         testing::Values(ServerCase{"silence", "/ws: no answer: nothing within 3 s"},
                                          ServerCase{"cut 0", "/ws: no answer: it ends the connection"},
                                          ServerCase{"cut 20", "/ws: its answer is cut off, or no JSON"},
                                          ServerCase{"reset 0", "/ws: no answer: "}));

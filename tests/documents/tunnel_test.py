@@ -18,12 +18,6 @@ import bench
 CARD = "1000000001"
 
 
-def free_port():
-    with socket.socket() as bound:
-        bound.bind(("127.0.0.1", 0))
-        return bound.getsockname()[1]
-
-
 class Listener:
     """Passes bytes on and keeps those from the terminal's side; or answers with what it is given."""
 
@@ -41,9 +35,10 @@ class Listener:
     def serve(self, client):
         if self.onward is None:
             request = b""
-            while not bench.Wire.is_whole(request):
-                request += client.recv(65536)
-            client.sendall(self.answer)
+            while not bench.Wire.is_whole(request) and (piece := client.recv(65536)):
+                request += piece
+            if request:
+                client.sendall(self.answer)
             client.close()
             return
         server = socket.create_connection(("127.0.0.1", self.onward))
@@ -92,21 +87,27 @@ class Tunnel(unittest.TestCase):
         log.close()
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
-        self.wait_for(int(replaced["accept"].split(":")[1]), path + ".log")
-
-    def wait_for(self, port, log):
-        for _ in range(200):
+        port = int(replaced["accept"].split(":")[1])
+        while process.poll() is None:
             try:
                 socket.create_connection(("127.0.0.1", port)).close()
                 return
             except OSError:
                 time.sleep(0.05)
-        with open(log, encoding="utf-8") as file:
+        with open(path + ".log", encoding="utf-8") as file:
             self.fail(file.read())
+
+    def port(self):
+        """A port for stunnel. It is bound here too, where nobody listens, so that nobody else is given it."""
+        bound = socket.socket()
+        self.addCleanup(bound.close)
+        bound.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        bound.bind(("127.0.0.1", 0))
+        return bound.getsockname()[1]
 
     def tunnel(self, server_port, trusted="loyalty"):
         """The port for the terminal, and the bytes between the two ends."""
-        far, near = free_port(), free_port()
+        far, near = self.port(), self.port()
         self.stunnel("server", accept=f"127.0.0.1:{far}", connect=f"127.0.0.1:{server_port}",
                      cert=self.folder + "/loyalty.pem", key=self.folder + "/loyalty.key")
         between = Listener(onward=far)

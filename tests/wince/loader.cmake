@@ -94,7 +94,7 @@ function(lumo_helpers_check flavour)
   add_custom_command(OUTPUT ${program} DEPENDS ${sources} VERBATIM ${commands} COMMAND ld.lld-14 -static ${objects} -o ${program})
   add_custom_target(arithmetic_helpers_check_${flavour} ALL DEPENDS ${program})
   add_test(NAME arithmetic_helpers_${flavour} COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} ${program})
-  set_tests_properties(arithmetic_helpers_${flavour} PROPERTIES TIMEOUT 120
+  set_tests_properties(arithmetic_helpers_${flavour} PROPERTIES TIMEOUT 600
     ENVIRONMENT QEMU_CPU=${lumo_processor_${flavour}} PASS_REGULAR_EXPRESSION "the helpers are right")
 endfunction()
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL arm)

@@ -8,8 +8,9 @@
         print(register.GetErrorMessage(code))
 
 Every call has the name and the meaning that lumo.h gives it. One thread, one call at a time. Texts are str; those that come
-back are copies, so they may be kept; None stands for the null of lumo.h. Amounts are hundredths: 15000 is 150.00. Paths
-are relative to the folder of the library file.
+back are copies, so they may be kept; None stands for the null of lumo.h. Amounts are hundredths: 15000 is 150.00. A
+number that does not fit into 32 bits is refused with ctypes.ArgumentError, like one that is no int. Paths are relative to
+the folder of the library file.
 """
 
 import ctypes
@@ -87,7 +88,7 @@ class Library:
         for name, (result, arguments) in _CALLS.items():
             call = getattr(self._dll, name)
             call.restype = result
-            call.argtypes = arguments
+            call.argtypes = [_Number if kind is _int else kind for kind in arguments]
         # The library makes a new text of a host at each call and never frees it: each is asked for once after a start.
         self._host: Optional[str] = None
         self._alt_host: Optional[str] = None
@@ -474,6 +475,16 @@ class Library:
         Returns 0, or ERR_LOG_DELETE, and OFFLINE is as it was.
         """
         return self._dll.lumoClearOffline(expected)
+
+
+class _Number(ctypes.c_int):
+    """A number as an argument. ctypes would cut one that is too long, and pay another amount."""
+
+    @classmethod
+    def from_param(cls, value):
+        if isinstance(value, int) and not -2**31 <= value < 2**31:
+            raise OverflowError(f"{value} does not fit into 32 bits")
+        return ctypes.c_int.from_param(value)
 
 
 _int = ctypes.c_int

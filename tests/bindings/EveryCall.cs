@@ -42,6 +42,9 @@ public static class EveryCall
         Show("setNeedUpdate", Lumo.setNeedUpdate(0));
         Show("getRRN", Lumo.getRRN());
         Show("getReceiptBody", Lumo.getReceiptBody());
+        Show("CreateTransaction", Lumo.CreateTransaction("8765432187654321", "Кассир"));
+        Show("getReceiptHeaderPtr", Lumo.getReceiptHeaderPtr());
+        Show("CloseTransaction", Lumo.CloseTransaction());
         Show("CreateTransaction", Lumo.CreateTransaction("1000000003", "Кассир"));
         Show("ActivationProc", Lumo.ActivationProc("SIMPLE_ACTIVATION", null, 0, null, null));
         Show("GetActivationAmount", Lumo.GetActivationAmount());

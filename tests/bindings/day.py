@@ -137,7 +137,7 @@ def run(day, server, shop, command, folder, environment):
         print(f"the program ended with {status}")
     for name, times, expected in files:
         try:
-            with open(os.path.join(shop, name), encoding="utf-8") as file:
+            with open(os.path.join(shop, name), encoding="utf-8", errors="backslashreplace") as file:
                 found = file.read().count(expected)
         except OSError as error:
             found = error

@@ -53,6 +53,9 @@ int main() {
   Show("setNeedUpdate", lumo::setNeedUpdate(0));
   Show("getRRN", lumo::getRRN());
   Show("getReceiptBody", lumo::getReceiptBody());
+  Show("CreateTransaction", lumo::CreateTransaction("8765432187654321", "Кассир"));
+  Show("getReceiptHeaderPtr", lumo::getReceiptHeaderPtr());
+  Show("CloseTransaction", lumo::CloseTransaction());
   Show("CreateTransaction", lumo::CreateTransaction("1000000003", "Кассир"));
   Show("ActivationProc", lumo::ActivationProc("SIMPLE_ACTIVATION", nullptr, 0, nullptr, nullptr));
   Show("GetActivationAmount", lumo::GetActivationAmount());

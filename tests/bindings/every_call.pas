@@ -56,6 +56,9 @@ begin
   Show('setNeedUpdate', setNeedUpdate(0));
   Show('getRRN', getRRN);
   Show('getReceiptBody', getReceiptBody);
+  Show('CreateTransaction', CreateTransaction('8765432187654321', Cashier));
+  Show('getReceiptHeaderPtr', getReceiptHeaderPtr);
+  Show('CloseTransaction', CloseTransaction);
   Show('CreateTransaction', CreateTransaction('1000000003', Cashier));
   Show('ActivationProc', ActivationProc('SIMPLE_ACTIVATION', '', 0, '', ''));
   Show('GetActivationAmount', GetActivationAmount);

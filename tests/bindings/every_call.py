@@ -1,4 +1,5 @@
 """Every call once, as Python sees it; every_call.txt has what it prints."""
+import ctypes
 import sys
 
 import lumo
@@ -37,6 +38,9 @@ show("getNeedUpdate", register.getNeedUpdate())
 show("setNeedUpdate", register.setNeedUpdate(0))
 show("getRRN", register.getRRN())
 show("getReceiptBody", register.getReceiptBody())
+show("CreateTransaction", register.CreateTransaction("8765432187654321", "Кассир"))
+show("getReceiptHeaderPtr", register.getReceiptHeaderPtr())
+show("CloseTransaction", register.CloseTransaction())
 show("CreateTransaction", register.CreateTransaction("1000000003", "Кассир"))
 show("ActivationProc", register.ActivationProc("SIMPLE_ACTIVATION", None, 0, None, None))
 show("GetActivationAmount", register.GetActivationAmount())
@@ -83,3 +87,12 @@ show("CloseShift", register.CloseShift())
 show("OpenShift", register.OpenShift(None))
 show("DllAttach", register.DllAttach(None))
 show("LUMOClean", register.LUMOClean())
+# An int of Python has no end, and no amount is cut.
+for amount in (2**31, -2**31 - 1, 2**32 + 1, 1.5, "1", None):
+    try:
+        show(f"CreateAmountBill of {amount!r}", register.CreateAmountBill(amount, "СЧЁТ.JSN"))
+    except ctypes.ArgumentError:
+        pass
+for amount in (2**31 - 1, -2**31, True, 10000):
+    if register.CreateAmountBill(amount, "СЧЁТ.JSN") != 0:
+        show(f"CreateAmountBill of {amount!r}", "not 0")

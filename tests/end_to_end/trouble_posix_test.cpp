@@ -75,6 +75,24 @@ TEST_F(MachineTrouble, FullDiskEndsNothingAndTheServerKnowsOfTheSale) {
   EXPECT_EQ(shop.Read("STATE"), State(kSecondRrn));
 }
 
+// Nobody but OFFLINE knows of a sale without the server: it is lost, and only the count tells.
+TEST_F(MachineTrouble, FullDiskLosesTheSaleThatNoServerSaw) {
+  OpenAlone(R"("offlineMode":1)");
+  ASSERT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
+  FillTheDisk(0);
+  EXPECT_EQ(shop.PaymentProc(0, "BILL.JSN"), 0);
+  EXPECT_EQ(shop.lumoIsOffline(), 1);
+  EXPECT_EQ(shop.lumoOfflineCount(), 0);
+  EXPECT_EQ(shop.PaymentConfirmProc(kFirstRrn), -201);
+  EXPECT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
+  EXPECT_EQ(shop.PaymentProc(0, "BILL.JSN"), -106);
+  FillTheDisk(RLIM_INFINITY);
+  EXPECT_EQ(shop.Read("OFFLINE"), "");
+  EXPECT_EQ(shop.CreateAmountBill(100, "BILL.JSN"), 0);
+  EXPECT_EQ(shop.PaymentProc(0, "BILL.JSN"), 0);
+  EXPECT_EQ(shop.lumoOfflineCount(), 1);
+}
+
 // The register is killed while it waits for the answer to a payment. It is forked before the server has a
 // thread, whose locks it would inherit.
 TEST_F(MachineTrouble, RegisterKilledInAnExchangeGoesOnWithTheNextRrn) {

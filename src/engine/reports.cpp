@@ -71,18 +71,22 @@ int ReportLength() {
   return static_cast<int>(ReceiptGetLength(report_buffer));
 }
 
-using RecordVisitor = void (*)(const Transaction *record, void *user);
+// False for a record that cannot be read and for one outside of the range.
+bool LoadWithin(Transaction *record, const char *text, const char *from, const char *to) {
+  const int result = LoadLogRecord(record, text);
+  if (result != 0) {
+    TraceError("LoadLogRecord returned %d\n", result);
+    return false;
+  }
+  return IsWithin(record->request.requestDate, from, to);
+}
 
-// Shows the visitor each record of the range, in the log's order. Only one is in memory at a time.
-void VisitRecords(RecordEntry *records, const char *from, const char *to, RecordVisitor visit, void *user) {
+// Calls `visit` with each record of the range, in the log's order. Only one is in memory at a time.
+template <typename Visit>
+void VisitRecords(RecordEntry *records, const char *from, const char *to, Visit visit) {
   for (RecordEntry *entry = records; entry != nullptr; entry = NextLogRecord(entry)) {
     const ScopedTransaction record(TransactionCreate());
-    const int result = LoadLogRecord(record.get(), entry->text);
-    if (result != 0) {
-      TraceError("LoadLogRecord returned %d\n", result);
-    } else if (IsWithin(record.get()->request.requestDate, from, to)) {
-      visit(record.get(), user);
-    }
+    if (LoadWithin(record.get(), entry->text, from, to)) visit(record.get());
   }
 }
 
@@ -129,8 +133,7 @@ void PushPayment(const Transaction *record, PaymentState state, Summary *summary
   PaymentStackPush(&summary->payments, rrn, amounts.earned, amounts.spent, amounts.discount, state);
 }
 
-void SumRecord(const Transaction *record, void *user) {
-  auto *summary = static_cast<Summary *>(user);
+void SumRecord(const Transaction *record, Summary *summary) {
   switch (record->request.type) {
     case REQUEST_ACTIVATION:
       SumActivation(record, summary);
@@ -263,7 +266,7 @@ void PrintCreditBlock(const char *title, const Transaction *record, int32_t amou
   EndBlock();
 }
 
-void PrintRecord(const Transaction *record, void * /*user*/) {
+void PrintRecord(const Transaction *record) {
   switch (record->request.type) {
     case REQUEST_ACTIVATION:
       PrintActivationBlock(record);
@@ -297,7 +300,7 @@ int GenerateSummaryReport(const char *from, const char *to) {
   const ScopedRecords records(GetLogRecords());
   ReplaceReport();
   Summary summary = {};
-  VisitRecords(records.get(), from, to, SumRecord, &summary);
+  VisitRecords(records.get(), from, to, [&](const Transaction *record) { SumRecord(record, &summary); });
   SettlePayments(&summary);
   PrintSummary(summary);
   Trace("GetReceiptLength\n");
@@ -311,7 +314,7 @@ int GenerateReport(const char *from, const char *to) {
   Trace("GenerateReport\n");
   const ScopedRecords records(GetLogRecords());
   ReplaceReport();
-  VisitRecords(records.get(), from, to, PrintRecord, nullptr);
+  VisitRecords(records.get(), from, to, PrintRecord);
   return ReportLength();
 }
 

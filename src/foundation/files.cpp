@@ -106,17 +106,21 @@ bool WriteOver(HANDLE file, const char *text, uint32_t length, uint32_t old_leng
   return FileCut(file, length) || padded_length == old_length;
 }
 
+// Makes a file of this text, which is closed when this returns: only then can it be moved or deleted.
+Replaced WriteAnew(const char *name, const char *text, uint32_t length, Durable durable) {
+  const ScopedFile file(OpenPath(name, GENERIC_WRITE, CREATE_ALWAYS));
+  if (!FileIsValid(file.get())) return Replaced::kNotOpened;
+  if (!FileWriteAll(file.get(), text, length)) return Replaced::kNotWritten;
+  if (durable == Durable::kYes) FileFlush(file.get());
+  return Replaced::kDone;
+}
+
 // Makes the file under its own name: for when name + ".new" cannot be made.
 Replaced MakeDirectly(const char *name, const char *text, uint32_t length) {
-  HANDLE file = OpenPath(name, GENERIC_WRITE, CREATE_ALWAYS);
-  if (!FileIsValid(file)) {
-    TraceOpenFailure(name);
-    return Replaced::kNotOpened;
-  }
-  const bool written = FileWriteAll(file, text, length);
-  FileClose(file);
-  if (!written) FileDelete(name);
-  return written ? Replaced::kDone : Replaced::kNotWritten;
+  const Replaced made = WriteAnew(name, text, length, Durable::kNo);
+  if (made == Replaced::kNotOpened) TraceOpenFailure(name);
+  if (made == Replaced::kNotWritten) FileDelete(name);
+  return made;
 }
 
 // A file comes into being under its name only when its text is whole.
@@ -125,12 +129,10 @@ Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   if (std::strlen(name) + sizeof ".new" > sizeof new_name) return Replaced::kNotOpened;
   std::strcpy(new_name, name);
   std::strcpy(new_name + std::strlen(name), ".new");
-  HANDLE file = OpenPath(new_name, GENERIC_WRITE, CREATE_ALWAYS);
-  if (!FileIsValid(file)) return MakeDirectly(name, text, length);
-  const bool written = FileWriteAll(file, text, length);
-  if (written) FileFlush(file);  // a power cut must not find the name without the text
-  FileClose(file);
-  const int move_code = written ? FileMove(new_name, name) : -1;
+  // Durable: a power cut must not find the name without the text.
+  const Replaced made = WriteAnew(new_name, text, length, Durable::kYes);
+  if (made == Replaced::kNotOpened) return MakeDirectly(name, text, length);
+  const int move_code = made == Replaced::kDone ? FileMove(new_name, name) : -1;
   if (move_code == 0) return Replaced::kDone;
   FileDelete(new_name);
   // Something has the name all the same, such as a link that leads nowhere.

@@ -38,6 +38,9 @@ bool FileMoveToEnd(HANDLE file, uint32_t *out_length);
 bool FileCut(HANDLE file, uint32_t length);  // the position is then the end
 bool FileFlush(HANDLE file);                 // to the disk, so that it survives a power cut
 
+// Whether what is written must be on the disk when the call that writes it returns.
+enum class Durable { kNo, kYes };
+
 // What tells one content of a file from another.
 struct FileStamp {
   uint64_t length;

@@ -168,9 +168,6 @@ void FlushOfflineTmp() {
   if (FileIsValid(file.get())) FileFlush(file.get());
 }
 
-// Whether a record must be on the disk before its operation counts as done.
-enum class Durable { kNo, kYes };
-
 // Gives OFFLINE_TMP its name after a commit that could not. Comes before anything that uses or makes an
 // OFFLINE, beside which those records would be overlooked.
 void FinishCommit() {

@@ -212,6 +212,16 @@ bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_r
   return succeeded != 0;
 }
 
+bool FileReadAll(HANDLE file, void *bytes, uint32_t count, uint32_t *out_read) {
+  uint32_t piece = 1;
+  *out_read = 0;
+  while (*out_read < count && piece != 0) {
+    if (!FileReadPiece(file, static_cast<char *>(bytes) + *out_read, count - *out_read, &piece)) return false;
+    *out_read += piece;
+  }
+  return true;
+}
+
 uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file) {
   uint32_t read = 0;
   FileReadPiece(file, buffer, size * count, &read);

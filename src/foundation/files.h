@@ -24,6 +24,9 @@ uint32_t FileRead(void *buffer, uint32_t size, uint32_t count, HANDLE file);
 
 // Reads up to `capacity` bytes; *out_read is 0 at the end of the file alone. False when the read failed.
 bool FileReadPiece(HANDLE file, void *buffer, uint32_t capacity, uint32_t *out_read);
+// Reads so many bytes, or up to the end of the file; a read that comes short is carried on. False when a read
+// failed; *out_read counts what was read.
+bool FileReadAll(HANDLE file, void *bytes, uint32_t count, uint32_t *out_read);
 // Writes all the bytes; a write that comes short is carried on. False when not all could be written;
 // *out_written counts what could.
 bool FileWriteAll(HANDLE file, const void *bytes, uint32_t count, uint32_t *out_written = nullptr);

@@ -16,12 +16,7 @@ constexpr uint32_t kLastOffset = INT32_MAX;
 // Reads so many bytes; false when there are fewer.
 bool ReadAll(HANDLE file, char *bytes, uint32_t count) {
   uint32_t length = 0;
-  while (length < count) {
-    uint32_t piece = 0;
-    if (!FileReadPiece(file, bytes + length, count - length, &piece) || piece == 0) return false;
-    length += piece;
-  }
-  return true;
+  return FileReadAll(file, bytes, count, &length) && length == count;
 }
 
 // How many of the bytes stand behind the last line feed among them; `count` when there is none.

@@ -209,16 +209,9 @@ char *ReadRecord(HANDLE file, const RecordEntry *entry) {
   FileSeek(file, static_cast<int32_t>(entry->offset), FILE_BEGIN, &moved);
   char *text = static_cast<char *>(MemCalloc(1, static_cast<size_t>(entry->length) + 1, LUMO_HERE));
   uint32_t length = 0;
-  uint32_t piece = moved ? 1 : 0;
-  while (length < entry->length && piece != 0 &&
-         FileReadPiece(file, text + length, entry->length - length, &piece)) {
-    length += piece;
-  }
-  if (!moved || length < entry->length) {
-    MemFree(text, LUMO_HERE);
-    return nullptr;
-  }
-  return text;
+  if (moved && FileReadAll(file, text, entry->length, &length) && length == entry->length) return text;
+  MemFree(text, LUMO_HERE);
+  return nullptr;
 }
 
 void LoadRecord(RecordEntry *entry, const char *file_name) {

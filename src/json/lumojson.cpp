@@ -208,11 +208,7 @@ int FeedChunk(Parse *parse, const char *chunk, uint32_t length) {
 int SkipByteOrderMark(Parse *parse, HANDLE file) {
   char mark[4] = {};
   uint32_t length = 0;
-  uint32_t piece = 1;
-  while (length < 3 && piece != 0) {
-    if (!FileReadPiece(file, mark + length, 3 - length, &piece)) return ERR_JSON_FILE_OPEN;
-    length += piece;
-  }
+  if (!FileReadAll(file, mark, 3, &length)) return ERR_JSON_FILE_OPEN;
   if (length == 0) return 0;
   if (std::memcmp(mark, "\xEF\xBB\xBF", 3) == 0) {
     Trace("Byte Order Mark skipping\n");

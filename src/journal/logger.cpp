@@ -62,14 +62,6 @@ void RememberLogCount(int32_t lines, uint32_t length) {
   log_count.isKnown = ReadFileStamp(kLogFile, &log_count.stamp) && log_count.stamp.length == length;
 }
 
-void CloseOrTrace(HANDLE file, const char *message) {
-  if (FileIsValid(file)) {
-    FileClose(file);
-  } else {
-    TraceError("%s", message);
-  }
-}
-
 // The name of the copy that a file is trimmed from; free with MemFree.
 char *OldName(const char *name) {
   const size_t length = std::strlen(name);
@@ -191,6 +183,22 @@ Appended AppendRecord(const char *file_name, const char *record, uint32_t length
   appended.code = 0;
   if (durable == Durable::kYes) FileFlush(file.get());  // a disk that cannot has the record all the same
   return appended;
+}
+
+enum class Copied { kNotOpened, kNotWhole, kDone };
+
+// Copies what lies behind the first `count` lines, and closes both files: only then can they be deleted.
+Copied CopyNewest(const char *old_name, const char *new_name, int32_t count) {
+  const ScopedFile old_file(FileOpen(old_name, "rb"));
+  const ScopedFile new_file(FileOpen(new_name, "wb"));
+  const bool has_old = FileIsValid(old_file.get());
+  const bool has_new = FileIsValid(new_file.get());
+  if (!has_old) TraceError("old file is NULL\n");
+  if (!has_new) TraceError("new file is NULL\n");
+  if (!has_old || !has_new) return Copied::kNotOpened;
+  if (!CopyBehindLines(count, old_file.get(), new_file.get())) return Copied::kNotWhole;
+  FileFlush(new_file.get());  // before the old one goes: a power cut leaves one of them whole
+  return Copied::kDone;
 }
 
 uint32_t TextLength(const char *text) {
@@ -405,21 +413,13 @@ int TrimOldestLines(int32_t count, const char *file_name) {
     TraceError("rename function failed with code %d \"%s\" => \"%s\"\n", move_code, name, old_name);
     return ERR_LOG_DELETE;
   }
-  HANDLE old_file = FileOpen(old_name, "rb");
-  HANDLE new_file = FileOpen(name, "wb");
-  const bool both_open = FileIsValid(old_file) && FileIsValid(new_file);
-  const bool copied = both_open && CopyBehindLines(count, old_file, new_file);
-  // On the disk before the copy goes: a power cut leaves one of them whole.
-  if (copied) FileFlush(new_file);
-  CloseOrTrace(old_file, "old file is NULL\n");
-  CloseOrTrace(new_file, "new file is NULL\n");
-  if (!both_open) return ERR_LOG_DELETE;
-  if (!copied) {
+  const Copied copied = CopyNewest(old_name, name, count);
+  if (copied == Copied::kNotWhole) {
     // Better a log that is too long than one that lost its end.
     FileDelete(name);
     FileMove(old_name, name);
-    return ERR_LOG_DELETE;
   }
+  if (copied != Copied::kDone) return ERR_LOG_DELETE;
   if (FileDelete(old_name) != 0) TraceError("file [%s] is not removed!\n", old_name);
   return 0;
 }

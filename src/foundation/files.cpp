@@ -126,9 +126,9 @@ Replaced MakeDirectly(const char *name, const char *text, uint32_t length) {
 // A file comes into being under its name only when its text is whole.
 Replaced MakeWhole(const char *name, const char *text, uint32_t length) {
   char new_name[kPathUnits];
-  if (std::strlen(name) + sizeof ".new" > sizeof new_name) return Replaced::kNotOpened;
+  if (std::strlen(name) + sizeof kNewSuffix > sizeof new_name) return Replaced::kNotOpened;
   std::strcpy(new_name, name);
-  std::strcpy(new_name + std::strlen(name), ".new");
+  std::strcpy(new_name + std::strlen(name), kNewSuffix);
   // Durable: a power cut must not find the name without the text.
   const Replaced made = WriteAnew(new_name, text, length, Durable::kYes);
   if (made == Replaced::kNotOpened) return MakeDirectly(name, text, length);

@@ -65,13 +65,13 @@ void RememberLogCount(int32_t lines, uint32_t length) {
 // The name of the copy that a file is trimmed from; free with MemFree.
 char *OldName(const char *name) {
   const size_t length = std::strlen(name);
-  if (length + std::strlen(".old") > kLongestName) {
+  if (length + std::strlen(kOldSuffix) > kLongestName) {
     // Note: the name is kept whole all the same, and the system refuses it.
     TraceWarning("too long name specified\n");
   }
-  char *old_name = static_cast<char *>(MemMalloc(length + sizeof ".old", LUMO_HERE));
+  char *old_name = static_cast<char *>(MemMalloc(length + sizeof kOldSuffix, LUMO_HERE));
   std::strcpy(old_name, name);
-  std::strcpy(old_name + length, ".old");
+  std::strcpy(old_name + length, kOldSuffix);
   return old_name;
 }
 

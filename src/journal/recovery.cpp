@@ -8,9 +8,6 @@
 namespace lumo {
 namespace {
 
-constexpr char kOldLogFile[] = "LOG.old";  // what a trim cuts
-constexpr char kNewLogFile[] = "LOG.new";  // LOG.old and LOG joined, before it becomes LOG
-
 // A file of lines, listed and open.
 struct Lines {
   explicit Lines(const char *name) : first(ListRecords(name, &whole)), file(FileOpen(name, "rb")) {

@@ -4,38 +4,43 @@
 #include "foundation/trace.h"
 #include "lumo.h"
 
+namespace lumo {
+namespace {
+
+// The host of an address, in a text that is the register's for good.
+char *PingHost(const char *call, const char *address) {
+  const ServerAddress parts(address);
+  Trace("%s: %s -> [ip: \"%s\"] port: %d webServ: \"%s\"\n", call, address, parts.host.get(), parts.port,
+        parts.path.get());
+  return MemCopyText(parts.host.get(), LUMO_HERE);
+}
+
+int PingPort(const char *call, const char *address) {
+  const ServerAddress parts(address);
+  Trace("%s: %s -> ip: \"%s\" [port: %d] webServ: \"%s\"\n", call, address, parts.host.get(), parts.port,
+        parts.path.get());
+  return parts.port;
+}
+
+}  // namespace
+}  // namespace lumo
+
 const char *getTerminalId(void) {
   return lumo::Settings().terminalId;
 }
 
 char *getPingAddress(void) {
-  const char *address = lumo::Settings().serverAddr;
-  const lumo::ServerAddress parts(address);
-  lumo::Trace("getPingAddress: %s -> [ip: \"%s\"] port: %d webServ: \"%s\"\n", address, parts.host.get(),
-              parts.port, parts.path.get());
-  return lumo::MemCopyText(parts.host.get(), LUMO_HERE);
+  return lumo::PingHost("getPingAddress", lumo::Settings().serverAddr);
 }
 
 int getPingPort(void) {
-  const char *address = lumo::Settings().serverAddr;
-  const lumo::ServerAddress parts(address);
-  lumo::Trace("getPingPort: %s -> ip: \"%s\" [port: %d] webServ: \"%s\"\n", address, parts.host.get(),
-              parts.port, parts.path.get());
-  return parts.port;
+  return lumo::PingPort("getPingPort", lumo::Settings().serverAddr);
 }
 
 char *getPingAltAddress(void) {
-  const char *address = lumo::Settings().serverAltAddr;
-  const lumo::ServerAddress parts(address);
-  lumo::Trace("getPingAltAddress: %s -> [ip: \"%s\"] port: %d webServ: \"%s\"\n", address, parts.host.get(),
-              parts.port, parts.path.get());
-  return lumo::MemCopyText(parts.host.get(), LUMO_HERE);
+  return lumo::PingHost("getPingAltAddress", lumo::Settings().serverAltAddr);
 }
 
 int getPingAltPort(void) {
-  const char *address = lumo::Settings().serverAltAddr;
-  const lumo::ServerAddress parts(address);
-  lumo::Trace("getPingAltPort: %s -> ip: \"%s\" [port: %d] webServ: \"%s\"\n", address, parts.host.get(),
-              parts.port, parts.path.get());
-  return parts.port;
+  return lumo::PingPort("getPingAltPort", lumo::Settings().serverAltAddr);
 }

@@ -7,7 +7,7 @@
 
 namespace lumo {
 
-constexpr uint32_t kPathUnits = 260;  // the system's limit for a path, terminator included
+constexpr uint32_t kPathUnits = MAX_PATH;  // of a path, terminator included
 
 // Stores the folder of the library file, at most kPathUnits - 1 units, ending with its separator.
 void SetModuleDirectory(const WCHAR *directory);

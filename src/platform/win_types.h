@@ -44,6 +44,7 @@ constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFFU;
 constexpr DWORD FILE_BEGIN = 0;
 constexpr DWORD FILE_CURRENT = 1;
 constexpr DWORD FILE_END = 2;
+constexpr DWORD MAX_PATH = 260;  // units of a path, terminator included
 constexpr UINT CP_UTF8 = 65001;
 
 constexpr DWORD ERROR_FILE_NOT_FOUND = 2;

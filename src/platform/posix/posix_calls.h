@@ -34,7 +34,7 @@ struct lumo_sockaddr_in {
 
 // Where a file is, as the system takes it.
 struct FileName {
-  char bytes[260 * 3];  // 259 units, each at most three bytes
+  char bytes[3 * MAX_PATH];  // a unit is at most three bytes
 };
 
 extern "C" {

@@ -53,7 +53,7 @@ LUMO_IMPORT void RaiseException(DWORD code, DWORD flags, DWORD count, const DWOR
 LUMO_IMPORT BOOL TerminateProcess(HANDLE process, DWORD status);
 
 struct FileName {
-  WCHAR units[260];
+  WCHAR units[MAX_PATH];
 };
 void MakeFileName(const WCHAR *name, FileName *out_name);
 BOOL AppendToFile(const FileName *name, const char *text, size_t length);

@@ -77,7 +77,7 @@ using ::WSAStartup;
 constexpr WCHAR kPathSeparator = L'\\';
 
 struct FileName {
-  WCHAR units[260];
+  WCHAR units[MAX_PATH];
 };
 void MakeFileName(const WCHAR *name, FileName *out_name);
 BOOL AppendToFile(const FileName *name, const char *text, size_t length);

@@ -51,63 +51,81 @@ void ClearState() {
   state = StateRecord{};
 }
 
-void StoreRequestId(const JsonNode &value) {
-  ReplaceText(&state.reqId, JsonText(value));
-}
-
-void StoreShiftId(const JsonNode &value) {
-  const char *text = JsonText(value);
-  ReplaceText(&state.shiftId, text[0] != 0 ? text : nullptr);
-}
-
-void StoreShiftOpenDate(const JsonNode &value) {
-  ReplaceDate(state.shiftOpenDate, JsonText(value));
-}
-
-void StoreShiftCloseDate(const JsonNode &value) {
-  ReplaceDate(state.shiftCloseDate, JsonText(value));
-}
-
-// Only an integer counts: a flag written as a text, a fraction or `true` is off.
-void StoreFlag(int32_t *flag, const char *trace_name, const JsonNode &value) {
-  if (value.type == JSON_INT) {
-    *flag = JsonInt32(value);
-  } else {
-    *flag = 0;
-    TraceWarning("Wrong JSON type for %s [%d]\n", trace_name, static_cast<int>(value.type));
-  }
-}
-
-void StoreOffline(const JsonNode &value) {
-  StoreFlag(&state.offline, "offlineState", value);
-}
-void StoreShiftState(const JsonNode &value) {
-  StoreFlag(&state.shiftState, "shiftState", value);
-}
-void StoreUpdate(const JsonNode &value) {
-  StoreFlag(&state.update, "needUpdate", value);
-}
+using TextField = char *StateRecord::*;
+using DateField = char (StateRecord::*)[kStateDateBytes];
+using FlagField = int32_t StateRecord::*;
 
 struct StateMember {
   const char *key;
-  void (*store)(const JsonNode &value);
+  const char *label;  // of a flag, in the trace
+  TextField text;     // the member's field is the one of these three that is not null
+  DateField date;
+  FlagField flag;
+  bool emptyIsNone;  // of a text
 };
 
-// In the order in which a key looks for its name.
+constexpr StateMember Text(const char *key, TextField field) {
+  return {key, nullptr, field, nullptr, nullptr, false};
+}
+constexpr StateMember TextOrNone(const char *key, TextField field) {
+  return {key, nullptr, field, nullptr, nullptr, true};
+}
+constexpr StateMember Date(const char *key, DateField field) {
+  return {key, nullptr, nullptr, field, nullptr, false};
+}
+constexpr StateMember Flag(const char *key, const char *label, FlagField field) {
+  return {key, label, nullptr, nullptr, field, false};
+}
+
+// In the order in which a key looks for its name, and in which they are written.
 constexpr StateMember kStateMembers[] = {
-    {"reqId", StoreRequestId},
-    {"shiftId", StoreShiftId},
-    {"shiftOpenDate", StoreShiftOpenDate},
-    {"shiftCloseDate", StoreShiftCloseDate},
-    {"offline", StoreOffline},
-    {"shiftState", StoreShiftState},
-    {"update", StoreUpdate},
+    Text("reqId", &StateRecord::reqId),
+    TextOrNone("shiftId", &StateRecord::shiftId),
+    Date("shiftOpenDate", &StateRecord::shiftOpenDate),
+    Date("shiftCloseDate", &StateRecord::shiftCloseDate),
+    Flag("offline", "offlineState", &StateRecord::offline),
+    Flag("shiftState", "shiftState", &StateRecord::shiftState),
+    Flag("update", "needUpdate", &StateRecord::update),
 };
+
+// Only an integer counts: a flag written as a text, a fraction or `true` is off.
+void StoreFlag(const StateMember &member, const JsonNode &value) {
+  if (value.type == JSON_INT) {
+    state.*member.flag = JsonInt32(value);
+  } else {
+    state.*member.flag = 0;
+    TraceWarning("Wrong JSON type for %s [%d]\n", member.label, static_cast<int>(value.type));
+  }
+}
+
+void StoreMember(const StateMember &member, const JsonNode &value) {
+  if (member.flag != nullptr) {
+    StoreFlag(member, value);
+    return;
+  }
+  const char *text = JsonText(value);
+  if (member.date != nullptr) {
+    ReplaceDate(state.*member.date, text);
+  } else {
+    ReplaceText(&(state.*member.text), member.emptyIsNone && text[0] == 0 ? nullptr : text);
+  }
+}
+
+// A text that is null and a date that is empty are left out.
+void WriteMember(JsonPrinter *printer, const StateMember &member) {
+  if (member.flag != nullptr) {
+    WriteIntMember(printer, member.key, state.*member.flag);
+  } else if (member.text != nullptr) {
+    if (state.*member.text != nullptr) WriteStringMember(printer, member.key, state.*member.text);
+  } else if ((state.*member.date)[0] != 0) {
+    WriteStringMember(printer, member.key, state.*member.date);
+  }
+}
 
 void ApplyStateMember(const JsonMember &member) {
   for (const StateMember &known : kStateMembers) {
     if (KeyIsPrefixOf(member, known.key)) {
-      known.store(member.value);
+      StoreMember(known, member.value);
       return;
     }
   }
@@ -143,13 +161,7 @@ void PrintState(String *text) {
   JsonPrinter printer;
   JsonPrinterInit(&printer, StringSink, text);
   JsonPrinterRaw(&printer, JSON_OBJECT_BEGIN, nullptr, 0);
-  if (state.reqId != nullptr) WriteStringMember(&printer, "reqId", state.reqId);
-  if (state.shiftId != nullptr) WriteStringMember(&printer, "shiftId", state.shiftId);
-  if (state.shiftOpenDate[0] != 0) WriteStringMember(&printer, "shiftOpenDate", state.shiftOpenDate);
-  if (state.shiftCloseDate[0] != 0) WriteStringMember(&printer, "shiftCloseDate", state.shiftCloseDate);
-  WriteIntMember(&printer, "offline", state.offline);
-  WriteIntMember(&printer, "shiftState", state.shiftState);
-  WriteIntMember(&printer, "update", state.update);
+  for (const StateMember &member : kStateMembers) WriteMember(&printer, member);
   JsonPrinterRaw(&printer, JSON_OBJECT_END, nullptr, 0);
   JsonPrinterFree(&printer);
 }

@@ -56,11 +56,14 @@ int OfflinePaymentsProcess() {
   // Note: only a record that failed makes the journal change. When all were sent it stays, and they are
   // offered again. So they are when one could be neither sent nor set aside, or was not even listed, or when
   // an interrupted replay's could not be told from them: the server knows by the request id what it took.
-  const int result = all_set_aside ? CommitOfflineTmp() : 0;
-  if (!all_set_aside) TakeBackOfflineTmp(mark);
-  // The register sees that as many were sent as it counted. What is in OFFLINE now was not among them.
-  if (all_set_aside && all_sent && mark.exists) OthersTookPlaceOfOffline();
+  if (!all_set_aside) {
+    TakeBackOfflineTmp(mark);
+    return sent;
+  }
+  const int result = CommitOfflineTmp();
   if (result != 0) TraceError("Records flush failed [%d]\n", result);
+  // The register sees that as many were sent as it counted. What is in OFFLINE now was not among them.
+  if (all_sent && mark.exists) OthersTookPlaceOfOffline();
   return sent;
 }
 

@@ -303,7 +303,7 @@ bool FileExists(const char *name) {
   return FileAttributes(name) != INVALID_FILE_ATTRIBUTES;
 }
 
-bool FileIsThere(const char *name) {
+bool FileIsPlain(const char *name) {
   const DWORD attributes = FileAttributes(name);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }

@@ -62,7 +62,7 @@ int FileDelete(const char *name);
 int FileMove(const char *from, const char *to);  // never replaces an existing file
 int FileCopy(const char *from, const char *to);  // replaces an existing file; no call uses it yet
 bool FileExists(const char *name);               // a file or a folder
-bool FileIsThere(const char *name);              // a file, not a folder
+bool FileIsPlain(const char *name);              // a file, not a folder
 bool FileIsMissing(const char *name);            // for certain: not when the system cannot tell
 
 // A file that is closed, if it is one, at the end of the scope.

@@ -137,14 +137,14 @@ void RecoverOldLog() {
 
 // Note: a folder of such a name is left alone: moved, it would be in the way of the records to come.
 void RecoverLog() {
-  if (FileIsThere(kNewLogFile)) {
+  if (FileIsPlain(kNewLogFile)) {
     if (FileIsMissing(kLogFile)) {
       FileMove(kNewLogFile, kLogFile);
     } else {
       RecoverNewLog();
     }
   }
-  if (FileIsThere(kOldLogFile) && FileIsMissing(kNewLogFile)) RecoverOldLog();
+  if (FileIsPlain(kOldLogFile) && FileIsMissing(kNewLogFile)) RecoverOldLog();
 }
 
 }  // namespace
@@ -152,7 +152,7 @@ void RecoverLog() {
 void RecoverJournals() {
   RecoverLog();
   // Beside an OFFLINE it is an interrupted replay's: what it holds is in OFFLINE too.
-  if (FileIsThere(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
+  if (FileIsPlain(kOfflineTmpFile) && FileIsMissing(kOfflineFile)) RenameOfflineTmp();
 }
 
 }  // namespace lumo

@@ -300,9 +300,9 @@ TEST_F(Files, ExistsForFilesAndFoldersOnly) {
   EXPECT_TRUE(lumo::FileExists("F"));
   EXPECT_TRUE(lumo::FileExists("SUB"));
   EXPECT_FALSE(lumo::FileExists("absent"));
-  EXPECT_TRUE(lumo::FileIsThere("F"));
-  EXPECT_FALSE(lumo::FileIsThere("SUB"));
-  EXPECT_FALSE(lumo::FileIsThere("absent"));
+  EXPECT_TRUE(lumo::FileIsPlain("F"));
+  EXPECT_FALSE(lumo::FileIsPlain("SUB"));
+  EXPECT_FALSE(lumo::FileIsPlain("absent"));
 }
 
 TEST_F(Files, NamesThatMakeNoPathExistNowhere) {

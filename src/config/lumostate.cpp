@@ -2,9 +2,11 @@
 
 #include <cstring>
 
+#include "foundation/arithmetic.h"
 #include "foundation/dates.h"
 #include "foundation/file_names.h"
 #include "foundation/files.h"
+#include "foundation/format.h"
 #include "foundation/lumostring.h"
 #include "foundation/memory.h"
 #include "foundation/result_codes.h"
@@ -39,8 +41,7 @@ void ReplaceText(char **field, const char *source) {
 
 // `source` may be the field itself; null clears it.
 void ReplaceDate(char (&field)[kStateDateBytes], const char *source) {
-  size_t length = source != nullptr ? std::strlen(source) : 0;
-  if (length > kStateDateBytes - 1) length = kStateDateBytes - 1;
+  const size_t length = Smaller(std::strlen(TextOrEmpty(source)), kStateDateBytes - 1);
   if (length != 0) std::memmove(field, source, length);
   std::memset(field + length, 0, kStateDateBytes - length);
 }

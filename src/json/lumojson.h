@@ -1,6 +1,7 @@
 // json/lumojson.h: a JSON file or text as a tree whose values keep their text. The reader owns it whole.
 #pragma once
 
+#include "foundation/arithmetic.h"
 #include "foundation/scoped.h"
 #include "json/json_event.h"
 #include "json/json_printer.h"
@@ -79,7 +80,7 @@ bool KeyIsPrefixOf(const JsonMember &member, const char *name);
 // The member's key for a trace line "%.*s": its first 40 bytes.
 constexpr uint32_t kTracedKeyBytes = 40;
 inline int TracedKeyLength(const JsonMember &member) {
-  return static_cast<int>(member.keyLength < kTracedKeyBytes ? member.keyLength : kTracedKeyBytes);
+  return static_cast<int>(Smaller(member.keyLength, kTracedKeyBytes));
 }
 
 // Print a key with its value.

@@ -222,6 +222,13 @@ TEST_F(Api, SaysWhatIsWrongAndChangesNothing) {
     EXPECT_EQ(answer.status, row.status) << row.method << " " << row.path << " " << row.body;
     EXPECT_EQ(json::parse(answer.body), (json{{"error", row.error}})) << row.path << " " << row.body;
   }
+  const std::string deep = std::string(300000, '[') + std::string(300000, ']');
+  for (const char *path : {"ad", "fault", "terminals/12345", "cards/200"}) {
+    EXPECT_EQ(Call("PUT", path, "{\"ad\":" + deep + "}").body,
+              "{\"error\":\"the body is nested too deep\"}\n");
+  }
+  EXPECT_EQ(Call("PUT", "fault", "{\"fault\":\"extra ad " + deep + "\"}").body,
+            "{\"error\":\"extra: the value is nested too deep\"}\n");
   for (const char *number : {"x", "-1", "", "1.5", "99999999999999999999"}) {
     EXPECT_EQ(Call("GET", "exchanges", "", {{"after", number}}).status, 400) << number;
     EXPECT_EQ(Call("GET", "exchanges", "", {{"wait", number}}).status, 400) << number;

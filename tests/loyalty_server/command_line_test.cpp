@@ -81,6 +81,24 @@ TEST_F(Console, ShowsTheTerminals) {
   EXPECT_EQ(Run("terminals"), "12345  last 1234512120500001\n54321  last none\n66666  last none  locked\n");
 }
 
+// What a terminal sends cannot pass for a line of the console, nor move its cursor.
+TEST_F(Console, ShowsWhatTerminalsSentInOneLine) {
+  loyalty::Server open(loyalty::Programme(loyalty::BuiltInShop()));
+  const auto run = [&open](const std::string &line) { return RunCommand(&open, line).text; };
+  open.Visit([](loyalty::Programme &programme) {
+    const loyalty::OperationNames &payment = *loyalty::FindOperation("payment");
+    bench::Head head;
+    head.cardNum = R"("1000000001")";
+    head.terminalId = R"("7\nlast\u001b[2J")";
+    head.requestId = R"("\nA\u001b[212120500001")";
+    EXPECT_EQ(programme.Handle(payment, bench::Document(payment, head, bench::Bill(false))).code,
+              loyalty::Code::kOk);
+  });
+  EXPECT_THAT(run("terminals"), HasSubstr("7?last?[2J  last ?A?[212120500001\n"));
+  EXPECT_THAT(run("payments"), testing::StartsWith("?A?[212120500001  card 1000000001 "));
+  EXPECT_EQ(run("fault rubbish \x1b[2J"), "fault rubbish ?[2J\n");
+}
+
 TEST_F(Console, TakesFaultsAndAdvertisementsAsTheyAreTyped) {
   EXPECT_EQ(Run("fault extra ad {\"text\": \"a  b\"}"), "fault extra ad {\"text\":\"a b\"}\n");
   EXPECT_EQ(Run("fault rubbish --help \"x\" 'y'"), "fault rubbish --help \"x\" 'y'\n");
@@ -92,10 +110,12 @@ TEST_F(Console, ReadsOneFaultAfterAnotherFromAFile) {
   const bench::Folder folder;
   const std::string wrong = folder.Write("wrong", "silence\nexplode\n");
   const std::string missing = folder.Path("missing");
+  const std::string place = folder.Path("");
   EXPECT_EQ(Run("faults " + folder.Write("some faults", "cut 120 times 2\nsilence\n")),
             "fault cut 120 times 2  (1 of 2)\n");
   EXPECT_EQ(Run("faults " + wrong), "faults: " + wrong + ": line 2: no such fault: explode\n");
   EXPECT_EQ(Run("faults " + missing), "faults: " + missing + " cannot be read\n");
+  EXPECT_EQ(Run("faults " + place), "faults: " + place + " cannot be read\n");
   EXPECT_EQ(Run("fault"), "fault cut 120 times 2  (1 of 2)\n") << "a wrong command changes nothing";
 }
 

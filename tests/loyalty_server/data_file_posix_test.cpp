@@ -269,6 +269,7 @@ TEST_F(DataFile, ThatIsDamagedIsRefusedWithWhatIsWrong) {
       {"DELETE FROM accounts WHERE account = 0", "an account is missing"},
       {"UPDATE payments SET state = 'lost'", "a payment of an unknown state"},
       {"DELETE FROM payments", "a position without its payment"},
+      {"UPDATE last_ids SET request_id = '12345'", "a last request id that is none"},
       {"DROP TABLE last_ids", "no such table: last_ids"},
   };
   for (const auto &row : rows) {

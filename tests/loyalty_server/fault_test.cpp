@@ -99,6 +99,9 @@ TEST(Faults, ThatMakeNoSenseAreRefused) {
                          "random 20 among off",
                          "random 20 among random",
                          "random 20 of cut",
+                         "name \xff",
+                         "without response/\xff",
+                         "extra response/\xff 5",
                          "off 5"};
   for (const char *text : texts) EXPECT_THROW(ParseFault(text), std::invalid_argument) << text;
 }
@@ -155,6 +158,34 @@ TEST(Faults, TakeOneOfAList) {
             R"({"a":{"bill":{"good":[{"cnt":7}]}}})");
   EXPECT_EQ(loyalty::Spoil(ParseFault("without bill/good/9"), R"({"a":{"bill":{"good":[1]}}})"),
             R"({"a":{"bill":{"good":[1]}}})");
+}
+
+TEST(Faults, AddToTheEndOfAListAndNoFurther) {
+  const char *answer = R"({"a":{"good":[1]}})";
+  const std::pair<const char *, const char *> rows[] = {
+      {"extra good/1 7", R"({"a":{"good":[1,7]}})"},
+      {"extra good/- 7", R"({"a":{"good":[1,7]}})"},
+      {"extra good/1/0 7", R"({"a":{"good":[1,[7]]}})"},
+      {"extra new/0 7", R"({"a":{"good":[1],"new":[7]}})"},
+      {"extra good/2 7", answer},
+      {"extra good/4000000000 7", answer},
+      {"extra good/40000000000/title 7", answer},
+      {"extra good/18446744073709551614 7", answer},
+      {"extra new/1 7", answer},
+      {"extra new/4000000000/title 7", answer},
+  };
+  for (const auto &row : rows) {
+    EXPECT_EQ(loyalty::Spoil(ParseFault(row.first), answer), row.second) << row.first;
+  }
+}
+
+TEST(Faults, TakeAValueThatIsNotNestedTooDeep) {
+  const auto nested = [](size_t depth) {
+    return "extra a " + std::string(depth, '[') + std::string(depth, ']');
+  };
+  EXPECT_EQ(ParseFault(nested(100)).value, std::string(100, '[') + std::string(100, ']'));
+  EXPECT_THROW(ParseFault(nested(101)), std::invalid_argument);
+  EXPECT_THROW(ParseFault(nested(300000)), std::invalid_argument);
 }
 
 TEST(Faults, OfChanceGetASeedWhenNoneIsNamed) {

@@ -1,6 +1,7 @@
 // loyalty_server/page_posix_test.cpp: the page and the calls behind it, over HTTP.
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <memory>
 #include <thread>
 
@@ -119,6 +120,28 @@ TEST_F(ThePage, EndsWhileSomebodyWaits) {
   const auto start = std::chrono::steady_clock::now();
   page.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+// Its requests have no end: each byte would buy it some more seconds.
+TEST_F(ThePage, EndsWhileSomebodySendsOnAndOn) {
+  bench::Client trickling(page->port());
+  trickling.Send("GET / HTTP/1.1\r\nX: ");
+  std::atomic<bool> is_over{false};
+  std::thread sender([&] {
+    try {
+      for (int i = 0; i < 400 && !is_over; ++i) {
+        trickling.Send("x");
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      }
+    } catch (const std::system_error &) {  // the page is gone
+    }
+  });
+  EXPECT_THAT(Call("GET", "/api/ad"), HasSubstr("Скидки"));
+  const auto start = std::chrono::steady_clock::now();
+  page.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  is_over = true;
+  sender.join();
 }
 
 TEST_F(ThePage, NamesTheAddressThatItCannotHave) {

@@ -133,6 +133,9 @@ TEST(Program, ComplainsAboutWhatItCannotUse) {
       {"--shop " + text, 2, text + ": not a JSON document"},
       {"--global 101", 2, "--global"},
       {"--teapot", 2, "--teapot"},
+      {"--max-request -1", 2, "--max-request"},
+      {"--max-request 0", 2, "--max-request"},
+      {"--shop .", 2, "loyalty_server: . cannot be read"},
       {"--log no/such/folder/log", 2, "no/such/folder/log cannot be written"},
       {"--address nowhere", 3, "loyalty_server: cannot listen on nowhere:0: "},
       {"--port " + std::to_string(other.port()), 3,
@@ -147,6 +150,18 @@ TEST(Program, ComplainsAboutWhatItCannotUse) {
     EXPECT_EQ(run.status, row.status) << row.arguments;
     EXPECT_THAT(run.output, HasSubstr(row.complaint)) << row.arguments;
     EXPECT_THAT(run.output, testing::Not(HasSubstr("listening"))) << row.arguments;
+  }
+}
+
+// A script's variable that was never set: the page would be open to all, the data would be kept nowhere.
+TEST(Program, TakesNoEmptyValue) {
+  for (const char *option :
+       {"--address", "--port", "--shop", "--global", "--terminal", "--protocol", "--update", "--fault",
+        "--faults", "--data", "--page", "--page 0 --page-address", "--idle", "--max-request", "--log"}) {
+    const Outcome run = Start(std::string(option) + " ''", "quit\\n");
+    EXPECT_EQ(run.status, 2) << option;
+    EXPECT_THAT(run.output, HasSubstr(std::string(option).substr(std::string(option).rfind("--")) + ": "));
+    EXPECT_THAT(run.output, testing::Not(HasSubstr("listening"))) << option;
   }
 }
 

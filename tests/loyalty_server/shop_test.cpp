@@ -66,7 +66,11 @@ TEST(Shop, NamesTheMemberThatIsWrong) {
   const std::pair<const char *, const char *> rows[] = {
       {"", "not a JSON document, byte 1"},
       {"{,}", "not a JSON document, byte 2"},
-      {"[]", ": an object is expected"},
+      {"[]", "an object is expected"},
+      {R"({"protocolVersion":""})", "protocolVersion: is empty"},
+      {R"({"terminals":[{"locked":true}]})", "terminals[0]: the terminal has no id"},
+      {R"({"terminals":[{"id":""}]})", "terminals[0]: the terminal has no id"},
+      {R"({"tokens":{"T":""}})", "tokens.T: is empty"},
       {R"({"card":[]})", "card: no such setting"},
       {R"({"cards":{}})", "cards: a list is expected"},
       {R"({"cards":[5]})", "cards[0]: an object is expected"},

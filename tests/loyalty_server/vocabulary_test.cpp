@@ -11,6 +11,28 @@ namespace {
 
 using loyalty::Code;
 
+TEST(Vocabulary, KnowsARequestId) {
+  for (const char *id : {"1234512120500000", "<\n\"> 12123100000", "00012121205123456789"}) {
+    EXPECT_TRUE(loyalty::IsRequestId(id)) << id;
+  }
+  for (const char *id : {"", "12345", "123451212050000", "000121212051234567890", "1234512130500000",
+                         "1234512120000000", "12345121205000 0"}) {
+    EXPECT_FALSE(loyalty::IsRequestId(id)) << id;
+  }
+}
+
+TEST(Vocabulary, TellsWhatIsNestedTooDeep) {
+  const std::string open(101, '[');
+  EXPECT_TRUE(loyalty::IsNestedTooDeep(open));
+  EXPECT_TRUE(loyalty::IsNestedTooDeep("{\"a\":\"\\\"\"," + open));
+  EXPECT_FALSE(loyalty::IsNestedTooDeep(open.substr(1)));
+  EXPECT_FALSE(loyalty::IsNestedTooDeep("\"" + open + "\""));
+  EXPECT_FALSE(loyalty::IsNestedTooDeep("\"\\\"" + open + "\""));
+  std::string list;
+  for (int i = 0; i < 200; ++i) list += "[{}],";
+  EXPECT_FALSE(loyalty::IsNestedTooDeep(list));
+}
+
 TEST(Vocabulary, EveryMethodFindsItsOperation) {
   struct Row {
     const char *method;

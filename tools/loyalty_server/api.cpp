@@ -40,9 +40,14 @@ std::chrono::milliseconds Wait(const ApiCall &call) {
   return std::chrono::seconds(seconds);
 }
 
+json BodyOf(const ApiCall &call) {
+  if (IsNestedTooDeep(call.body)) Refuse(400, "the body is nested too deep");
+  return json::parse(call.body, nullptr, false);
+}
+
 // The one member of a body.
 json Member(const ApiCall &call, const char *name) {
-  const json body = json::parse(call.body, nullptr, false);
+  const json body = BodyOf(call);
   if (!body.is_object()) Refuse(400, "the body is not a JSON object");
   for (const auto &member : body.items()) {
     if (member.key() != name) Refuse(400, member.key() + ": no such member");
@@ -287,7 +292,7 @@ class Api {
 
   ordered_json Fault() {
     if (is_change_) {
-      const json body = json::parse(call_.body, nullptr, false);
+      const json body = BodyOf(call_);
       try {
         if (body.is_object() && body.contains("script")) {
           server_->SetFaults(ParseFaultScript(TextIn(call_, "script")));

@@ -35,9 +35,10 @@ constexpr const char *kWithout = "";
 
 std::string ReadFile(const std::string &name) {
   std::ifstream file(name, std::ios::binary);
+  file.peek();  // a folder opens, and fails here
+  if (!file.is_open() || file.bad()) throw std::invalid_argument(name + " cannot be read");
   std::ostringstream text;
   text << file.rdbuf();
-  if (!file || file.bad()) throw std::invalid_argument(name + " cannot be read");
   return text.str();
 }
 
@@ -130,12 +131,17 @@ std::string ChangedCard(Programme *programme, const std::string &number, const s
   return card == nullptr ? "no such card\n" : CardLine(*programme, *card);
 }
 
+// What terminals have sent, made fit for a line: nobody can forge another one.
+std::string Shown(const std::string &text) {
+  return Printable(text, text.size());
+}
+
 std::string Payments(const Programme &programme) {
   std::string text;
   for (const auto &entry : programme.payments()) {
     const Payment &payment = entry.second;
-    text += payment.requestId + "  card " + payment.card + "  sum " + AmountText(payment.totalSum) + "  " +
-            PaymentStateName(payment.state) + "\n";
+    text += Shown(payment.requestId) + "  card " + payment.card + "  sum " + AmountText(payment.totalSum) +
+            "  " + PaymentStateName(payment.state) + "\n";
   }
   return text.empty() ? "no payments\n" : text;
 }
@@ -143,7 +149,8 @@ std::string Payments(const Programme &programme) {
 std::string Terminals(const Programme &programme) {
   std::string text;
   for (const auto &entry : programme.Terminals()) {
-    text += entry.first + "  last " + (entry.second.lastId.empty() ? "none" : entry.second.lastId) +
+    text += Shown(entry.first) + "  last " +
+            (entry.second.lastId.empty() ? "none" : Shown(entry.second.lastId)) +
             (entry.second.isLocked ? "  locked" : "") + "\n";
   }
   return text.empty() ? "no terminals\n" : text;
@@ -151,7 +158,7 @@ std::string Terminals(const Programme &programme) {
 
 std::string FaultLine(const Server &server) {
   const FaultPlan faults = server.faults();
-  std::string line = "fault " + FaultText(faults.fault());
+  std::string line = "fault " + Shown(FaultText(faults.fault()));
   if (faults.step_count() > 1) {
     line += "  (" + std::to_string(faults.step() + 1) + " of " + std::to_string(faults.step_count()) + ")";
   }
@@ -226,9 +233,14 @@ std::optional<Settings> ReadCommandLine(int argc, const char *const *argv, int *
       ->check(CLI::Range(1LL, 86400LL))
       ->capture_default_str();
   app.add_option("--max-request", settings.server.mostBodyBytes, "Longest request body in bytes")
+      ->check(CLI::Range(1LL, 1LL << 30))
       ->capture_default_str();
   app.add_option("--log", settings.logFile, "Append the log to this file instead of standard error");
   app.add_flag("--quiet", settings.isQuiet, "No log");
+  // An empty value is a variable of a script that was never set; nothing good can be meant by it.
+  const CLI::Validator not_empty([](const std::string &value) { return value.empty() ? "is empty" : ""; },
+                                 "");
+  for (CLI::Option *option : app.get_options()) option->check(not_empty);
   app.footer(std::string(kCards) + kCommands + kExits + kWithout + "\nFaults:\n" + FaultHelp());
   *out_status = kBadOptions;
   try {
@@ -303,7 +315,7 @@ ConsoleReply RunCommand(Server *server, const std::string &line) {
   add("last",
       [&] {
         look([&](const Programme &programme) { word = programme.LastRequestId(number); });
-        reply.text = (word.empty() ? "none" : word) + "\n";
+        reply.text = (word.empty() ? "none" : Shown(word)) + "\n";
       })
       ->add_option("ID", number)
       ->required();

@@ -208,7 +208,9 @@ State DataFile::Load() {
   }
   for (Statement row(this, "SELECT terminal, request_id FROM last_ids"); row.Next();) {
     const std::string terminal = row.Text();
-    state.lastIds[terminal] = row.Text();
+    const std::string id = row.Text();
+    if (!IsRequestId(id)) Fail("a last request id that is none");
+    state.lastIds[terminal] = id;
   }
   for (Statement row(this, "SELECT terminal, is_locked FROM locks"); row.Next();) {
     const std::string terminal = row.Text();

@@ -134,6 +134,15 @@ void TakeLimits(Words *words, Fault *fault) {
   }
 }
 
+// Console and files bring any bytes; only UTF-8 can stand in an answer.
+void CheckText(const std::string &text, const std::string &what) {
+  try {
+    (void)ordered_json(text).dump();
+  } catch (const ordered_json::exception &) {
+    Wrong(what + ": not UTF-8");
+  }
+}
+
 // A path as people write it, response/message, or as a JSON pointer.
 Pointer PointerOf(const std::string &path) {
   try {
@@ -145,6 +154,7 @@ Pointer PointerOf(const std::string &path) {
 
 std::string ValueOf(const std::string &path, const std::string &text) {
   if (!text.empty()) {
+    if (IsNestedTooDeep(text)) Wrong("extra: the value is nested too deep");
     const ordered_json value = ordered_json::parse(text, nullptr, false);
     if (value.is_discarded()) Wrong("extra: the value is not JSON");
     return value.dump();
@@ -153,6 +163,24 @@ std::string ValueOf(const std::string &path, const std::string &text) {
     if (path == sample.part) return sample.value;
   }
   return "\"extra\"";
+}
+
+// Whether the path asks for a place of a list behind the next free one, so that others had to be filled.
+bool IsBeyondAList(const ordered_json &content, Pointer pointer) {
+  for (; !pointer.empty(); pointer.pop_back()) {
+    const std::string &place = pointer.back();
+    int number = 0;
+    const bool is_number = !place.empty() && place.find_first_not_of("0123456789") == std::string::npos;
+    if (!is_number) continue;
+    const Pointer parent = pointer.parent_pointer();
+    size_t size = 0;  // a number makes a list of what is not there
+    if (content.contains(parent) && !content[parent].is_null()) {
+      if (!content[parent].is_array()) continue;
+      size = content[parent].size();
+    }
+    if (!ReadNumber(place, kMost, &number) || static_cast<size_t>(number) > size) return true;
+  }
+  return false;
 }
 
 void TakeRandom(Words *words, Fault *fault) {
@@ -265,15 +293,18 @@ Fault ParseFault(std::string_view text) {
       break;
     case FaultKind::kWithout:
       fault.text = words.Take("a path");
+      CheckText(fault.text, "path");
       PointerOf(fault.text);
       break;
     case FaultKind::kExtra:
       fault.text = words.Take("a path");
+      CheckText(fault.text, "path");
       PointerOf(fault.text);
       fault.value = ValueOf(fault.text, words.TakeRest());
       break;
     case FaultKind::kName:
       fault.text = words.Take("a name");
+      CheckText(fault.text, "name");
       break;
     case FaultKind::kRandom:
       TakeRandom(&words, &fault);
@@ -434,10 +465,12 @@ std::string Spoil(const Fault &fault, const std::string &answer) {
     renamed[fault.text] = std::move(content);
     return renamed.dump();
   }
-  // A path that leads through what is no object, or to nothing, leaves the answer as it is.
+  // A path that leads through what is no object, or to nothing, leaves the answer as it is; so does one
+  // beyond the end of a list.
   try {
     const Pointer pointer = PointerOf(fault.text);
     if (fault.kind == FaultKind::kExtra) {
+      if (IsBeyondAList(content, pointer)) return answer;
       content[pointer] = ordered_json::parse(fault.value);
     } else if (content.contains(pointer)) {
       ordered_json &parent = content[pointer.parent_pointer()];

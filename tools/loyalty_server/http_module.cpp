@@ -2,6 +2,7 @@
 #include <httplib.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <future>
 #include <system_error>
 #include <thread>
@@ -12,6 +13,25 @@ namespace loyalty {
 namespace {
 
 constexpr size_t kMostBodyBytes = 1024 * 1024;
+
+// The local port of a connection; 0 for what is none.
+int LocalPort(int file) {
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  if (getsockname(file, reinterpret_cast<sockaddr *>(&address), &size) != 0) return 0;
+  if (address.ss_family == AF_INET) return ntohs(reinterpret_cast<sockaddr_in *>(&address)->sin_port);
+  if (address.ss_family == AF_INET6) return ntohs(reinterpret_cast<sockaddr_in6 *>(&address)->sin6_port);
+  return 0;
+}
+
+// The library waits for the requests that are still coming in, and a client that sends a byte now and then
+// would keep it waiting for ever. What has come in whole is still answered.
+void EndRequests(int port) {
+  for (const auto &file : std::filesystem::directory_iterator("/proc/self/fd")) {
+    const int number = std::stoi(file.path().filename().string());
+    if (LocalPort(number) == port) shutdown(number, SHUT_RD);
+  }
+}
 
 class LibraryServer : public HttpServer {
  public:
@@ -58,6 +78,7 @@ class LibraryServer : public HttpServer {
 
   ~LibraryServer() override {
     http_.stop();
+    EndRequests(port_);
     thread_.join();
   }
 

@@ -69,24 +69,9 @@ const json &PartOf(const json *part, const char *name) {
   return *part;
 }
 
-bool IsDigits(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 bool IsCardNumber(std::string_view number) {
   return !number.empty() && number.size() <= kLongestCardNumber &&
          std::all_of(number.begin(), number.end(), [](char c) { return c > ' ' && c <= '~'; });
-}
-
-bool IsBetween(std::string_view two_digits, int least, int most) {
-  const int number = (two_digits[0] - '0') * 10 + (two_digits[1] - '0');
-  return number >= least && number <= most;
-}
-
-// Five characters of the terminal, the date, a counter that outgrows its five digits late on a busy day.
-bool IsRequestId(std::string_view id) {
-  return id.size() >= 16 && id.size() <= 20 && IsDigits(id.substr(5)) && IsBetween(id.substr(7, 2), 1, 12) &&
-         IsBetween(id.substr(9, 2), 1, 31);
 }
 
 // The request ids of a terminal in the order it made them.

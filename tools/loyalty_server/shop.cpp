@@ -14,12 +14,18 @@ constexpr std::array<const char *, 3> kCardStates = {"sold", "active", "locked"}
 constexpr std::array<const char *, 3> kUpdates = {"none", "offered", "required"};
 
 [[noreturn]] void Wrong(const std::string &where, const std::string &what) {
-  throw std::invalid_argument(where + ": " + what);
+  throw std::invalid_argument((where.empty() ? "" : where + ": ") + what);
 }
 
 std::string TextOf(const json &value, const std::string &where) {
   if (!value.is_string()) Wrong(where, "a text is expected");
   return value.get<std::string>();
+}
+
+std::string NameOf(const json &value, const std::string &where) {
+  std::string name = TextOf(value, where);
+  if (name.empty()) Wrong(where, "is empty");
+  return name;
 }
 
 bool FlagOf(const json &value, const std::string &where) {
@@ -94,6 +100,7 @@ void ReadTerminal(const json &object, const std::string &where, Shop *shop) {
   ReadObject(object, where,
              {{"id", [&](const json &v, const std::string &w) { id = TextOf(v, w); }},
               {"locked", [&](const json &v, const std::string &w) { is_locked = FlagOf(v, w); }}});
+  if (id.empty()) Wrong(where, "the terminal has no id");
   if (!shop->terminals.emplace(id, is_locked).second) Wrong(where, "the terminal is listed twice");
 }
 
@@ -163,7 +170,7 @@ Shop ShopFromJson(const std::string &text) {
   std::map<std::string, bool> card_numbers;
   ReadObject(
       document, "",
-      {{"protocolVersion", [&](const json &v, const std::string &w) { shop.protocolVersion = TextOf(v, w); }},
+      {{"protocolVersion", [&](const json &v, const std::string &w) { shop.protocolVersion = NameOf(v, w); }},
        {"terminals",
         [&](const json &v, const std::string &w) {
           shop.isAnyTerminalKnown = false;
@@ -186,7 +193,7 @@ Shop ShopFromJson(const std::string &text) {
         [&](const json &v, const std::string &w) {
           if (!v.is_object()) Wrong(w, "an object of token and card number is expected");
           for (const auto &token : v.items()) {
-            shop.tokens[token.key()] = TextOf(token.value(), w + "." + token.key());
+            shop.tokens[token.key()] = NameOf(token.value(), w + "." + token.key());
           }
         }},
        {"rates",

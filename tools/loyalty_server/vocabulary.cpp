@@ -1,5 +1,7 @@
 #include "loyalty_server/vocabulary.h"
 
+#include <algorithm>
+
 #include "record/state_codes.h"
 
 namespace loyalty {
@@ -61,6 +63,13 @@ constexpr bool MessagesAreInOrder() {
 }
 static_assert(MessagesAreInOrder());
 
+constexpr int kDeepest = 100;
+
+bool IsBetween(std::string_view two_digits, int least, int most) {
+  const int number = (two_digits[0] - '0') * 10 + (two_digits[1] - '0');
+  return number >= least && number <= most;
+}
+
 constexpr std::array<const char *, kAccountTypes> kAccounts = {"GLOBAL", "LOCAL", "DISCOUNT"};
 
 std::string Digits(unsigned long long number, size_t width) {
@@ -105,6 +114,29 @@ bool FindAccountType(std::string_view name, AccountType *out_type) {
     if (name == kAccounts[i]) {
       *out_type = static_cast<AccountType>(i);
       return true;
+    }
+  }
+  return false;
+}
+
+bool IsRequestId(std::string_view id) {
+  return id.size() >= 16 && id.size() <= 20 &&
+         std::all_of(id.begin() + 5, id.end(), [](char c) { return c >= '0' && c <= '9'; }) &&
+         IsBetween(id.substr(7, 2), 1, 12) && IsBetween(id.substr(9, 2), 1, 31);
+}
+
+bool IsNestedTooDeep(std::string_view json) {
+  int depth = 0;
+  bool is_in_text = false;
+  for (size_t i = 0; i < json.size(); ++i) {
+    const char c = json[i];
+    if (c == '"') is_in_text = !is_in_text;
+    if (is_in_text) {
+      if (c == '\\') ++i;  // the character behind it does not end the text
+    } else if (c == '[' || c == '{') {
+      if (++depth > kDeepest) return true;
+    } else if (c == ']' || c == '}') {
+      --depth;
     }
   }
   return false;

@@ -104,6 +104,14 @@ inline constexpr std::array<AccountType, kAccountTypes> kAllAccountTypes = {
 const char *AccountName(AccountType type);
 bool FindAccountType(std::string_view name, AccountType *out_type);
 
+// Whether this can be a request id: five characters of the terminal, the date, a counter that outgrows its
+// five digits late on a busy day.
+bool IsRequestId(std::string_view id);
+
+// Whether a JSON text goes deeper than any document here has reason to. What works on a document level by
+// level would need more stack than there is.
+bool IsNestedTooDeep(std::string_view json);
+
 // An amount in hundredths as people write it: 1250 is "12.50".
 std::string AmountText(long long amount);
 

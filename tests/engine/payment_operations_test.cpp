@@ -360,6 +360,7 @@ struct ReceiptCase : test::NamedCase {
 };
 
 const ReceiptCase kReceiptCases[] = {
+    {"Nothing", 0, "", "************************\n"},
     {"CashAlone", 15000, "", "Сумма (нал.):\n                  150.00\n************************\n"},
     {"CashAndBonuses", 10000, BonusEntry("LOCAL", 1500, 0, 0) + "," + BonusEntry("GLOBAL", 500, 0, 0),
      "Сумма (нал.):\n                   80.00\n"

@@ -153,6 +153,11 @@ int ResetStateFile() {
   return FileReplace(kStateFile, kEmptyState, length) == Replaced::kNotOpened ? ERR_STATE_CREATE : 0;
 }
 
+// Another program holds the file: there is one, and nothing of it was read.
+bool IsHeld(int result, const JsonReader *reader) {
+  return result == ERR_JSON_FILE_OPEN && !JsonReaderReadFailed(reader) && !FileIsMissing(kStateFile);
+}
+
 bool CanBeOpened(const char *name) {
   const ScopedFile file(FileOpen(name, "r+"));
   return FileIsValid(file.get());
@@ -173,13 +178,13 @@ int LoadState() {
   const ScopedReader reader(JsonReaderCreate());
   Trace("LoadState\n");
   int result = ParseJsonFile(reader.get(), kStateFile);
-  if (result == ERR_JSON_FILE_OPEN && !JsonReaderReadFailed(reader.get()) && !FileIsMissing(kStateFile)) {
-    // Another program held it. A state that is there must not give way to an empty one unread.
-    if (!CanBeOpened(kStateFile)) {
-      ClearState();
-      return ERR_STATE_CREATE;
-    }
+  if (IsHeld(result, reader.get()) && CanBeOpened(kStateFile)) {
     result = ParseJsonFile(reader.get(), kStateFile);
+  }
+  if (IsHeld(result, reader.get())) {
+    // A state that is there must not give way to an empty one unread.
+    ClearState();
+    return ERR_STATE_CREATE;
   }
   if (JsonReaderReadFailed(reader.get())) {
     // What is in memory is what this process wrote last: better than nothing at all.

@@ -127,20 +127,25 @@ class Backwards {
   const Scoped<const RecordEntry *, MemFreeIfAny> entries_;
 };
 
-// How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order.
-// *failed is set when that cannot be told.
+// How many records at the end of OFFLINE_TMP stand in OFFLINE too, in the same order. Several interrupted
+// replays may have left theirs one behind the other. *failed is set when that cannot be told.
 uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records, bool *failed) {
   const ScopedFile tmp_file(FileOpen(kOfflineTmpFile, "rb"));
   const ScopedFile file(FileOpen(kOfflineFile, "rb"));
   uint32_t count = 0;
   *failed = !FileIsValid(tmp_file.get()) || !FileIsValid(file.get());
   if (*failed) return count;
-  for (uint32_t i = 0; i < records.count() && count < set_aside.count(); ++i) {
-    const RecordEntry *record = records.at(i);
-    const RecordEntry *other = set_aside.at(count);
-    if (record->length == other->length &&
-        HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length, failed)) {
-      ++count;
+  bool found = true;
+  while (found) {
+    found = false;
+    for (uint32_t i = 0; i < records.count() && count < set_aside.count(); ++i) {
+      const RecordEntry *record = records.at(i);
+      const RecordEntry *other = set_aside.at(count);
+      if (record->length == other->length &&
+          HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length, failed)) {
+        ++count;
+        found = true;
+      }
     }
   }
   return count;
@@ -196,7 +201,10 @@ Copied CopyNewest(const char *old_name, const char *new_name, int32_t count) {
   if (!has_old) TraceError("old file is NULL\n");
   if (!has_new) TraceError("new file is NULL\n");
   if (!has_old || !has_new) return Copied::kNotOpened;
-  if (!CopyBehindLines(count, old_file.get(), new_file.get())) return Copied::kNotWhole;
+  if (!CopyBehindLines(count, old_file.get(), new_file.get())) {
+    FileCut(new_file.get(), 0);  // what was copied would stand in both, should the new file not go
+    return Copied::kNotWhole;
+  }
   FileFlush(new_file.get());  // before the old one goes: a power cut leaves one of them whole
   return Copied::kDone;
 }
@@ -324,8 +332,8 @@ bool DropInterruptedReplay(const RecordEntry *offline_records) {
 
 OfflineTmpMark MarkOfflineTmp() {
   FileStamp stamp = {};
-  const bool exists = ReadFileStamp(kOfflineTmpFile, &stamp);
-  return {exists, exists ? static_cast<uint32_t>(stamp.length) : 0};
+  if (ReadFileStamp(kOfflineTmpFile, &stamp)) return {true, true, static_cast<uint32_t>(stamp.length)};
+  return {!FileIsMissing(kOfflineTmpFile), false, 0};
 }
 
 void TakeBackOfflineTmp(OfflineTmpMark mark) {
@@ -333,7 +341,7 @@ void TakeBackOfflineTmp(OfflineTmpMark mark) {
     if (FileExists(kOfflineTmpFile)) FileDelete(kOfflineTmpFile);
     return;
   }
-  CutOfflineTmp(mark.length);
+  if (mark.hasLength) CutOfflineTmp(mark.length);
 }
 
 int32_t CountOfflineRecords() {

@@ -38,9 +38,11 @@ void OthersTookPlaceOfOffline();
 // left it, and the next one would keep it twice. Given the whole list of OFFLINE. False when that fails.
 bool DropInterruptedReplay(const RecordEntry *offline_records);
 
-// What OFFLINE_TMP was before a replay, and the way back to it.
+// What OFFLINE_TMP was before a replay, and the way back to it. One whose length cannot be told is not gone
+// back to: it may hold records of its own.
 struct OfflineTmpMark {
   bool exists;
+  bool hasLength;
   uint32_t length;
 };
 OfflineTmpMark MarkOfflineTmp();

@@ -94,6 +94,16 @@ TEST_F(StateFile, OneThatWasHeldIsReadOnceItIsFree) {
   EXPECT_EQ(folder.Read("STATE"), kSaved);
 }
 
+// It is opened to be read, to see whether it is free again, to be read again, and once more to be replaced.
+TEST_F(StateFile, OneThatIsHeldTwiceIsNotReplaced) {
+  folder.Write("STATE", kSaved);
+  test::RefuseSomeOpens("STATE", "x.x.");
+  EXPECT_EQ(lumo::LoadState(), -109);
+  EXPECT_EQ(folder.Read("STATE"), kSaved);
+  EXPECT_EQ(lumo::LoadState(), 0);
+  EXPECT_STREQ(lumo::RequestId(), "1234512120500008");
+}
+
 TEST_F(StateFile, OneThatIsHeldIsNotReplaced) {
   folder.Write("STATE", kSaved);
   test::RefuseOpen("STATE");

@@ -86,6 +86,29 @@ TEST_F(ReplayTrouble, ACommitThatCouldNotBeFinishedIsFinishedByTheNextReplay) {
   EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
 }
 
+TEST_F(ReplayTrouble, RecordsOfAnEarlierReplayOutliveALookThatFails) {
+  StartServer({Refused()});
+  Open(WaitingRecord(1));
+  folder.Write("OFFLINE_TMP", WaitingRecord(3));
+  test::LeaveDiskRoom(0);
+  test::FailLookAtSize();
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 0);
+  test::EndFileTrouble();
+  EXPECT_EQ(folder.Read("OFFLINE"), WaitingRecord(1));
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), WaitingRecord(3));
+}
+
+TEST_F(ReplayTrouble, RecordsOfAnEarlierReplayAreNotClearedAfterALookThatFails) {
+  StartServer({Taken()});
+  Open(WaitingRecord(1));
+  folder.Write("OFFLINE_TMP", WaitingRecord(3));
+  EXPECT_EQ(lumo::CountOfflineRecords(), 1);
+  test::FailLookAtSize();
+  EXPECT_EQ(lumo::OfflinePaymentsProcess(), 1);
+  EXPECT_EQ(lumo::ClearOffline(1), -202);
+  EXPECT_EQ(folder.Read("OFFLINE"), WaitingRecord(3));
+}
+
 // As many records wait as were sent, and none of them has been.
 TEST_F(ReplayTrouble, RecordsOfAnEarlierReplayAreNotClearedForThoseSent) {
   StartServer({Taken(), Taken()});

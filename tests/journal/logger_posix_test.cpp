@@ -142,6 +142,16 @@ TEST_F(JournalFaults, ATrimPutsTheFileBackWhenItCannotBeCopied) {
   EXPECT_EQ(folder.Read("J"), NumberLines(3, 5));
 }
 
+// The next start puts both together: what was copied would then be there twice.
+TEST_F(JournalFaults, ATrimThatCannotBeUndoneKeepsNoRecordTwice) {
+  folder.Write("J", NumberLines(1, 5));
+  test::LeaveDiskRoom(5);
+  test::RefuseDelete("J");
+  EXPECT_EQ(lumo::TrimOldestLines(2, "J"), -202);
+  EXPECT_EQ(folder.Read("J"), "");
+  EXPECT_EQ(folder.Read("J.old"), NumberLines(1, 5));
+}
+
 TEST_F(JournalFaults, ATrimmedFileIsOnTheDiskBeforeItsCopyGoes) {
   folder.Write("J", NumberLines(1, 5));
   test::ResetFileTraffic();
@@ -230,6 +240,32 @@ TEST_F(JournalFaults, WhatAnInterruptedReplayLeftStaysWhenItCannotBeCompared) {
   EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
   EXPECT_TRUE(lumo::DropInterruptedReplay(records)) << "there is none";
   lumo::FreeRecordList(records);
+}
+
+// One could not be taken back, and the next was interrupted as well.
+TEST_F(JournalFaults, WhatSeveralInterruptedReplaysLeftIsDropped) {
+  folder.Write("OFFLINE", "1\n2\n3\n");
+  folder.Write("OFFLINE_TMP", "0\n2\n3\n1\n3\n2\n");
+  bool whole = false;
+  lumo::RecordEntry *records = lumo::GetOfflineRecords(&whole);
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records));
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "0\n");
+  folder.Write("OFFLINE_TMP", "2\n3\n1\n");
+  EXPECT_TRUE(lumo::DropInterruptedReplay(records));
+  EXPECT_FALSE(folder.Exists("OFFLINE_TMP"));
+  lumo::FreeRecordList(records);
+}
+
+TEST_F(JournalFaults, AnOfflineTmpOfUnknownLengthIsNotTakenBack) {
+  folder.Write("OFFLINE_TMP", "0\n");
+  test::FailLookAtSize();
+  const lumo::OfflineTmpMark mark = lumo::MarkOfflineTmp();
+  EXPECT_TRUE(mark.exists);
+  EXPECT_EQ(lumo::AppendOfflineTmpRecord("1"), 0);
+  lumo::TakeBackOfflineTmp(mark);
+  EXPECT_EQ(folder.Read("OFFLINE_TMP"), "0\n1\n");
+  folder.Remove("OFFLINE_TMP");
+  EXPECT_FALSE(lumo::MarkOfflineTmp().exists);
 }
 
 TEST_F(JournalFaults, AnOfflineJournalThatCannotBeDeletedIsNotCleared) {

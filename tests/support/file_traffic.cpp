@@ -25,11 +25,18 @@ int flush_fails_after = kNever;
 int look_fails_after = kNever;
 int failing_looks = 0;
 int open_is_refused_after = 0;
+bool look_at_size_fails = false;
 
 // The names that are refused, none at first.
 std::string &RefusedOpen() {
   static std::string name;
   return name;
+}
+
+// For the next opens of that name, a letter each: 'x' for one that is refused.
+std::string &OpensToCome() {
+  static std::string letters;
+  return letters;
 }
 
 std::string &RefusedMove() {
@@ -52,6 +59,19 @@ bool Refuses(const std::string &refused, const lumo::WCHAR *path) {
   const std::u16string whole(path);
   const std::u16string name = whole.substr(whole.rfind(u'/') + 1);
   return name == std::u16string(refused.begin(), refused.end());
+}
+
+bool RefusesOpen(const lumo::WCHAR *path) {
+  if (!Refuses(RefusedOpen(), path)) return false;
+  std::string &letters = OpensToCome();
+  if (!letters.empty()) {
+    const char letter = letters.front();
+    letters.erase(0, 1);
+    return letter == 'x';
+  }
+  if (open_is_refused_after-- > 0 || refused_opens <= 0) return false;
+  --refused_opens;
+  return true;
 }
 
 // Counts down; true once, when it is the turn of the call that is to fail.
@@ -102,8 +122,7 @@ lumo::HANDLE __wrap_lumo_CreateFileW(const lumo::WCHAR *name, lumo::DWORD access
                                      void *security, lumo::DWORD creation, lumo::DWORD attributes,
                                      lumo::HANDLE model) {
   ++traffic.opens;
-  if (Refuses(RefusedOpen(), name) && open_is_refused_after-- <= 0 && refused_opens > 0) {
-    --refused_opens;
+  if (RefusesOpen(name)) {
     lumo::lumo_SetLastError(kAccessDenied);
     return INVALID_HANDLE_VALUE;
   }
@@ -199,6 +218,10 @@ lumo::DWORD __wrap_lumo_GetFileAttributesW(const lumo::WCHAR *name) {
 lumo::BOOL __wrap_lumo_GetFileAttributesExW(const lumo::WCHAR *name, lumo::GET_FILEEX_INFO_LEVELS level,
                                             void *out_data) {
   if (WorkBeforeLook()) std::exchange(WorkBeforeLook(), {})();
+  if (std::exchange(look_at_size_fails, false)) {
+    lumo::lumo_SetLastError(kAccessDenied);
+    return 0;
+  }
   return __real_lumo_GetFileAttributesExW(name, level, out_data);
 }
 
@@ -216,6 +239,7 @@ FileTraffic CountFileTraffic() {
 
 void RefuseOpen(const std::string &name, int times) {
   RefusedOpen() = name;
+  OpensToCome().clear();
   refused_opens = times;
   open_is_refused_after = 0;
 }
@@ -223,6 +247,11 @@ void RefuseOpen(const std::string &name, int times) {
 void RefuseOpenAfter(int opens, const std::string &name) {
   RefuseOpen(name);
   open_is_refused_after = opens;
+}
+
+void RefuseSomeOpens(const std::string &name, const std::string &which) {
+  RefuseOpen(name, 0);
+  OpensToCome() = which;
 }
 
 void RefuseMove(const std::string &name) {
@@ -262,6 +291,10 @@ void FailLookAfter(int looks, int failing) {
   failing_looks = failing;
 }
 
+void FailLookAtSize() {
+  look_at_size_fails = true;
+}
+
 void BeforeLook(std::function<void()> work) {
   WorkBeforeLook() = std::move(work);
 }
@@ -281,6 +314,7 @@ void EndFileTrouble() {
   FailCutAfter(kNever);
   FailFlushAfter(kNever);
   FailLookAfter(kNever);
+  look_at_size_fails = false;
   BeforeLook({});
   ShortenReadAfter(kNever);
 }

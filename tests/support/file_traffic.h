@@ -25,6 +25,8 @@ FileTraffic CountFileTraffic();
 // of this one and a renaming of this one fail with ERROR_ACCESS_DENIED; no name refuses none.
 void RefuseOpen(const std::string &name, int times = INT32_MAX);
 void RefuseOpenAfter(int opens, const std::string &name);
+// So do those of its next opens that have an 'x' in `which`, one letter an open.
+void RefuseSomeOpens(const std::string &name, const std::string &which);
 void RefuseDelete(const std::string &name);
 void RefuseMove(const std::string &name);
 
@@ -42,6 +44,9 @@ void FailSeekAfter(int seeks);
 void FailCutAfter(int cuts);
 void FailFlushAfter(int flushes);
 void FailLookAfter(int looks, int failing = 1);
+
+// The next look at a file's size and time fails.
+void FailLookAtSize();
 
 // Is done in front of the next look at a file's size and time.
 void BeforeLook(std::function<void()> work);

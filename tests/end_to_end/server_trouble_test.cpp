@@ -146,7 +146,7 @@ class ServerTrouble : public test::Register, public testing::WithParamInterface<
 TEST_P(ServerTrouble, GivesItsCodeAndNothingElseAndTheNextOperationWorks) {
   const TroubleCase &trouble = GetParam();
   Open({trouble.answer, Answer{{Success("putDepositResponse", "", kSecondRrn)}, End::kClose}},
-       "\"timeout\":1,\"offlineMode\":1");
+       "\"timeout\":3,\"offlineMode\":1");
   EXPECT_EQ(shop.DepositProc(100), trouble.code);
   EXPECT_THAT(shop.Trace(), HasSubstr(trouble.trace));
   EXPECT_EQ(Body(), "");

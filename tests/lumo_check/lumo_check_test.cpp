@@ -30,24 +30,68 @@ namespace {
 namespace fs = std::filesystem;
 
 #if defined(_WIN32)
-int Start(const fs::path &program) {
-  return static_cast<int>(_wspawnl(_P_WAIT, program.c_str(), program.c_str(), nullptr));
-}
+class Starter {
+ public:
+  explicit Starter(fs::path program) : program_(std::move(program)) {}
+  int Start() { return static_cast<int>(_wspawnl(_P_WAIT, program_.c_str(), program_.c_str(), nullptr)); }
+
+ private:
+  fs::path program_;
+};
 #else
-int Start(const fs::path &program) {
-  const pid_t child = fork();
-  if (child == 0) {
-    try {
-      _exit(wince::Run(program.string()));
-    } catch (const std::exception &error) {
-      std::fprintf(stderr, "%s\n", error.what());
-      _exit(99);
+// Starts the program from a process that is forked before the test's server has a thread: a lock that this
+// thread holds at a fork stays taken in the child for ever.
+class Starter {
+ public:
+  explicit Starter(const fs::path &program) {
+    if (pipe(asked_) != 0 || pipe(told_) != 0) throw std::runtime_error("no pipe");
+    process_ = fork();
+    if (process_ == 0) {
+      close(asked_[1]);
+      Serve(program.string());
     }
+    close(asked_[0]);
+    close(told_[1]);
   }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
+  ~Starter() {
+    close(asked_[1]);
+    waitpid(process_, nullptr, 0);
+    close(told_[0]);
+  }
+  Starter(const Starter &) = delete;
+  Starter &operator=(const Starter &) = delete;
+
+  // Gives the exit status, or the number of the signal that ended it below 0.
+  int Start() {
+    int status = 0;
+    EXPECT_EQ(write(asked_[1], "", 1), 1);
+    EXPECT_EQ(read(told_[0], &status, sizeof status), static_cast<ssize_t>(sizeof status));
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
+ private:
+  [[noreturn]] void Serve(const std::string &program) const {
+    for (char byte; read(asked_[0], &byte, 1) == 1;) {
+      const pid_t child = fork();
+      if (child == 0) {
+        try {
+          _exit(wince::Run(program));
+        } catch (const std::exception &error) {
+          std::fprintf(stderr, "%s\n", error.what());
+          _exit(99);
+        }
+      }
+      int status = 0;
+      waitpid(child, &status, 0);
+      if (write(told_[1], &status, sizeof status) != sizeof status) _exit(1);
+    }
+    _exit(0);
+  }
+
+  int asked_[2];
+  int told_[2];
+  pid_t process_;
+};
 #endif
 
 bool Matches(const char *line, const char *expected) {
@@ -87,7 +131,7 @@ class LumoCheck : public testing::Test {
   }
 
   fs::path Path(const char *name = "lumo_check.txt") const { return folder_.path() / name; }
-  int Run() { return Start(Path("lumo_check.exe")); }
+  int Run() { return starter_.Start(); }
 
   // The report's lines, each without the milliseconds before it.
   std::vector<std::string> Report() const {
@@ -113,6 +157,7 @@ class LumoCheck : public testing::Test {
   }
 
   test::FreshFolder folder_;
+  Starter starter_{Path("lumo_check.exe")};
   std::unique_ptr<loyalty::Server> server_;
 };
 

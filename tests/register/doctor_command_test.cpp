@@ -106,6 +106,12 @@ TEST_F(Doctor, WorksWhereTheLibraryDoesNotStart) {
   EXPECT_THAT(Said("settings", 1), StartsWith("trouble: there is no CONFIG.JSN and no CONFIG"));
   Write("CONFIG", "{");
   EXPECT_THAT(Said("settings", 1), StartsWith("trouble: no settings can be read"));
+  std::filesystem::create_directory(folder / "CONFIG.JSN");
+  EXPECT_THAT(
+      Run({"doctor"}).out,
+      HasSubstr(
+          "  trouble settings: CONFIG.JSN cannot be opened: LUMOInit returns -111\n            cure: give "));
+  std::filesystem::remove(folder / "CONFIG.JSN");
   const test::Outcome run = Run({"doctor"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.out,
@@ -125,6 +131,11 @@ TEST_F(Doctor, LooksAtState) {
   Write("STATE", R"({"reqId":"1234512120500000","offline":0,"shiftState":0,"update":1})");
   EXPECT_THAT(Said("number", 1), HasSubstr("the server knows 12345"));
   EXPECT_EQ(Said("update", 1), "warning: the server announced one\n");
+  std::filesystem::remove(folder / "STATE");
+  std::filesystem::create_directory(folder / "STATE");
+  EXPECT_THAT(
+      Run({"doctor"}).out,
+      HasSubstr("  trouble state: STATE cannot be opened: LUMOInit returns -108\n            cure: give "));
 }
 
 TEST_F(Doctor, LooksAtTheQueue) {

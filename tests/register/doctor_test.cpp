@@ -105,6 +105,28 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
        },
        "trouble settings: no settings can be read: LUMOInit returns -111 | repair or remove it, then "
        "register configure --server ... --terminal ..."},
+      {"ClosedSettings",
+       [](Terminal &t) {
+         t.settings = reg::TerminalSettings();
+         t.settings.isKept = true;
+         t.settings.unopened = "CONFIG";
+         t.servers.clear();
+       },
+       "trouble settings: CONFIG cannot be opened: LUMOInit returns -111 | give the register's user"},
+      {"ClosedDelivery",
+       [](Terminal &t) {
+         t.settings.isDelivered = true;
+         t.settings.unopened = "CONFIG.JSN";
+       },
+       "warning settings: CONFIG.JSN cannot be read; CONFIG is in force | give the register's user"},
+      {"ClosedState",
+       [](Terminal &t) {
+         t.state = reg::ShiftState();
+         t.state.present = true;
+         t.state.opened = false;
+         t.stateIsWhole = false;
+       },
+       "trouble state: STATE cannot be opened: LUMOInit returns -108 | give the register's user"},
       {"LongHeader", [](Terminal &t) { Set(t, "receiptHeader", std::string(2000, 'x')); },
        "trouble settings: receiptHeader has 2000 bytes: the library ends the process when it prints a slip | "
        "keep it below 1000"},
@@ -260,7 +282,7 @@ TEST(DoctorJudges, NamesWhatIsWrong) {
       {"DiskNearlyFull", [](Terminal &t) { t.freeBytes = 50 * kMegabyte - 1; },
        "warning disk: 49 MB are free | make room"},
       {"LargeTrace", [](Terminal &t) { t.traceBytes = 101 * kMegabyte; },
-       "warning trace: 101 MB | remove or rename"},
+       "warning trace: 101 MB | remove it, or move it out of the folder"},
       {"Leftover", [](Terminal &t) { t.leftovers = {"LOG.old"}; },
        "warning leftovers: LOG.old is there: a process ended in the middle of something | nothing: the next "
        "LUMOInit finishes it"},

@@ -11,6 +11,7 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class End : public test::Till {
  protected:
@@ -81,6 +82,36 @@ TEST_F(End, OfACrashIsTold) {
   EXPECT_THAT(run.err, HasSubstr("inside PaymentProc\n"));
   EXPECT_THAT(run.err, HasSubstr("That is a fault of the library"));
   EXPECT_THAT(run.err, HasSubstr("ask by its RRN"));
+}
+
+TEST_F(End, OfItsTerminalIsNotItsOwnUnderNohup) {
+  Configure();
+  Write("TRACE.TXT", "");
+  const std::string line =
+      "trap '' HUP; exec " REGISTER_PROGRAM " --library '" + library.string() + "' trace --follow";
+  test::Process process("/bin/sh", {"-c", line}, fresh.path());
+  EXPECT_TRUE(test::Eventually([&] { return process.Out().find("how it ended") != std::string::npos; }));
+  process.Signal(SIGHUP);
+  EXPECT_EQ(Run({"balance", "--card", test::kRichCard}).status, 0);
+  EXPECT_TRUE(test::Eventually([&] { return process.Out().find("BALANCE") != std::string::npos; }));
+  process.Signal(SIGTERM);
+  EXPECT_EQ(process.Wait().status, 143);
+}
+
+// The system ends a process that reads a file behind its end.
+TEST_F(End, InALibraryFileThatIsCutShortIsTold) {
+  Configure();
+  for (const uintmax_t part : {uintmax_t{2}, uintmax_t{4}, uintmax_t{8}}) {
+    std::filesystem::copy_file(LUMO_LIBRARY_FILE, library, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::resize_file(library, std::filesystem::file_size(library) / part);
+    for (const Words &words : {Words{"balance", "--card", "1"}, Words{"queue", "replay"}}) {
+      const test::Outcome run = Run(words);
+      EXPECT_EQ(run.status, 3);
+      EXPECT_THAT(run.err, StartsWith("register: cannot load the library: "));
+      EXPECT_EQ(run.out, "");
+    }
+    EXPECT_THAT(Facts({"shift", "close"}, 3)["error"], StartsWith("cannot load the library: "));
+  }
 }
 
 }  // namespace

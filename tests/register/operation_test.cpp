@@ -390,6 +390,10 @@ TEST_F(Operation, ReportIsThatOfTheOpenShift) {
   EXPECT_THAT(Run({"report", "detailed", "--to", "2012-12-06"}).out, Not(HasSubstr("500.00")));
   EXPECT_EQ(Facts({"report", "--from", "2", "--to", "1"}, 1)["code"], -701);
   EXPECT_EQ(Run({"report", "weekly"}).status, 2);
+  for (const char *time : {"", "yesterday", "5.12.2012", "2012-12-05 10:00:00", "2012-12-05T10:00:00Z0"}) {
+    EXPECT_EQ(Run({"report", "--from", time}).status, 2) << time;
+    EXPECT_THAT(Run({"report", "--to", time}).err, HasSubstr("not a time as 2012-12-05T10:00:00Z")) << time;
+  }
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ Process::Process(const std::filesystem::path &program, const std::vector<std::st
   process_ = fork();
   if (process_ < 0) throw std::runtime_error("the program does not start");
   if (process_ == 0) {
+    std::signal(SIGHUP, SIG_DFL);  // also where the tests run under nohup
     if (chdir(folder.c_str()) != 0) _exit(127);
     Replace(STDIN_FILENO, kInFile, O_RDONLY);
     Replace(STDOUT_FILENO, kOutFile, O_WRONLY | O_CREAT | O_TRUNC);

@@ -179,6 +179,14 @@ TEST_F(TraceCommand, FollowsATraceThatGrowsAndIsMadeAnew) {
   follow->Signal(SIGINT);
   EXPECT_EQ(follow->Wait().status, 128 + SIGINT);
 }
+
+TEST_F(TraceCommand, FollowsForNobody) {
+  Put("refused");
+  const std::string line = REGISTER_PROGRAM " --library '" + library.string() + "' trace --follow >/dev/full";
+  const test::Outcome run = test::Process("/bin/sh", {"-c", line}, fresh.path()).Wait();
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "register: standard output cannot be written\n");
+}
 #endif
 
 TEST_F(TraceCommand, FollowsATraceThatIsNotThereYet) {

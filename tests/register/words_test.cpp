@@ -18,6 +18,8 @@ TEST_F(CommandLine, TellsTheVersions) {
   const test::Outcome run = Run({"--version"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out, "register 1.1.0\nlibrary not found\n");
+  std::ofstream(library) << "none";
+  EXPECT_EQ(Run({"--version"}).out, "register 1.1.0\nlibrary cannot be loaded\n");
 }
 
 TEST_F(CommandLine, TellsItsExitStatuses) {
@@ -36,6 +38,31 @@ TEST_F(CommandLine, ComplainsAboutWhatItDoesNotUnderstand) {
     EXPECT_EQ(run.status, 2);
     EXPECT_NE(run.err, "");
     EXPECT_EQ(run.out, "");
+  }
+}
+
+TEST_F(CommandLine, NamesTheWordThatIsNoCommand) {
+  EXPECT_THAT(Run({"teapot"}).err, HasSubstr("there is no command teapot\n"));
+  EXPECT_EQ(Facts({"teapot", "5"}, 2)["error"], "there is no command teapot");
+}
+
+// A value would look like the sum that is spent.
+TEST_F(CommandLine, TakesNoValuesForFlags) {
+  Configure();
+  const auto before = Files();
+  EXPECT_EQ(Facts({"pay", "--card", "1", "--spend=50"}, 2)["error"], "--spend takes no value");
+  EXPECT_EQ(Run({"pay", "--card", "1", "--confirm=false"}).status, 2);
+  EXPECT_EQ(Run({"queue", "drop", "1", "--yes=1"}).status, 2);
+  EXPECT_THAT(Run({"interactive"}, "pay --card 1 --spend=50\n").err, HasSubstr("--spend takes no value\n"));
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(CommandLine, TakesNoTagThatIsNoPartOfAName) {
+  Configure();
+  for (const std::string &tag : {std::string("a/b"), std::string("..\\b"), std::string(201, 'x')}) {
+    const test::Outcome run = Run({"--tag", tag, "balance", "--card", "1"});
+    EXPECT_EQ(run.status, 2) << tag;
+    EXPECT_THAT(run.err, HasSubstr("--tag: ")) << tag;
   }
 }
 

@@ -1,10 +1,14 @@
 #include "commands.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
+#include <string_view>
 
 namespace reg {
 namespace {
+
+constexpr size_t kLongestTag = 200;
 
 constexpr char kStatuses[] = R"(Exit status:
   0    done
@@ -14,6 +18,13 @@ constexpr char kStatuses[] = R"(Exit status:
   4    the library ended the process
   130  interrupted (143: terminated), after what ran was finished)";
 
+// "spend was given a disallowed flag override"
+std::string InPlainWords(const std::string &text) {
+  constexpr std::string_view kEnd = " was given a disallowed flag override";
+  const size_t length = text.size() - std::min(text.size(), kEnd.size());
+  return text.substr(length) == kEnd ? "--" + text.substr(0, length) + " takes no value" : text;
+}
+
 void ShowVersion(Till &till) {
   std::string library;
   try {
@@ -21,10 +32,12 @@ void ShowVersion(Till &till) {
   } catch (const Failure &) {
     library.clear();  // the register's own is known all the same
   }
+  std::error_code error;
+  const char *missing = std::filesystem::exists(till.libraryFile, error) ? "cannot be loaded" : "not found";
   Facts facts;
   facts.Add("register", LUMO_VERSION).Add("library", library.empty() ? nullptr : library.c_str());
   till.Show(facts, [&] {
-    std::cout << "register " LUMO_VERSION "\nlibrary " << (library.empty() ? "not found" : library) << '\n';
+    std::cout << "register " LUMO_VERSION "\nlibrary " << (library.empty() ? missing : library) << '\n';
   });
 }
 
@@ -42,7 +55,14 @@ void AddGeneralOptions(CLI::App &app, Till &till) {
                                    : "");
           },
           ""));
-  app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT");
+  app.add_option("--tag", till.tag, "Trace into TRACE_<tag>.TXT")
+      ->check(CLI::Validator(
+          [](const std::string &tag) {
+            return std::string(tag.find_first_of("/\\") != std::string::npos ? "it names no folder: " + tag
+                               : tag.size() > kLongestTag ? "longer than a file's name may be"
+                                                          : "");
+          },
+          ""));
   app.add_flag("--json", till.asJson, "Facts as one line of JSON on standard output");
   app.add_flag("--progress", till.showsProgress,
                "On standard error, how far a long call has come, where no terminal is too");
@@ -79,6 +99,14 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
     if (till.asJson) std::cout << Facts().Add("error", text).Text() << '\n';
     till.status = status;
   };
+  const auto misunderstood = [&app, &till](const CLI::ParseError &error) {
+    till.status = app.exit(error) == 0 ? kDone : kBadWords;
+    // A line that is not understood may have no effect yet, so the flag is asked for itself.
+    const CLI::Option *json = app.get_option_no_throw("--json");
+    if (till.status != kDone && (till.asJson || (json != nullptr && json->count() > 0))) {
+      std::cout << Facts().Add("error", error.what()).Text() << '\n';
+    }
+  };
   try {
     till.status = kDone;
     parse();
@@ -89,13 +117,18 @@ int Parse(CLI::App &app, Till &till, const std::function<void()> &parse) {
                 << '\n';
     }
     till.status = kRefused;
-  } catch (const CLI::ParseError &error) {
-    till.status = app.exit(error) == 0 ? kDone : kBadWords;
-    // A line that is not understood may have no effect yet, so the flag is asked for itself.
-    const CLI::Option *json = app.get_option_no_throw("--json");
-    if (till.status != kDone && (till.asJson || (json != nullptr && json->count() > 0))) {
-      std::cout << Facts().Add("error", error.what()).Text() << '\n';
+  } catch (const CLI::RequiredError &error) {
+    // Of a word that is no command, CLI11 says only that there is none.
+    const std::vector<std::string> words = app.remaining();
+    if (app.get_subcommands().empty() && !words.empty() && words[0][0] != '-') {
+      misunderstood({"there is no command " + words[0], CLI::ExitCodes::RequiredError});
+    } else {
+      misunderstood(error);
     }
+  } catch (const CLI::ArgumentMismatch &error) {
+    misunderstood({InPlainWords(error.what()), CLI::ExitCodes::ArgumentMismatch});
+  } catch (const CLI::ParseError &error) {
+    misunderstood(error);
   } catch (const Failure &failure) {
     complain(failure.status, failure.what());
   } catch (const std::filesystem::filesystem_error &error) {

@@ -14,6 +14,8 @@ constexpr size_t kNumberBytes = 16;
 constexpr char kEarliest[] = "2025-01-01";  // a clock that says less was never set
 constexpr char kLatest[] = "2100-01-01";
 constexpr int64_t kClocksApart = 300;  // seconds
+constexpr char kGiveRights[] =
+    "give the register's user the right to read it; where it is a folder, move that away";
 
 std::string Count(size_t count, const char *what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
@@ -96,6 +98,12 @@ void JudgeSettings(const Terminal &terminal, Findings &findings) {
   const TerminalSettings &settings = terminal.settings;
   if (settings.file.empty()) {
     const bool any = settings.isDelivered || settings.isKept;
+    // It may be good, so it is not to be thrown away.
+    if (any && !settings.unopened.empty()) {
+      findings.Trouble("settings", settings.unopened + " cannot be opened: LUMOInit returns -111",
+                       kGiveRights);
+      return;
+    }
     findings.Trouble(
         "settings",
         any ? "no settings can be read: LUMOInit returns -111"
@@ -108,7 +116,7 @@ void JudgeSettings(const Terminal &terminal, Findings &findings) {
   const size_t before = findings.list().size();
   if (settings.isDelivered && settings.file == "CONFIG") {
     findings.Warn("settings", "CONFIG.JSN cannot be read; CONFIG is in force",
-                  "correct CONFIG.JSN, or remove it");
+                  settings.unopened == "CONFIG.JSN" ? kGiveRights : "correct CONFIG.JSN, or remove it");
   }
   if (settings.file == "CONFIG.JSN" && settings.isKept) {
     findings.Warn("settings", "CONFIG.JSN is read at every start, since it never replaces a CONFIG",
@@ -229,6 +237,10 @@ std::string LastRecorded(const Terminal &terminal) {
 
 void JudgeState(const Terminal &terminal, Findings &findings) {
   const ShiftState &state = terminal.state;
+  if (!state.opened) {
+    findings.Trouble("state", "STATE cannot be opened: LUMOInit returns -108", kGiveRights);
+    return;
+  }
   if (state.present && !state.readable) {
     findings.Trouble(
         "state",
@@ -318,8 +330,6 @@ void JudgeClock(const Terminal &terminal, Findings &findings) {
 }
 
 void JudgeQueue(const Terminal &terminal, Findings &findings) {
-  constexpr char kGiveRights[] =
-      "give the register's user the right to read it; where it is a folder, move that away";
   const Journal &queue = terminal.offline;
   if (queue.unreadable > 0) {
     findings.Warn(
@@ -364,7 +374,7 @@ void JudgeFolder(const Terminal &terminal, Findings &findings) {
   }
   if (terminal.traceBytes > 100 * kMegabyte) {
     findings.Warn("trace", std::to_string(terminal.traceBytes / kMegabyte) + " MB",
-                  "remove or rename it, also while the register runs");
+                  "remove it, or move it out of the folder, also while the register runs");
   }
   for (const std::string &name : terminal.leftovers) {
     findings.Warn("leftovers", name + " is there: a process ended in the middle of something",

@@ -10,6 +10,7 @@
 
 #include "lumo.h"
 #include "lumo_calls.h"
+#include "shop_files.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -176,8 +177,7 @@ std::string LockName(const fs::path &file) {
 
 std::string TryLibrary(const fs::path &library_file, std::string *version) {
   version->clear();
-  std::error_code error;
-  if (!fs::exists(library_file, error)) return "there is no " + library_file.u8string();
+  if (!IsThere(library_file)) return "there is no " + library_file.u8string();
   std::string said = Apart([file = fs::absolute(library_file)] {
     const std::string problem = Load(file);
     return problem.empty() ? kLoads + VersionOfCopy(file) : problem;

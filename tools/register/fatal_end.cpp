@@ -41,10 +41,11 @@ enum class Cause { kExit, kBreak, kCrash };
 
 // What is needed at the end, when neither memory nor the C library's files can be asked for any more.
 Letter trace_path[4096];
+bool tells_program = false;
 
-void Say(const char *text) {
+void Say(const char *text, int descriptor = 2) {
   // Nobody is left to tell that it cannot be said.
-  if (kWrite(2, text, static_cast<unsigned>(std::strlen(text))) < 0) return;
+  if (kWrite(descriptor, text, static_cast<unsigned>(std::strlen(text))) < 0) return;
 }
 
 // "" without one.
@@ -101,6 +102,11 @@ LONG WINAPI OnException(EXCEPTION_POINTERS *exception) {
 }
 #else
 void OnSignal(int signal) {
+  if (RunningCall::Name() == RunningCall::kLoading) {
+    Say("register: cannot load the library: its file is damaged; take it out of the package again\n");
+    if (tells_program) Say("{\"error\":\"cannot load the library: its file is damaged\"}\n", 1);
+    _exit(kNoFile);
+  }
   if (RunningCall::Name() == nullptr) {
     // Not the library's doing: the usual end.
     std::signal(signal, SIG_DFL);
@@ -114,7 +120,8 @@ void OnSignal(int signal) {
 
 }  // namespace
 
-void WatchForFatalEnds(const std::filesystem::path &trace_file) {
+void WatchForFatalEnds(const std::filesystem::path &trace_file, bool as_json) {
+  tells_program = as_json;
   const bool is_watched = trace_path[0] != 0;
   const auto &path = trace_file.native();
   if (path.size() < sizeof trace_path / sizeof *trace_path) {

@@ -6,7 +6,8 @@
 
 namespace reg {
 
-// Tells of a fatal end from now on, with the last line of this trace.
-void WatchForFatalEnds(const std::filesystem::path &trace_file);
+// Tells of a fatal end from now on, with the last line of this trace. Of a library file that cannot even be
+// loaded a program is told too.
+void WatchForFatalEnds(const std::filesystem::path &trace_file, bool as_json);
 
 }  // namespace reg

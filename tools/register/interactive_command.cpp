@@ -71,6 +71,7 @@ int TakeLines(Till &till) {
     CLI::App *card = app.add_subcommand("card", "Choose the card for the next operations");
     card->add_option("number", till.card, "Card number")->required();
     TakeOnlyText(app);
+    TakeNoValuesForFlags(app);
     worst = std::max(worst, Parse(app, till, [&] {
                        if (HasOpenQuote(line)) throw Failure(kBadWords, "a quote is not closed: " + line);
                        app.parse(line, false);

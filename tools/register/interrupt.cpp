@@ -71,7 +71,10 @@ void WatchForInterrupts(std::function<void()> before_end) {
   std::signal(SIGPIPE, SIG_IGN);  // whoever reads the output may leave; the call goes on
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+  for (const int signal : {SIGINT, SIGTERM}) sigaddset(&signals, signal);
+  // Under nohup it is not to end with the terminal; a signal that is waited for would come all the same.
+  struct sigaction hang_up = {};
+  if (sigaction(SIGHUP, nullptr, &hang_up) != 0 || hang_up.sa_handler != SIG_IGN) sigaddset(&signals, SIGHUP);
   // For every thread: a call that waits for the server must not even be woken.
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   // The thread that waits takes no others: they are for the one that knows which call runs.

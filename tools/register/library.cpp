@@ -26,6 +26,7 @@ void *Find(void *module, const char *name) {
 }
 #else
 void *Load(const std::filesystem::path &file) {
+  const RunningCall loading(RunningCall::kLoading);
   void *module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) throw std::runtime_error(std::string("cannot load the library: ") + dlerror());
   return module;

@@ -75,6 +75,7 @@ int Run(std::vector<std::string> words) {
   reg::AddInteractiveCommand(app, till);
   reg::AddCompletionCommand(app, till);
   reg::TakeOnlyText(app);
+  reg::TakeNoValuesForFlags(app);
   words.erase(words.begin());
   std::reverse(words.begin(), words.end());  // as CLI11 takes them
   const int status = reg::Parse(app, till, [&] { app.parse(words); });

@@ -48,6 +48,15 @@ void TakeOnlyText(CLI::App &app) {
   for (CLI::App *command : app.get_subcommands([](CLI::App *) { return true; })) TakeOnlyText(*command);
 }
 
+void TakeNoValuesForFlags(CLI::App &app) {
+  for (CLI::Option *option : app.get_options()) {
+    if (option->get_items_expected_max() == 0) option->disable_flag_override();
+  }
+  for (CLI::App *command : app.get_subcommands([](CLI::App *) { return true; })) {
+    TakeNoValuesForFlags(*command);
+  }
+}
+
 CLI::Option *Needs(CLI::Option *option) {
   return option->required()->check(CLI::Validator(
       [](const std::string &text) { return std::string(text.empty() ? "it must not be empty" : ""); }, ""));

@@ -27,6 +27,9 @@ std::shared_ptr<int32_t> AddAmount(CLI::App *command, const std::string &name, c
 // What is typed goes to the server and into records, which are UTF-8: every command refuses other words.
 void TakeOnlyText(CLI::App &app);
 
+// For every command: a flag is there or not. "--spend=50" would spend what the server decides, not 50.
+void TakeNoValuesForFlags(CLI::App &app);
+
 // One that has to be there, and not to be empty.
 CLI::Option *Needs(CLI::Option *option);
 

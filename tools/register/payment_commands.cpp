@@ -6,6 +6,8 @@
 #include "commands.h"
 #include "operation.h"
 #include "options.h"
+#include "shop_files.h"
+#include "terminal_settings.h"
 
 namespace reg {
 namespace {
@@ -20,6 +22,11 @@ void AddBill(CLI::App &app, Till &till) {
   command->callback([=, &till] {
     till.RefuseKeptFile(*path);
     till.Check(till.Started().CreateAmountBill(*amount, path->c_str()));
+    // The library does not tell when the disk was full.
+    const auto file = std::filesystem::u8path(till.Folder().u8string() + "/" + *path);
+    if (StopsLibrary(TryToRead(file).value_or(""))) {
+      throw Failure(kNoFile, *path + " could not be written: do not pay it");
+    }
     till.Show(Facts().Add("file", *path).Add("total", *amount),
               [&] { std::cout << "  written: " << *path << '\n'; });
   });

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "commands.h"
 #include "progress.h"
@@ -10,6 +11,19 @@
 
 namespace reg {
 namespace {
+
+// The beginning of "2012-12-05T10:00:00Z", as far as somebody cares: the library compares texts.
+CLI::Validator Time() {
+  return {[](const std::string &text) {
+            constexpr std::string_view kForm = "dddd-dd-ddTdd:dd:ddZ";
+            bool is_time = !text.empty() && text.size() <= kForm.size();
+            for (size_t i = 0; i < text.size() && is_time; ++i) {
+              is_time = kForm[i] == 'd' ? text[i] >= '0' && text[i] <= '9' : text[i] == kForm[i];
+            }
+            return std::string(is_time ? "" : "not a time as 2012-12-05T10:00:00Z: " + text);
+          },
+          "TIME"};
+}
 
 struct ReportOptions {
   std::string kind = "summary";
@@ -58,8 +72,9 @@ void AddReportCommand(CLI::App &app, Till &till) {
   command->add_option("kind", options->kind, "summary or detailed")
       ->check(CLI::IsMember({"summary", "detailed"}))
       ->capture_default_str();
-  command->add_option("--from", options->from, "After this UTC time instead, as 2012-12-05T10:00:00Z");
-  command->add_option("--to", options->to, "Before this UTC time");
+  command->add_option("--from", options->from, "After this UTC time instead, as 2012-12-05T10:00:00Z")
+      ->check(Time());
+  command->add_option("--to", options->to, "Before this UTC time")->check(Time());
   command->add_flag("--all", options->isAll, "All that the log holds");
   command->callback([options, &till] { Report(till, *options); });
 }

@@ -13,6 +13,9 @@ class RunningCall {
 
   // Of this thread; null when none runs.
   static const char *Name();
+
+  // Stands for a call while the library file is loaded, which ends the process when the file is cut short.
+  static constexpr char kLoading[] = "the loading of its file";
 };
 
 }  // namespace reg

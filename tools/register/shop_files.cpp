@@ -73,7 +73,7 @@ std::ifstream Open(const std::filesystem::path &file) {
   if (IsMissing(file)) return stream;
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
-  if (!std::filesystem::exists(folder, error)) throw MissingFolder(folder);
+  if (!IsThere(folder)) throw MissingFolder(folder);
   if (!std::filesystem::is_directory(file, error)) {
     OpenPatiently(stream, file, std::ios::binary | std::ios::in);
   }
@@ -126,6 +126,11 @@ Record ReadRecord(const std::string &line) {
     record.detail = (Flag(*confirm, "isConfirm") ? "confirms " : "cancels ") + Text(*confirm, "requestId");
   }
   return record;
+}
+
+bool IsThere(const std::filesystem::path &file) {
+  std::error_code error;
+  return std::filesystem::status(file, error).type() != std::filesystem::file_type::not_found;
 }
 
 std::filesystem::path QueueFile(const std::filesystem::path &folder) {
@@ -190,9 +195,11 @@ std::optional<std::string> TryToRead(const std::filesystem::path &file) {
 
 ShiftState ReadState(const std::filesystem::path &file) {
   ShiftState state;
-  state.present = std::filesystem::exists(file);
+  state.present = IsThere(file);
   if (!state.present) return state;
-  const Json json = Json::parse(Mended(TryToRead(file).value_or("")), nullptr, false);
+  const std::optional<std::string> bytes = TryToRead(file);
+  state.opened = bytes.has_value();
+  const Json json = Json::parse(Mended(bytes.value_or("")), nullptr, false);
   state.readable = json.is_object();
   if (!state.readable) return state;
   state.requestId = Text(json, "reqId");

@@ -30,6 +30,7 @@ struct Record {
 
 struct ShiftState {
   bool present = false;
+  bool opened = true;  // or not there
   bool readable = false;
   std::string requestId;
   std::string shiftId;
@@ -59,6 +60,9 @@ void OpenPatiently(Stream &stream, const std::filesystem::path &file, std::ios::
   }
 #endif
 }
+
+// Whether there is such a file, be it only that nobody may look.
+bool IsThere(const std::filesystem::path &file);
 
 // Nothing of a file that is missing. Throws Failure for one that is there and cannot be read, and for a
 // folder that is missing.

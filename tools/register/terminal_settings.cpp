@@ -42,7 +42,9 @@ std::string TextOf(const Json &value) {
 }
 
 bool Load(const std::filesystem::path &file, TerminalSettings *settings) {
-  const std::string bytes = TryToRead(file).value_or("");
+  const std::optional<std::string> read = TryToRead(file);
+  if (!read && settings->unopened.empty()) settings->unopened = file.filename().u8string();
+  const std::string bytes = read.value_or("");
   const std::string text = Mended(bytes);
   const Json json = Json::parse(text, nullptr, false);
   if (!json.is_object()) return false;
@@ -119,8 +121,8 @@ bool StopsLibrary(const std::string &state) {
 
 TerminalSettings ReadTerminalSettings(const std::filesystem::path &folder) {
   TerminalSettings settings;
-  settings.isDelivered = std::filesystem::exists(folder / "CONFIG.JSN");
-  settings.isKept = std::filesystem::exists(folder / "CONFIG");
+  settings.isDelivered = IsThere(folder / "CONFIG.JSN");
+  settings.isKept = IsThere(folder / "CONFIG");
   if (!Load(folder / "CONFIG.JSN", &settings)) Load(folder / "CONFIG", &settings);
   return settings;
 }

@@ -15,6 +15,7 @@ struct TerminalSettings {
   std::string file;          // the one in force: "CONFIG.JSN" or "CONFIG"; empty: neither can be read
   bool isDelivered = false;  // there is a CONFIG.JSN
   bool isKept = false;       // there is a CONFIG
+  std::string unopened;      // the one of them that is there and cannot be opened, were it good or not
   std::vector<std::pair<std::string, std::string>> values;  // of the known settings that are there
   std::vector<std::string> unknown;                         // keys
   std::vector<std::string> truths;  // settings that are true or false, and so read as 0

@@ -50,7 +50,7 @@ void Till::RefuseKeptFile(const std::string &name) const {
 
 Library &Till::Loaded() {
   if (!busy) busy = std::make_unique<Busy>();
-  WatchForFatalEnds(TraceFile());
+  WatchForFatalEnds(TraceFile(), asJson);
   if (!library) {
     try {
       library = std::make_unique<Library>(libraryFile);

@@ -105,6 +105,7 @@ void ShowTrace(const Till &till, const TraceOptions &options) {
     }
     reader.Settle();
     printer.Release();
+    if (!std::cout) return;  // whoever read it has left
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
   reader.Finish();

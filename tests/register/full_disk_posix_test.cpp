@@ -1,11 +1,11 @@
-// register/shift_posix_test.cpp: a shift when STATE cannot be written, which the library does not report.
+// register/full_disk_posix_test.cpp: a full disk, which the library does not report everywhere.
 #include "register/till.h"
 
 namespace {
 
 using testing::HasSubstr;
 
-class UnwrittenShift : public test::Till {
+class FullDisk : public test::Till {
  protected:
   // What the register prints where no file can be written, and its status in brackets.
   std::string RunOnAFullDisk(const std::string &command) const {
@@ -15,7 +15,7 @@ class UnwrittenShift : public test::Till {
   }
 };
 
-TEST_F(UnwrittenShift, IsNotCalledOpenOrClosed) {
+TEST_F(FullDisk, OpensAndClosesNoShift) {
   Configure();
   ASSERT_EQ(Run({"shift", "close"}).status, 0);
   EXPECT_EQ(RunOnAFullDisk("shift open 42"),
@@ -26,6 +26,13 @@ TEST_F(UnwrittenShift, IsNotCalledOpenOrClosed) {
   EXPECT_EQ(RunOnAFullDisk("shift close"),
             "register: STATE could not be written: the shift is not closed\n[3]\n");
   EXPECT_EQ(Facts({"shift", "close"})["open"], false);
+}
+
+TEST_F(FullDisk, TakesNoBill) {
+  Configure();
+  ASSERT_EQ(Run({"bill", "100"}).status, 0);
+  EXPECT_EQ(RunOnAFullDisk("bill 200"), "register: BILL.JSN could not be written: do not pay it\n[3]\n");
+  EXPECT_EQ(Facts({"bill", "200"})["total"], 20000);
 }
 
 }  // namespace

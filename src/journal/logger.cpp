@@ -135,17 +135,17 @@ uint32_t CountSetAsideAgain(const Backwards &set_aside, const Backwards &records
   uint32_t count = 0;
   *failed = !FileIsValid(tmp_file.get()) || !FileIsValid(file.get());
   if (*failed) return count;
-  bool found = true;
-  while (found) {
-    found = false;
-    for (uint32_t i = 0; i < records.count() && count < set_aside.count(); ++i) {
-      const RecordEntry *record = records.at(i);
-      const RecordEntry *other = set_aside.at(count);
-      if (record->length == other->length &&
-          HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length, failed)) {
-        ++count;
-        found = true;
-      }
+  // Round and round, until one has been held against all of OFFLINE in vain.
+  uint32_t in_vain = 0;
+  for (uint32_t i = 0; in_vain < records.count() && count < set_aside.count(); ++i) {
+    if (i == records.count()) i = 0;
+    const RecordEntry *record = records.at(i);
+    const RecordEntry *other = set_aside.at(count);
+    ++in_vain;
+    if (record->length == other->length &&
+        HaveSameBytes(file.get(), record->offset, tmp_file.get(), other->offset, record->length, failed)) {
+      ++count;
+      in_vain = 0;
     }
   }
   return count;

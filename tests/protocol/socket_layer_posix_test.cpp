@@ -82,8 +82,10 @@ int __wrap_lumo_recv(lumo::SOCKET socket, char *buffer, int capacity, int flags)
     const size_t count = std::min(incoming.size() - incoming_taken, static_cast<size_t>(capacity));
     std::memcpy(buffer, incoming.data() + incoming_taken, count);
     incoming_taken += count;
-    if (incoming_taken == incoming.size()) incoming.clear();
-    if (incoming.empty()) incoming_taken = 0;
+    if (incoming_taken == incoming.size()) {
+      incoming.clear();
+      incoming_taken = 0;
+    }
     return static_cast<int>(count);
   }
   if (!Note("recv", " " + std::to_string(capacity) + " " + std::to_string(flags))) {
